@@ -1,0 +1,123 @@
+#include "app/dispatcher.h"
+
+#include "app/menus.h"
+#include "console/input.h"
+#include "console/output.h"
+#include "cpld/picpwr_info.h"
+
+#include <exception>
+#include <iterator>
+#include <limits>
+
+namespace zolt {
+
+namespace {
+
+constexpr std::uint8_t anyByte = std::numeric_limits<std::uint8_t>::max();
+constexpr std::uint8_t highestPicpwr = 63;
+
+constexpr Question picpwrOrAll{
+    .argument = &OptionArgs::picpwrId,
+    .notGiven = 0,
+    .prompt = [] { write("Enter the PICPWR ID: (Enter 0 for all PICPWRs)"); },
+    .highestAnswer = anyByte,
+};
+
+constexpr Question picpwr{
+    .argument = &OptionArgs::picpwrId,
+    .notGiven = 0,
+    .prompt = [] { write("Enter the PICPWR ID:"); },
+    .highestAnswer = highestPicpwr,
+};
+
+constexpr Question moduleClass{
+    .argument = &OptionArgs::moduleSelector,
+    .notGiven = 0,
+    .prompt = printModuleClassMenu,
+    .highestAnswer = anyByte,
+};
+
+constexpr Question moduleType{
+    .argument = &OptionArgs::moduleSelector,
+    .notGiven = 0,
+    .prompt = printModuleTypeMenu,
+    .highestAnswer = anyByte,
+};
+
+constexpr Question deviceType{
+    .argument = &OptionArgs::deviceType,
+    .notGiven = DEVICE_TYPE_NOT_GIVEN,
+    .prompt = printDeviceTypeMenu,
+    .highestAnswer = anyByte,
+};
+
+Status notBuilt(const OptionArgs&) {
+    return statusNothingToShow;
+}
+
+constexpr OptionRow rows[] = {
+    {1, "PICPWR info", &picpwrOrAll,
+     [](const OptionArgs& given) { return showPicpwrInfo(given.picpwrId); }},
+    {2, "CIR payloads", &picpwr, notBuilt},
+    {3, "OEM area", &picpwr, notBuilt},
+    {4, "Riser slot mapping blob", nullptr, notBuilt},
+    {5, "Control registers", &moduleClass, notBuilt},
+    {6, "PICPWR nodes info", &picpwrOrAll, notBuilt},
+    {7, "Discoverable nodes info", &deviceType, notBuilt},
+    {8, "All I2C nodes info", &deviceType, notBuilt},
+    {9, "Create dynamic device node", nullptr, notBuilt},
+    {10, "Delete dynamic device node", nullptr, notBuilt},
+    {11, "DBUS Zolt Info Properties", nullptr, notBuilt},
+    {12, "DBUS Zolt CIR Properties", &moduleType, notBuilt},
+    {13, "Read Node Proprty", nullptr, notBuilt},
+    {14, "Update Node Property", nullptr, notBuilt},
+    {15, "Perform Bus Recovery", nullptr, notBuilt},
+};
+
+bool isMissing(const Question& question, const OptionArgs& given) {
+    const std::uint8_t value = given.*question.argument;
+    return question.notGiven == 0 ? value == 0 : value >= question.notGiven;
+}
+
+// False when there is no answer to run with.
+bool ask(const Question& question, OptionArgs& given) {
+    std::int8_t answer = 0; // and 0 it stays at the end of input
+    question.prompt();
+    if (!readByte(answer)) {
+        write("\nscanf error");
+        return false;
+    }
+    const auto value = static_cast<std::uint8_t>(answer);
+    given.*question.argument = value;
+    // Who is asked for the argument is asked for the presentation too, by the operation.
+    given.format = 0;
+    return value <= question.highestAnswer;
+}
+
+} // namespace
+
+std::span<const OptionRow> optionRows() {
+    return rows;
+}
+
+void runOption(OptionArgs given) {
+    if (given.option == 0 || given.option > std::size(rows)) {
+        return;
+    }
+    const OptionRow& row = rows[given.option - 1];
+    const bool complete =
+        row.question == nullptr || !isMissing(*row.question, given) || ask(*row.question, given);
+    if (!complete || row.run(given) != statusDone) {
+        write("Unable to perform the desired operation\n");
+    }
+}
+
+void runOptionGuarded(const OptionArgs& given) {
+    try {
+        runOption(given);
+    } catch (const std::exception& error) {
+        print("Exception : %s\n", std::string_view(error.what()));
+    }
+}
+
+} // namespace zolt

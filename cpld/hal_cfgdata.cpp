@@ -1,0 +1,50 @@
+// The client's side of the HAL's configuration handle.
+#include "platform/debug_log.h"
+#include "platform/hal.h"
+
+#include <string_view>
+#include <utility>
+
+namespace {
+
+constexpr int logError = 2;
+constexpr int logInformation = 5;
+constexpr int logModule = 273;
+
+constexpr std::string_view fileName(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+} // namespace
+
+HAL_cfgdata::HAL_cfgdata(std::string name) : name_(std::move(name)) {}
+
+HAL_cfgdata::~HAL_cfgdata() {
+    if (halData_ == nullptr) {
+        return;
+    }
+    const std::string name = halData_->Name(); // outlives the object it is read from
+    if (halData_->IsInterruptCallbackRegistered()) {
+        const std::int32_t status = halData_->UnregisterInterruptCallback();
+        dlog_printf(logInformation, logModule,
+                    "[%s]: UnregisterInterruptCallback for [%s], ret= %d", "~HAL_cfgdata",
+                    name.c_str(), status);
+    }
+    delete halData_;
+    dlog_printf(logInformation, logModule, "[%s]: Deleted halData for [%s]", "~HAL_cfgdata",
+                name.c_str());
+}
+
+std::int32_t HAL_cfgdata::ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
+                                 std::uint32_t offset) {
+    // The library may still be loading its configuration at the first ask.
+    for (int asks = 0; halData_ == nullptr && asks < 2; ++asks) {
+        halData_ = ReadHALConfig(name_);
+    }
+    if (halData_ == nullptr) {
+        dlog_printf(logError, logModule, "%s.%d.%s: [%s]: ERROR, halData is NULL",
+                    fileName(__FILE__).data(), __LINE__, "ReadIO", "ReadIO");
+        return -1;
+    }
+    return halData_->ReadIO(buffer, length, offset);
+}

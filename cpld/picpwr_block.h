@@ -1,0 +1,48 @@
+// The PICPWR register block: 14 byte registers for each of the 63 pluggable slots.
+//
+//   offset 0      status: bits 7..6 DSTAT, 5 DBYP, 4 DPEN, 3 APEN, 0 ASTAT
+//   offset 1      module class
+//   offset 2      module class index
+//   offset 3..4   offset of the module's CIR payload in the payload block, low byte first
+//   offset 6..13  DSL1_ID to DSL8_ID
+#pragma once
+
+#include "cpld/register_access.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace zolt {
+
+constexpr unsigned picpwrCount = 63;
+constexpr unsigned picpwrDslCount = 8;
+
+constexpr std::uint16_t picpwrBlockStart = 0x1000;
+constexpr std::uint16_t picpwrBlockSize = 14;
+constexpr std::uint16_t picpwrDslOffset = 6; ///< DSL1_ID, the others follow
+
+/// Raw address of the block of PICPWR @p n. Slots count from 1 to 63, but an ID from the command
+/// line comes as it is: the arithmetic is that of 16 bits for any byte.
+constexpr std::uint16_t picpwrBlockAddress(std::uint8_t n) {
+    return static_cast<std::uint16_t>(picpwrBlockStart + picpwrBlockSize * (n - 1));
+}
+
+/// A register of every PICPWR: the end of its name and its place in the block.
+struct PicpwrRegister {
+    std::string_view suffix;
+    RawField raw; ///< address relative to the block's start
+};
+
+constexpr PicpwrRegister picpwrDstat{"_DSTAT", RawField::bits(0, 7, 6)};
+constexpr PicpwrRegister picpwrDbyp{"_DBYP", RawField::bits(0, 5, 5)};
+constexpr PicpwrRegister picpwrDpen{"_DPEN", RawField::bits(0, 4, 4)};
+constexpr PicpwrRegister picpwrApen{"_APEN", RawField::bits(0, 3, 3)};
+constexpr PicpwrRegister picpwrAstat{"_ASTAT", RawField::bits(0, 0, 0)};
+constexpr PicpwrRegister picpwrModuleClass{"_MOD_CLASS", RawField::byte(1)};
+constexpr PicpwrRegister picpwrModuleClassIndex{"_MOD_CLASS_IDX", RawField::byte(2)};
+constexpr PicpwrRegister picpwrPayloadOffset{"_PAYLOAD_OFFSET", RawField::word(3)};
+
+/// Reads a register of PICPWR @p n by name, else raw, as readField() does.
+std::int32_t readPicpwrRegister(std::uint8_t n, const PicpwrRegister& field, RegisterValue& value);
+
+} // namespace zolt

@@ -1,0 +1,75 @@
+// Registers of the CPLD, by name through the HAL, else by raw address through the CPLD driver.
+//
+// A named read that fails is never reported: the raw read that follows decides. Every view reads
+// its registers through readField().
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zolt {
+
+/// The bytes of one register, in the caller's hands; one vector serves many reads.
+using RegisterValue = std::vector<std::uint8_t>;
+
+/// Where a field lies when its register is read raw.
+struct RawField {
+    std::uint16_t address; ///< of the byte, or of the low byte of a word
+    std::uint8_t size;     ///< bytes: 1, or 2 for a word that is read as a block
+    std::uint8_t shift;    ///< lowest bit of a field within a byte
+    std::uint8_t mask;     ///< the field's bits once shifted down
+
+    static constexpr RawField bits(std::uint16_t address, unsigned high, unsigned low) {
+        return {address, 1, static_cast<std::uint8_t>(low),
+                static_cast<std::uint8_t>((1U << (high - low + 1)) - 1)};
+    }
+    static constexpr RawField byte(std::uint16_t address) { return bits(address, 7, 0); }
+    static constexpr RawField word(std::uint16_t address) { return {address, 2, 0, 0xFF}; }
+
+    /// The same field in the block that starts at @p base.
+    [[nodiscard]] constexpr RawField from(std::uint16_t base) const {
+        return {static_cast<std::uint16_t>(base + address), size, shift, mask};
+    }
+
+    /// The field's bits of a raw byte.
+    [[nodiscard]] constexpr std::uint8_t extract(std::uint8_t byte) const {
+        return static_cast<std::uint8_t>((byte >> shift) & mask);
+    }
+};
+
+/// The name of one instance's register: prefix, decimal number, suffix (PICPWR_7_DSTAT).
+[[nodiscard]] std::string registerName(std::string_view prefix, unsigned instance,
+                                       std::string_view suffix);
+
+/// Reads by name. Does not empty @p value: what the HAL delivers is what the caller finds.
+/// @return 0, or the HAL's status when the register must be read raw.
+[[nodiscard]] std::int32_t readRegister(std::string name, RegisterValue& value);
+
+/// Reads raw and appends the field: its bits shifted down to bit 0, or both bytes of a word.
+/// @return 0, or the CPLD driver's status; @p value is then as it was.
+[[nodiscard]] std::int32_t readRawField(const RawField& raw, RegisterValue& value);
+
+/// Empties @p value, reads by name, and raw when that fails.
+/// @return 0, or the status of the raw read, which the caller reports.
+[[nodiscard]] std::int32_t readField(std::string name, const RawField& raw, RegisterValue& value);
+
+/// The value of a one-byte register; none when the read delivered no byte.
+[[nodiscard]] constexpr std::optional<std::uint8_t> byteOf(const RegisterValue& value) {
+    if (value.empty()) {
+        return std::nullopt;
+    }
+    return value[0];
+}
+
+/// The value of a 16-bit register, low byte first; none when the read delivered fewer bytes.
+[[nodiscard]] constexpr std::optional<std::uint16_t> wordOf(const RegisterValue& value) {
+    if (value.size() < 2) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint16_t>(value[0] | value[1] << 8);
+}
+
+} // namespace zolt

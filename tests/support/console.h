@@ -1,0 +1,14 @@
+// Runs code against a console of the test's own.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace zolt::test {
+
+/// What @p operation prints to standard output when standard input holds @p input and then ends.
+[[nodiscard]] std::string outputOf(const std::function<void()>& operation,
+                                   std::string_view input = "");
+
+} // namespace zolt::test

@@ -1,0 +1,39 @@
+// The platform's libraries as a table: what a unit test says is all that can be read.
+//
+// Every call is written down in the order in which it came. A named read of a name that is not in
+// the table fails, as does a raw read of an address that is not.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zolt::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct HalObject {
+    Bytes content;                 ///< what its bulk read reads from
+    int missingAsks = 0;           ///< how many asks find no object
+    std::int32_t readStatus = 0;   ///< non-zero: the bulk read fails with it
+    bool callbackRegistered = false;
+    std::int32_t unregisterStatus = 0;
+};
+
+struct Platform {
+    std::map<std::string, Bytes> named;        ///< ReadIO_Str
+    std::map<std::uint32_t, std::uint8_t> raw; ///< cpld_read_device and cpld_read_block_device
+    std::int32_t rawStatus = 5;                ///< status of a raw read that fails
+    std::map<std::string, HalObject> hal;      ///< HAL_cfgdata::ReadHALConfig
+    bool outOfMemory = false;                  ///< ReadIO_Str throws std::bad_alloc
+
+    std::vector<std::string> calls; ///< "ReadIO_Str NAME", "cpld_read_device 0xADDRESS", ...
+    std::vector<std::string> log;   ///< "LEVEL MODULE TEXT" of dlog_printf
+};
+
+/// The platform of the running test; resetPlatform() empties it.
+Platform& platform();
+void resetPlatform();
+
+} // namespace zolt::test
