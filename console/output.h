@@ -17,8 +17,8 @@
 
 namespace zolt {
 
-using Number = long long;        ///< argument of %d and %X, whatever integer it was
-using Text = std::string_view;   ///< argument of %s
+using Number = long long;      ///< argument of %d and %X, whatever integer it was
+using Text = std::string_view; ///< argument of %s
 
 namespace detail {
 

@@ -11,6 +11,6 @@ constexpr Status statusDone = 0;           ///< done, also for a listing that fo
 constexpr Status statusNothingToShow = 2;  ///< input could not be read, or there is nothing to show
 constexpr Status statusOutOfMemory = 4;    ///< an area could not be allocated
 constexpr Status statusRawReadFailed = 11; ///< the CPLD refused a raw read
-constexpr Status statusIoFailed = -1;      ///< an I2C device could not be opened or refused an ioctl
+constexpr Status statusIoFailed = -1; ///< an I2C device could not be opened or refused an ioctl
 
 } // namespace zolt

@@ -76,11 +76,11 @@ bool showBytes(std::uint8_t n, RegisterValue& value) {
 void showDsls(std::uint8_t n, RegisterValue& value) {
     for (unsigned k = 1; k <= picpwrDslCount; ++k) {
         // The HAL has no names for the DSL identifiers.
-        const auto raw =
-            RawField::byte(static_cast<std::uint16_t>(picpwrDslOffset + k - 1));
+        const auto raw = RawField::byte(static_cast<std::uint16_t>(picpwrDslOffset + k - 1));
         value.clear();
         if (const auto status = readRawField(raw.from(picpwrBlockAddress(n)), value); status != 0) {
-            print("Unable to read PICPWR %d DSL%d_ID using CPLD raw API, status %d\n", n, k, status);
+            print("Unable to read PICPWR %d DSL%d_ID using CPLD raw API, status %d\n", n, k,
+                  status);
         } else {
             print("PICPWR %02d DSL%d_ID            = %d\n", n, k, value[0]);
         }

@@ -6,7 +6,7 @@
 
 namespace zolt {
 
-constexpr unsigned deviceTypeCount = 165;   ///< codes 0 to 164; a listing takes others as "all"
+constexpr unsigned deviceTypeCount = 165;       ///< codes 0 to 164; a listing takes others as "all"
 constexpr unsigned DEVICE_TYPE_NOT_GIVEN = 166; ///< from this code on the operator is asked
 
 /// The name of a device type, as the topology reports and the bus driver use it.

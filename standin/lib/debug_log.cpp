@@ -1,2 +1,19 @@
+// The debug log: lines "LEVEL MODULE TEXT" in the file that zolt_sim names, or nowhere.
 #include "platform/debug_log.h"
-int dlog_printf(int, int, const char*, ...) { return 0; }
+
+#include "standin/lib/log_file.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+
+int dlog_printf(int level, int module, const char* format, ...) {
+    std::array<char, 1024> line;
+    const int head = std::snprintf(line.data(), line.size(), "%d %d ", level, module);
+    va_list arguments;
+    va_start(arguments, format);
+    (void)std::vsnprintf(line.data() + head, line.size() - static_cast<std::size_t>(head), format,
+                         arguments);
+    va_end(arguments);
+    return standin::appendLine(standin::debugLogVariable, line.data()) ? 0 : -1;
+}

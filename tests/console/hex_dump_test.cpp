@@ -36,25 +36,25 @@ TEST_P(HexDump, prints) {
 
 INSTANTIATE_TEST_SUITE_P(
     Lengths, HexDump,
-    testing::Values(
-        Dump{"noBytes", 0x100, {}, 0, "\n\n"}, //
-        Dump{"noneOfTheBytes", 0x100, counting(4), 0, "\n\n"},
-        Dump{"oneByte", 0x91002A01, {0xE9}, 1, "0x91002a01 = e9 \n\n"},
-        Dump{"sevenBytes", 0, counting(7), 7, "0x00000000 = 00 01 02 03 04 05 06 \n\n"},
-        Dump{"eightBytesEndInTheSeparator", 0, counting(8), 8,
-             "0x00000000 = 00 01 02 03 04 05 06 07 : \n\n"},
-        Dump{"sixteenBytesEndTheirLine", 0x10, counting(16), 16,
-             "0x00000010 = 00 01 02 03 04 05 06 07 : 08 09 0a 0b 0c 0d 0e 0f \n\n\n"},
-        Dump{"fullLineAtABase", 0x100, counting(16), 16,
-             "0x00000100 = 00 01 02 03 04 05 06 07 : 08 09 0a 0b 0c 0d 0e 0f \n\n\n"},
-        Dump{"seventeenBytes", 0x10, counting(17), 17,
-             "0x00000010 = 00 01 02 03 04 05 06 07 : 08 09 0a 0b 0c 0d 0e 0f \n"
-             "0x00000020 = 10 \n\n"},
-        Dump{"baseBeyondEightDigits", 0x100000000, counting(1), 1, "0x100000000 = 00 \n\n"},
-        Dump{"baseOfSixteenDigits", 0xFEDCBA9876543210, counting(1), 1,
-             "0xfedcba9876543210 = 00 \n\n"},
-        Dump{"fewerThanThereAre", 0, counting(32), 2, "0x00000000 = 00 01 \n\n"},
-        Dump{"neverMoreThanThereAre", 0, counting(2), 300, "0x00000000 = 00 01 \n\n"}),
+    testing::Values(Dump{"noBytes", 0x100, {}, 0, "\n\n"}, //
+                    Dump{"noneOfTheBytes", 0x100, counting(4), 0, "\n\n"},
+                    Dump{"oneByte", 0x91002A01, {0xE9}, 1, "0x91002a01 = e9 \n\n"},
+                    Dump{"sevenBytes", 0, counting(7), 7, "0x00000000 = 00 01 02 03 04 05 06 \n\n"},
+                    Dump{"eightBytesEndInTheSeparator", 0, counting(8), 8,
+                         "0x00000000 = 00 01 02 03 04 05 06 07 : \n\n"},
+                    Dump{"sixteenBytesEndTheirLine", 0x10, counting(16), 16,
+                         "0x00000010 = 00 01 02 03 04 05 06 07 : 08 09 0a 0b 0c 0d 0e 0f \n\n\n"},
+                    Dump{"fullLineAtABase", 0x100, counting(16), 16,
+                         "0x00000100 = 00 01 02 03 04 05 06 07 : 08 09 0a 0b 0c 0d 0e 0f \n\n\n"},
+                    Dump{"seventeenBytes", 0x10, counting(17), 17,
+                         "0x00000010 = 00 01 02 03 04 05 06 07 : 08 09 0a 0b 0c 0d 0e 0f \n"
+                         "0x00000020 = 10 \n\n"},
+                    Dump{"baseBeyondEightDigits", 0x100000000, counting(1), 1,
+                         "0x100000000 = 00 \n\n"},
+                    Dump{"baseOfSixteenDigits", 0xFEDCBA9876543210, counting(1), 1,
+                         "0xfedcba9876543210 = 00 \n\n"},
+                    Dump{"fewerThanThereAre", 0, counting(32), 2, "0x00000000 = 00 01 \n\n"},
+                    Dump{"neverMoreThanThereAre", 0, counting(2), 300, "0x00000000 = 00 01 \n\n"}),
     [](const auto& tested) { return tested.param.name; });
 
 TEST(HexDump, addressesCrossEightDigitsWithinADump) {
@@ -67,8 +67,8 @@ TEST(HexDump, addressesCrossEightDigitsWithinADump) {
 TEST(HexDump, largeDumpHasEveryLine) {
     const std::size_t lines = 5000;
     const auto bytes = counting(16 * lines);
-    const std::string output = test::outputOf(
-        [&] { printHexDump(0, bytes, static_cast<std::uint32_t>(bytes.size())); });
+    const std::string output =
+        test::outputOf([&] { printHexDump(0, bytes, static_cast<std::uint32_t>(bytes.size())); });
     std::string expected = header;
     for (std::size_t line = 0; line < lines; ++line) {
         char text[128];

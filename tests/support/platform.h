@@ -14,9 +14,9 @@ namespace zolt::test {
 using Bytes = std::vector<std::uint8_t>;
 
 struct HalObject {
-    Bytes content;                 ///< what its bulk read reads from
-    int missingAsks = 0;           ///< how many asks find no object
-    std::int32_t readStatus = 0;   ///< non-zero: the bulk read fails with it
+    Bytes content;               ///< what its bulk read reads from
+    int missingAsks = 0;         ///< how many asks find no object
+    std::int32_t readStatus = 0; ///< non-zero: the bulk read fails with it
     bool callbackRegistered = false;
     std::int32_t unregisterStatus = 0;
 };

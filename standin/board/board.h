@@ -1,0 +1,51 @@
+// The model of a board: what a board description says, as people think of it.
+//
+// Everything that a command sees of the board is derived from this.
+#pragma once
+
+#include "standin/board/fault_rule.h"
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace standin {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr unsigned slotCount = 63;
+
+/// One PICPWR slot. A slot that is not described is absent: every register of it reads 0.
+struct Slot {
+    std::uint8_t id = 0;    ///< PICPWR, 1 to 63
+    std::uint8_t dstat = 0; ///< discovery status, 0 to 3; 0 is an absent module
+    bool dbyp = false;
+    bool dpen = false;
+    bool apen = false;
+    bool astat = false;
+    std::uint8_t moduleClass = 0;
+    std::uint8_t moduleClassIndex = 0;
+    std::uint16_t payloadOffset = 0; ///< from the payload block's first payload byte on
+    std::array<std::uint8_t, 8> dslIds{};
+    Bytes payload{}; ///< CIR payload, at payloadOffset
+};
+
+/// An object of the HAL's configuration.
+struct HalObject {
+    bool interruptCallback = false;    ///< one is registered when the object is handed out
+    std::int32_t unregisterStatus = 0; ///< what taking it back returns
+};
+
+struct Board {
+    std::string name;
+    std::vector<Slot> slots;
+    std::map<std::string, HalObject> halObjects;
+    std::map<std::string, Bytes> namedOverrides;        ///< bytes of a named read
+    std::map<std::uint16_t, std::uint8_t> rawOverrides; ///< registers by raw address
+    std::vector<FaultRule> faults; ///< of several rules that fit a read, the last one holds
+};
+
+} // namespace standin

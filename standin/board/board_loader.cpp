@@ -1,0 +1,179 @@
+#include "standin/board/board_loader.h"
+
+#include "standin/board/cpld_map.h"
+#include "standin/board/number.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+namespace standin {
+
+namespace {
+
+constexpr auto highestByte = std::numeric_limits<std::uint8_t>::max();
+constexpr auto highestWord = std::numeric_limits<std::uint16_t>::max();
+
+std::uint8_t byteOr0(TomlTable& table, std::string_view key, std::uint8_t highest = highestByte) {
+    return static_cast<std::uint8_t>(table.integer(key, 0, highest).value_or(0));
+}
+
+void readDslIds(TomlTable& table, Slot& slot) {
+    const auto ids = table.bytes("dsl_ids").value_or(Bytes{});
+    if (ids.size() > slot.dslIds.size()) {
+        table.place("dsl_ids").refuse("slot: 'dsl_ids' has more than 8 identifiers");
+    }
+    std::ranges::copy(ids, slot.dslIds.begin());
+}
+
+// Payloads without an offset of their own lie one behind the other, in the order of the file.
+void readPayload(TomlTable& table, Slot& slot, std::uint32_t& nextOffset) {
+    slot.payload = table.bytes("payload").value_or(Bytes{});
+    const auto offset = table.integer("payload_offset", 0, highestWord);
+    if (slot.payload.size() > longestPayload) {
+        table.place("payload").refuse("slot: 'payload' has " + std::to_string(slot.payload.size()) +
+                                      " bytes, at most " + std::to_string(longestPayload) + " fit");
+    }
+    const auto start = offset                 ? static_cast<std::uint32_t>(*offset)
+                       : slot.payload.empty() ? 0
+                                              : nextOffset;
+    if (!slot.payload.empty() && start + slot.payload.size() > payloadRoom) {
+        table.place("payload").refuse("slot: 'payload' at offset " + std::to_string(start) +
+                                      " runs past the payload block's " +
+                                      std::to_string(payloadRoom) + " bytes");
+    }
+    slot.payloadOffset = static_cast<std::uint16_t>(start);
+    if (!slot.payload.empty()) {
+        nextOffset = std::max(nextOffset, start + static_cast<std::uint32_t>(slot.payload.size()));
+    }
+}
+
+void readSlots(TomlTable& root, Board& board) {
+    std::array<unsigned, slotCount + 1> describedAt{};
+    std::uint32_t nextOffset = 0;
+    root.eachTable("slot", [&](TomlTable& table) {
+        Slot slot;
+        slot.id = static_cast<std::uint8_t>(table.requiredInteger("id", 1, slotCount));
+        const Place place = table.place("id");
+        if (describedAt[slot.id] != 0) {
+            place.refuse("slot: " + std::to_string(slot.id) + " is described already, at line " +
+                         std::to_string(describedAt[slot.id]));
+        }
+        describedAt[slot.id] = place.line;
+        slot.dstat = byteOr0(table, "dstat", 3);
+        slot.dbyp = table.boolean("dbyp").value_or(false);
+        slot.dpen = table.boolean("dpen").value_or(false);
+        slot.apen = table.boolean("apen").value_or(false);
+        slot.astat = table.boolean("astat").value_or(false);
+        slot.moduleClass = byteOr0(table, "module_class");
+        slot.moduleClassIndex = byteOr0(table, "module_class_index");
+        readDslIds(table, slot);
+        readPayload(table, slot, nextOffset);
+        board.slots.push_back(std::move(slot));
+    });
+}
+
+void readHalObjects(TomlTable& root, Board& board) {
+    // The one object that every board has, unless a fault takes it away.
+    board.halObjects[std::string(payloadBlockName)] = {};
+    auto hal = root.table("hal");
+    if (!hal) {
+        return;
+    }
+    if (auto table = hal->table(payloadBlockName)) {
+        HalObject& object = board.halObjects[std::string(payloadBlockName)];
+        object.interruptCallback = table->boolean("interrupt_callback").value_or(false);
+        object.unregisterStatus = static_cast<std::int32_t>(
+            table
+                ->integer("unregister_status", std::numeric_limits<std::int32_t>::min(),
+                          std::numeric_limits<std::int32_t>::max())
+                .value_or(0));
+        table->finish();
+    }
+    hal->finish();
+}
+
+void readRawOverrides(TomlTable& table, Board& board) {
+    for (const std::string& key : table.names()) {
+        const auto address = numberIn(key, 0, highestWord);
+        if (!address) {
+            table.place(key).refuse("raw: '" + key + "' is no raw address (0x0000 to 0xFFFF)");
+        }
+        std::int64_t next = *address;
+        for (const std::uint8_t byte : table.bytes(key).value_or(Bytes{})) {
+            if (next > highestWord) {
+                table.place(key).refuse("raw: the bytes at '" + key + "' run past 0xFFFF");
+            }
+            board.rawOverrides[static_cast<std::uint16_t>(next++)] = byte;
+        }
+    }
+}
+
+void readOverrides(TomlTable& root, Board& board) {
+    auto overrides = root.table("override");
+    if (!overrides) {
+        return;
+    }
+    if (auto named = overrides->table("named")) {
+        for (const std::string& key : named->names()) {
+            board.namedOverrides[key] = named->bytes(key).value_or(Bytes{});
+        }
+    }
+    if (auto raw = overrides->table("raw")) {
+        readRawOverrides(*raw, board);
+    }
+    overrides->finish();
+}
+
+void readFaults(TomlTable& root, Board& board) {
+    root.eachText("faults", [&](const std::string& rule, const Place& place) {
+        try {
+            board.faults.push_back(parseFaultRule(rule));
+        } catch (const FaultRuleError& error) {
+            place.refuse("fault '" + rule + "': " + error.what());
+        }
+    });
+}
+
+// One row for each part of a description; a part refuses what it does not know.
+constexpr void (*parts[])(TomlTable& root, Board& board) = {
+    readSlots,
+    readHalObjects,
+    readOverrides,
+    readFaults,
+};
+
+} // namespace
+
+Board parseBoard(std::string_view description, const std::string& name) {
+    try {
+        const toml::table document = toml::parse(description, name);
+        TomlTable root(document, name, "board");
+        Board board;
+        board.name = root.text("name").value_or("");
+        for (const auto& read : parts) {
+            read(root, board);
+        }
+        root.finish();
+        return board;
+    } catch (const toml::parse_error& error) {
+        Place{name, error.source().begin.line}.refuse(error.description());
+    }
+}
+
+Board loadBoard(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    // A directory opens and then does not read; an empty file reads nothing, which is no failure.
+    if (!file || !(content << file.rdbuf() || file.peek() == std::ifstream::traits_type::eof()) ||
+        file.bad()) {
+        Place{path}.refuse(std::strerror(errno));
+    }
+    return parseBoard(content.view(), path);
+}
+
+} // namespace standin

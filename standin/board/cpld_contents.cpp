@@ -1,0 +1,70 @@
+#include "standin/board/cpld_contents.h"
+
+#include <algorithm>
+
+namespace standin {
+
+namespace {
+
+// The register block of one slot as the CPLD packs it.
+std::array<std::uint8_t, slotBlockSize> encodeBlock(const Slot& slot) {
+    const auto flags = slot.dstat << 6 | slot.dbyp << 5 | slot.dpen << 4 | slot.apen << 3 |
+                       static_cast<int>(slot.astat);
+    std::array<std::uint8_t, slotBlockSize> block{
+        static_cast<std::uint8_t>(flags),
+        slot.moduleClass,
+        slot.moduleClassIndex,
+        static_cast<std::uint8_t>(slot.payloadOffset & 0xFF),
+        static_cast<std::uint8_t>(slot.payloadOffset >> 8),
+    };
+    std::ranges::copy(slot.dslIds, block.begin() + 6);
+    return block;
+}
+
+// The HAL names the fields of the same block, and delivers each shifted down to bit 0.
+void nameFields(const Slot& slot, CpldContents& contents) {
+    const std::string prefix = "PICPWR_" + std::to_string(slot.id);
+    const auto flag = [](bool set) { return Bytes{static_cast<std::uint8_t>(set)}; };
+    auto& named = contents.named;
+    named[prefix + "_DSTAT"] = {slot.dstat};
+    named[prefix + "_DBYP"] = flag(slot.dbyp);
+    named[prefix + "_DPEN"] = flag(slot.dpen);
+    named[prefix + "_APEN"] = flag(slot.apen);
+    named[prefix + "_ASTAT"] = flag(slot.astat);
+    named[prefix + "_MOD_CLASS"] = {slot.moduleClass};
+    named[prefix + "_MOD_CLASS_IDX"] = {slot.moduleClassIndex};
+    named[prefix + "_PAYLOAD_OFFSET"] = {static_cast<std::uint8_t>(slot.payloadOffset & 0xFF),
+                                         static_cast<std::uint8_t>(slot.payloadOffset >> 8)};
+}
+
+void place(const Bytes& bytes, std::uint32_t address, CpldContents& contents) {
+    std::ranges::copy(bytes, contents.raw.begin() + address);
+}
+
+void placeSlot(const Slot& slot, CpldContents& contents) {
+    const auto block = encodeBlock(slot);
+    std::ranges::copy(block, contents.raw.begin() + slotBlockStart + slotBlockSize * (slot.id - 1));
+    place(slot.payload, payloadBlockStart + payloadIndexOfOffset0 + slot.payloadOffset, contents);
+    nameFields(slot, contents);
+}
+
+} // namespace
+
+CpldContents deriveCpldContents(const Board& board) {
+    CpldContents contents;
+    for (std::uint8_t id = 1; id <= slotCount; ++id) {
+        nameFields({.id = id}, contents); // a slot without a module has its registers all the same
+    }
+    for (const Slot& slot : board.slots) {
+        placeSlot(slot, contents);
+    }
+    for (const auto& [name, bytes] : board.namedOverrides) {
+        contents.named[name] = bytes;
+    }
+    for (const auto& [address, byte] : board.rawOverrides) {
+        contents.raw[address] = byte;
+    }
+    return contents;
+}
+
+} // namespace standin

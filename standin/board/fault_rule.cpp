@@ -1,0 +1,116 @@
+#include "standin/board/fault_rule.h"
+
+#include "standin/board/number.h"
+
+#include <algorithm>
+#include <limits>
+#include <span>
+#include <vector>
+
+namespace standin {
+
+namespace {
+
+using Words = std::span<const std::string_view>;
+
+// Status of a failed call that the rule gives none: what the platform's libraries return when the
+// hardware did not answer.
+constexpr std::int32_t noAnswer = -1;
+
+void takeSubject(FaultRule& rule, std::string_view word) {
+    rule.subject = word;
+}
+
+std::uint16_t addressOf(std::string_view word) {
+    const auto address = numberIn(word, 0, std::numeric_limits<std::uint16_t>::max());
+    if (!address) {
+        throw FaultRuleError("'" + std::string(word) + "' is no raw address (0x0000 to 0xFFFF)");
+    }
+    return static_cast<std::uint16_t>(*address);
+}
+
+void takeAddresses(FaultRule& rule, std::string_view word) {
+    const std::size_t dash = word.find('-');
+    rule.first = addressOf(word.substr(0, dash));
+    rule.last = dash == std::string_view::npos ? rule.first : addressOf(word.substr(dash + 1));
+    if (rule.last < rule.first) {
+        throw FaultRuleError("address range '" + std::string(word) + "' runs backwards");
+    }
+}
+
+struct Kind {
+    std::string_view word;
+    FaultKind kind;
+    std::string_view subject; ///< what the second word is
+    void (*takeSubject)(FaultRule& rule, std::string_view word);
+    bool hasStatus;
+};
+
+constexpr Kind kinds[] = {
+    {"named-read", FaultKind::namedRead, "a name pattern", takeSubject, true},
+    {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses, true},
+    {"hal-object", FaultKind::halObject, "an object's name", takeSubject, false},
+    {"hal-read", FaultKind::halRead, "an object's name", takeSubject, true},
+};
+
+std::vector<std::string_view> wordsOf(std::string_view text) {
+    std::vector<std::string_view> words;
+    constexpr std::string_view blanks = " \t";
+    while (true) {
+        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+        if (text.empty()) {
+            return words;
+        }
+        const std::size_t end = std::min(text.find_first_of(blanks), text.size());
+        words.push_back(text.substr(0, end));
+        text.remove_prefix(end);
+    }
+}
+
+std::int32_t statusOf(Words words) {
+    const auto status = words.size() < 2
+                            ? std::nullopt
+                            : numberIn(words[1], std::numeric_limits<std::int32_t>::min(),
+                                       std::numeric_limits<std::int32_t>::max());
+    if (!status || *status == 0) {
+        throw FaultRuleError("'status' needs a number other than 0");
+    }
+    return static_cast<std::int32_t>(*status);
+}
+
+void takeOptions(FaultRule& rule, Words words, bool hasStatus) {
+    while (!words.empty()) {
+        if (words[0] == "once") {
+            rule.once = true;
+            words = words.subspan(1);
+        } else if (words[0] == "status" && hasStatus) {
+            rule.status = statusOf(words);
+            words = words.subspan(2);
+        } else {
+            throw FaultRuleError("'" + std::string(words[0]) + "' is not understood here");
+        }
+    }
+}
+
+} // namespace
+
+FaultRule parseFaultRule(std::string_view text) {
+    const auto words = wordsOf(text);
+    const auto kind = std::ranges::find(kinds, words.empty() ? "" : words[0], &Kind::word);
+    if (kind == std::ranges::end(kinds)) {
+        std::string known;
+        for (const Kind& each : kinds) {
+            known.append(known.empty() ? "" : ", ").append(each.word);
+        }
+        throw FaultRuleError("a fault begins with one of: " + known);
+    }
+    if (words.size() < 2) {
+        throw FaultRuleError(std::string(kind->word).append(" needs ").append(kind->subject));
+    }
+    FaultRule rule{.kind = kind->kind, .status = noAnswer};
+    kind->takeSubject(rule, words[1]);
+    takeOptions(rule, Words(words).subspan(2), kind->hasStatus);
+    return rule;
+}
+
+} // namespace standin

@@ -1,0 +1,220 @@
+#include "standin/board/toml_table.h"
+
+#include "standin/board/number.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+namespace standin {
+
+namespace {
+
+std::string quoted(std::string_view key) {
+    return "'" + std::string(key) + "'";
+}
+
+std::string range(std::int64_t lowest, std::int64_t highest) {
+    return std::to_string(lowest) + " to " + std::to_string(highest);
+}
+
+// How many letters must change to make one word of the other.
+std::size_t distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+} // namespace
+
+void Place::refuse(std::string_view reason) const {
+    std::string where = file;
+    if (line != 0) {
+        where += ":" + std::to_string(line);
+    }
+    throw BoardError(where.append(": ").append(reason));
+}
+
+TomlTable::TomlTable(const toml::table& table, std::string file, std::string what)
+    : table_(&table), file_(std::move(file)), what_(std::move(what)) {}
+
+const toml::node* TomlTable::find(std::string_view key) {
+    known_.emplace_back(key);
+    return table_->get(key);
+}
+
+Place TomlTable::placeOf(const toml::node& node) const {
+    return {file_, node.source().begin.line};
+}
+
+Place TomlTable::place() const {
+    return placeOf(*table_);
+}
+
+Place TomlTable::place(std::string_view key) const {
+    const auto* node = table_->get(key);
+    return node == nullptr ? place() : placeOf(*node);
+}
+
+std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, std::int64_t lowest,
+                                  std::int64_t highest) const {
+    const auto value = node.value_exact<std::int64_t>();
+    if (!value || *value < lowest || *value > highest) {
+        placeOf(node).refuse(what_ + ": " + quoted(key) + " must be a whole number from " +
+                             range(lowest, highest));
+    }
+    return *value;
+}
+
+std::optional<std::int64_t> TomlTable::integer(std::string_view key, std::int64_t lowest,
+                                               std::int64_t highest) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    return integerIn(*node, key, lowest, highest);
+}
+
+std::int64_t TomlTable::requiredInteger(std::string_view key, std::int64_t lowest,
+                                        std::int64_t highest) {
+    const auto value = integer(key, lowest, highest);
+    if (!value) {
+        place().refuse(what_ + ": " + quoted(key) + " is missing");
+    }
+    return *value;
+}
+
+std::optional<bool> TomlTable::boolean(std::string_view key) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    const auto value = node->value_exact<bool>();
+    if (!value) {
+        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be true or false");
+    }
+    return value;
+}
+
+std::optional<std::string> TomlTable::text(std::string_view key) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    auto value = node->value_exact<std::string>();
+    if (!value) {
+        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be a text");
+    }
+    return value;
+}
+
+std::optional<std::vector<std::uint8_t>> TomlTable::bytes(std::string_view key) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    constexpr auto highest = std::numeric_limits<std::uint8_t>::max();
+    std::vector<std::uint8_t> bytes;
+    if (const auto* array = node->as_array()) {
+        for (const auto& element : *array) {
+            bytes.push_back(static_cast<std::uint8_t>(integerIn(element, key, 0, highest)));
+        }
+    } else if (const auto text = node->value_exact<std::string_view>()) {
+        constexpr std::string_view blanks = " \t\r\n";
+        std::string_view rest = *text;
+        while (rest.remove_prefix(std::min(rest.find_first_not_of(blanks), rest.size())),
+               !rest.empty()) {
+            const std::string_view word = rest.substr(0, rest.find_first_of(blanks));
+            const auto byte = numberIn("0x" + std::string(word), 0, highest);
+            if (word.size() != 2 || !byte) {
+                placeOf(*node).refuse(what_ + ": " + quoted(key) + ": " + quoted(word) +
+                                      " is no byte of two hexadecimal digits");
+            }
+            bytes.push_back(static_cast<std::uint8_t>(*byte));
+            rest.remove_prefix(word.size());
+        }
+    } else {
+        bytes.push_back(static_cast<std::uint8_t>(integerIn(*node, key, 0, highest)));
+    }
+    return bytes;
+}
+
+void TomlTable::eachText(std::string_view key,
+                         const std::function<void(const std::string&, const Place&)>& use) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return;
+    }
+    const auto* array = node->as_array();
+    if (array == nullptr) {
+        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be an array of texts");
+    }
+    for (const auto& element : *array) {
+        const auto text = element.value_exact<std::string>();
+        if (!text) {
+            placeOf(element).refuse(what_ + ": " + quoted(key) + " must be an array of texts");
+        }
+        use(*text, placeOf(element));
+    }
+}
+
+void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTable&)>& use) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return;
+    }
+    const auto* array = node->as_array();
+    if (array == nullptr || !array->is_array_of_tables()) {
+        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be an array of tables, [[" +
+                              std::string(key) + "]]");
+    }
+    for (const auto& element : *array) {
+        TomlTable table(*element.as_table(), file_, std::string(key));
+        use(table);
+        table.finish();
+    }
+}
+
+std::optional<TomlTable> TomlTable::table(std::string_view key) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    if (node->as_table() == nullptr) {
+        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be a table, [" +
+                              std::string(key) + "]");
+    }
+    return TomlTable(*node->as_table(), file_, std::string(key));
+}
+
+std::vector<std::string> TomlTable::names() {
+    for (const auto& [key, value] : *table_) {
+        known_.emplace_back(key.str());
+    }
+    return known_;
+}
+
+void TomlTable::finish() const {
+    for (const auto& [key, value] : *table_) {
+        if (std::ranges::find(known_, key.str()) != known_.end()) {
+            continue;
+        }
+        std::string reason = what_ + ": " + quoted(key.str()) + " is not a key here";
+        const auto nearest = std::ranges::min_element(
+            known_, {}, [&](const std::string& known) { return distance(known, key.str()); });
+        if (nearest != known_.end() && distance(*nearest, key.str()) <= 2) {
+            reason += "; did you mean " + quoted(*nearest) + "?";
+        }
+        Place{file_, key.source().begin.line}.refuse(reason);
+    }
+}
+
+} // namespace standin

@@ -1,0 +1,101 @@
+#include "standin/launcher/arguments.h"
+
+#include <array>
+#include <getopt.h>
+
+namespace standin {
+
+namespace {
+
+enum Letter : int {
+    board = 'b',
+    fault = 'f',
+    debugLog = 'd',
+    callLog = 'c',
+    help = 'h',
+    version = 'v'
+};
+
+constexpr std::array<option, 7> longOptions{{
+    {"board", required_argument, nullptr, Letter::board},
+    {"fault", required_argument, nullptr, Letter::fault},
+    {"debug-log", required_argument, nullptr, Letter::debugLog},
+    {"call-log", required_argument, nullptr, Letter::callLog},
+    {"help", no_argument, nullptr, Letter::help},
+    {"version", no_argument, nullptr, Letter::version},
+    {nullptr, 0, nullptr, 0},
+}};
+
+FaultRule faultOf(const char* rule) {
+    try {
+        return parseFaultRule(rule);
+    } catch (const FaultRuleError& error) {
+        throw ArgumentsError(std::string("--fault '") + rule + "': " + error.what());
+    }
+}
+
+} // namespace
+
+Arguments parseArguments(int argc, char* const argv[]) {
+    Arguments arguments;
+    opterr = 0;
+    optind = 0;
+    // '+': the command's own options are not ours; ':' tells a missing value from a wrong option.
+    for (int letter = 0;
+         (letter = getopt_long(argc, argv, "+:", longOptions.data(), nullptr)) != -1;) {
+        switch (letter) {
+        case Letter::board:
+            arguments.board = optarg;
+            break;
+        case Letter::fault:
+            arguments.faults.push_back(faultOf(optarg));
+            break;
+        case Letter::debugLog:
+            arguments.debugLog = optarg;
+            break;
+        case Letter::callLog:
+            arguments.callLog = optarg;
+            break;
+        case Letter::help:
+            arguments.help = true;
+            return arguments;
+        case Letter::version:
+            arguments.version = true;
+            return arguments;
+        case ':':
+            throw ArgumentsError(std::string(argv[optind - 1]) + " needs a value");
+        default:
+            throw ArgumentsError(std::string(argv[optind - 1]) + " is not an option");
+        }
+    }
+    if (optind >= argc) {
+        throw ArgumentsError("there is no command to run");
+    }
+    arguments.command = argv + optind;
+    return arguments;
+}
+
+const char* usage() {
+    return "usage: zolt_sim [option]... [--] command [argument]...\n"
+           "\n"
+           "Puts a board under a command: the platform's libraries answer from a board\n"
+           "description. The exit status is the command's.\n"
+           "\n"
+           "  --board FILE      the board description, or the name of one that comes with\n"
+           "                    the tool (default: demo)\n"
+           "  --fault RULE      let something fail; may be given more than once:\n"
+           "                      named-read PATTERN [status N] [once]\n"
+           "                      raw-read ADDRESS[-ADDRESS] [status N] [once]\n"
+           "                      hal-object NAME [once]\n"
+           "                      hal-read NAME [status N] [once]\n"
+           "  --debug-log FILE  write the platform's debug log to a file\n"
+           "  --call-log FILE   write every call of the platform's libraries to a file\n"
+           "  --help            print this and exit\n"
+           "  --version         print the version and exit\n"
+           "\n"
+           "Exit status: 2 for a wrong option, fault or board description; 125 when the\n"
+           "stand-in itself fails; 126 and 127 when the command cannot be started or found;\n"
+           "128 + N when signal N ended it.\n";
+}
+
+} // namespace standin

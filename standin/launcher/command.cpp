@@ -1,0 +1,103 @@
+#include "standin/launcher/command.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <systemd/sd-event.h>
+#include <unistd.h>
+
+namespace standin {
+
+namespace {
+
+constexpr std::array passedOn{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2};
+
+void check(int result, const char* what) {
+    if (result < 0) {
+        throw std::system_error(-result, std::generic_category(), what);
+    }
+}
+
+[[noreturn]] void become(char* const* command, const Environment& additions, const sigset_t& mask,
+                         pid_t parent, int failure) {
+    prctl(PR_SET_PDEATHSIG, SIGHUP);
+    if (getppid() != parent) { // it ended before it could be watched
+        _exit(EXIT_FAILURE);
+    }
+    for (const auto& [name, value] : additions) {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+    sigprocmask(SIG_SETMASK, &mask, nullptr);
+    execvp(command[0], command);
+    const int error = errno;
+    (void)!write(failure, &error, sizeof error);
+    _exit(EXIT_FAILURE);
+}
+
+int passOn(sd_event_source* /*source*/, const signalfd_siginfo* info, void* pid) {
+    // The kernel itself sends what is typed at the terminal, to the command as well as to us.
+    if (info->ssi_code != SI_KERNEL) {
+        kill(*static_cast<pid_t*>(pid), static_cast<int>(info->ssi_signo));
+    }
+    return 0;
+}
+
+int noteEnd(sd_event_source* source, const siginfo_t* info, void* /*unused*/) {
+    const int status = info->si_code == CLD_EXITED ? info->si_status : 128 + info->si_status;
+    return sd_event_exit(sd_event_source_get_event(source), status);
+}
+
+} // namespace
+
+sigset_t supervisedSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGCHLD);
+    for (const int signal : passedOn) {
+        sigaddset(&signals, signal);
+    }
+    return signals;
+}
+
+Started startCommand(char* const* command, const Environment& additions, const sigset_t& mask) {
+    std::array<int, 2> failure{};
+    if (pipe2(failure.data(), O_CLOEXEC) != 0) {
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    }
+    const pid_t parent = getpid();
+    Started started{.pid = fork()};
+    if (started.pid == 0) {
+        become(command, additions, mask, parent, failure[1]);
+    }
+    close(failure[1]);
+    int error = errno;
+    if (started.pid > 0 && read(failure[0], &error, sizeof error) != sizeof error) {
+        error = 0; // the pipe closed with a successful exec
+    }
+    close(failure[0]);
+    if (error != 0) {
+        if (started.pid > 0) {
+            waitpid(started.pid, nullptr, 0);
+        }
+        started = {.failure = {error == ENOENT ? 127 : 126, error}};
+    }
+    return started;
+}
+
+int superviseCommand(sd_event* loop, pid_t pid) {
+    for (const int signal : passedOn) {
+        check(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "signal");
+    }
+    check(sd_event_add_child(loop, nullptr, pid, WEXITED, noteEnd, nullptr), "child");
+    const int status = sd_event_loop(loop);
+    check(status, "event loop");
+    return status;
+}
+
+} // namespace standin

@@ -1,0 +1,40 @@
+// The command that runs on the board.
+#pragma once
+
+#include <csignal>
+#include <string>
+#include <sys/types.h>
+#include <systemd/sd-event.h>
+#include <utility>
+#include <vector>
+
+namespace standin {
+
+using Environment = std::vector<std::pair<std::string, std::string>>;
+
+/// Why a command did not start, and what a shell would exit with.
+struct NotStarted {
+    int exitStatus; ///< 127 when there is no such command, else 126
+    int error;      ///< errno of exec
+};
+
+struct Started {
+    pid_t pid = -1;
+    NotStarted failure{}; ///< when pid is -1
+};
+
+/// Starts a command with additions to this process's environment and the signal mask @p mask.
+/// It is hung up should this process end before it.
+[[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
+                                   const sigset_t& mask);
+
+/// Runs an event loop until the command has ended. Signals that this process gets reach the
+/// command; those of the terminal have reached it already.
+/// @return the command's exit status, 128 + N when signal N ended it
+[[nodiscard]] int superviseCommand(sd_event* loop, pid_t pid);
+
+/// The signals that superviseCommand() passes on, and SIGCHLD: to be blocked before anything
+/// starts, so that none of them ends this process alone.
+[[nodiscard]] sigset_t supervisedSignals();
+
+} // namespace standin

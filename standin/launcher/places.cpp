@@ -1,0 +1,39 @@
+#include "standin/launcher/places.h"
+
+#include <filesystem>
+#include <initializer_list>
+#include <stdexcept>
+
+namespace standin {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The first of these directories, relative to the program's own, that is there.
+fs::path nearProgram(std::initializer_list<const char*> candidates) {
+    const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
+    for (const char* const candidate : candidates) {
+        fs::path directory = (program / candidate).lexically_normal();
+        if (fs::is_directory(directory)) {
+            return directory;
+        }
+    }
+    throw std::runtime_error("the stand-in is not installed whole: no " +
+                             (program / *candidates.begin()).lexically_normal().string());
+}
+
+} // namespace
+
+std::string libraryDirectory() {
+    return nearProgram({"lib", INSTALLED_LIBRARIES});
+}
+
+std::string boardFile(std::string_view board) {
+    if (board.find('/') != std::string_view::npos || board.ends_with(".toml")) {
+        return std::string(board);
+    }
+    return nearProgram({"../boards", INSTALLED_BOARDS}) / (std::string(board) + ".toml");
+}
+
+} // namespace standin

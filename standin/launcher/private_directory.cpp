@@ -1,0 +1,111 @@
+#include "standin/launcher/private_directory.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace standin {
+
+namespace {
+
+[[noreturn]] void fail(const char* what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+struct Pipe {
+    int readEnd = -1;
+    int writeEnd = -1;
+
+    Pipe() {
+        std::array<int, 2> ends{};
+        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+            fail("pipe");
+        }
+        readEnd = ends[0];
+        writeEnd = ends[1];
+    }
+};
+
+std::string directoryPattern() {
+    const char* const base = std::getenv("TMPDIR");
+    return std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/zolt_sim.XXXXXX";
+}
+
+// The keeper holds nothing of the caller's: no terminal, no output that somebody waits to see end.
+void leaveCaller() {
+    setsid();
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, nullptr);
+    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        dup2(nowhere, descriptor);
+    }
+}
+
+// Makes the directory, tells its path (or the error), and removes it once the lifeline ends.
+[[noreturn]] void keep(int lifeline, int answer) {
+    leaveCaller();
+    std::string path = directoryPattern();
+    if (mkdtemp(path.data()) == nullptr) {
+        const int error = errno;
+        (void)!write(answer, &error, sizeof error);
+        _exit(EXIT_FAILURE);
+    }
+    (void)!write(answer, path.c_str(), path.size() + 1);
+    char byte = 0;
+    while (read(lifeline, &byte, 1) < 0 && errno == EINTR) {
+    }
+    std::error_code ignored; // nobody is left to be told
+    std::filesystem::remove_all(path, ignored);
+    _exit(EXIT_SUCCESS);
+}
+
+} // namespace
+
+PrivateDirectory::PrivateDirectory() {
+    const Pipe lifeline;
+    const Pipe answer;
+    keeper_ = fork();
+    if (keeper_ == 0) {
+        close(lifeline.writeEnd);
+        close(answer.readEnd);
+        keep(lifeline.readEnd, answer.writeEnd);
+    }
+    lifeline_ = lifeline.writeEnd;
+    close(lifeline.readEnd);
+    close(answer.writeEnd);
+    std::array<char, PATH_MAX> path{};
+    const ssize_t length = keeper_ < 0 ? -1 : read(answer.readEnd, path.data(), path.size() - 1);
+    close(answer.readEnd);
+    if (length > 0 && path[static_cast<std::size_t>(length) - 1] == '\0' && path[0] == '/') {
+        path_ = path.data();
+        return;
+    }
+    int error = errno;
+    if (length == sizeof error) {
+        std::memcpy(&error, path.data(), sizeof error);
+    }
+    close(lifeline_);
+    if (keeper_ > 0) {
+        waitpid(keeper_, nullptr, 0);
+    }
+    errno = error;
+    fail("cannot make a private directory");
+}
+
+PrivateDirectory::~PrivateDirectory() {
+    close(lifeline_);
+    while (waitpid(keeper_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+} // namespace standin

@@ -1,0 +1,117 @@
+// zolt_sim: puts a board under a command.
+//
+// Everything of a run lives in one private directory; the command finds it, and the platform's
+// libraries, through its environment.
+#include "standin/board/board_loader.h"
+#include "standin/board/image.h"
+#include "standin/board/image_writer.h"
+#include "standin/launcher/arguments.h"
+#include "standin/launcher/command.h"
+#include "standin/launcher/places.h"
+#include "standin/launcher/private_directory.h"
+#include "standin/lib/log_file.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <systemd/sd-event.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace standin;
+
+constexpr int exitWrongInput = 2;
+constexpr int exitOwnFailure = 125;
+
+Board boardFor(const Arguments& arguments) {
+    Board board = loadBoard(boardFile(arguments.board));
+    board.faults.insert(board.faults.end(), arguments.faults.begin(), arguments.faults.end());
+    return board;
+}
+
+// A log starts empty, and under a name that holds wherever the command goes.
+void addLog(Environment& environment, const char* variable, const std::string& path) {
+    if (path.empty()) {
+        return;
+    }
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0) {
+        throw std::system_error(errno, std::generic_category(), path);
+    }
+    close(file);
+    environment.emplace_back(variable, std::filesystem::absolute(path));
+}
+
+std::string librarySearchPath() {
+    std::string path = libraryDirectory();
+    const char* const inherited = std::getenv("LD_LIBRARY_PATH");
+    if (inherited != nullptr && *inherited != '\0') {
+        path.append(":").append(inherited);
+    }
+    return path;
+}
+
+int runOnBoard(const Board& board, const Arguments& arguments) {
+    const sigset_t blocked = supervisedSignals();
+    sigset_t callers;
+    sigprocmask(SIG_BLOCK, &blocked, &callers);
+
+    const PrivateDirectory directory;
+    writeImage(board, directory.file(imageFileName));
+    Environment environment{{boardDirectoryVariable, directory.path()},
+                            {"LD_LIBRARY_PATH", librarySearchPath()}};
+    addLog(environment, debugLogVariable, arguments.debugLog);
+    addLog(environment, callLogVariable, arguments.callLog);
+
+    sd_event* loop = nullptr;
+    if (const int result = sd_event_new(&loop); result < 0) {
+        throw std::system_error(-result, std::generic_category(), "event loop");
+    }
+    const std::unique_ptr<sd_event, decltype(&sd_event_unref)> owned(loop, sd_event_unref);
+
+    const Started command = startCommand(arguments.command, environment, callers);
+    if (command.pid < 0) {
+        std::fprintf(stderr, "zolt_sim: %s: %s\n", arguments.command[0],
+                     std::strerror(command.failure.error));
+        return command.failure.exitStatus;
+    }
+    return superviseCommand(loop, command.pid);
+}
+
+int run(int argc, char* argv[]) {
+    const Arguments arguments = parseArguments(argc, argv);
+    if (arguments.help) {
+        std::fputs(usage(), stdout);
+        return EXIT_SUCCESS;
+    }
+    if (arguments.version) {
+        std::puts("zolt_sim " PROJECT_VERSION);
+        return EXIT_SUCCESS;
+    }
+    return runOnBoard(boardFor(arguments), arguments);
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    try {
+        return run(argc, argv);
+    } catch (const ArgumentsError& error) {
+        std::fprintf(stderr, "zolt_sim: %s\n'zolt_sim --help' tells more.\n", error.what());
+        return exitWrongInput;
+    } catch (const BoardError& error) {
+        std::fprintf(stderr, "zolt_sim: %s\n", error.what());
+        return exitWrongInput;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "zolt_sim: %s\n", error.what());
+        return exitOwnFailure;
+    }
+}
