@@ -1,0 +1,63 @@
+#!/usr/bin/env python3
+"""Counts the test cases of the `meson test` run whose logs are in a directory.
+
+usage: count_results.py LOG_DIRECTORY
+
+Prints "PASSED FAILED SKIPPED": a program that tells its cases counts as so many, any other as one.
+"""
+
+import json
+import sys
+import xml.etree.ElementTree as xml
+from pathlib import Path
+
+BAD_RESULTS = {"FAIL", "ERROR", "TIMEOUT", "INTERRUPT", "UNEXPECTEDPASS"}
+
+
+def outcome(case):
+    if case.find("failure") is not None or case.find("error") is not None:
+        return "failed"
+    if case.find("skipped") is not None or case.get("status") == "notrun":
+        return "skipped"
+    return "passed"
+
+
+def cases_of(junit_file):
+    """Yields (name of the program, outcome) for each case."""
+    for suite in xml.parse(junit_file).getroot().iter("testsuite"):
+        _, _, program = suite.get("name").partition(".")
+        for case in suite.iter("testcase"):
+            yield program or case.get("name"), outcome(case)
+
+
+def bad_programs(json_file):
+    """The programs that did not end well, whatever their cases say."""
+    for line in json_file.read_text().splitlines():
+        result = json.loads(line)
+        if result["result"] in BAD_RESULTS:
+            yield result["name"].rpartition(" / ")[2].rpartition(":")[2]
+
+
+def is_of(program, case_program):
+    return case_program == program or case_program.startswith(program + ".")
+
+
+def main():
+    count = {"passed": 0, "failed": 0, "skipped": 0}
+    for json_file in Path(sys.argv[1]).glob("*.json"):
+        cases = list(cases_of(json_file.with_suffix(".junit.xml")))
+        for program in bad_programs(json_file):
+            own = [case for case in cases if is_of(program, case[0])]
+            # It crashed, ran out of time or found something after its last case.
+            if all(case[1] != "failed" for case in own):
+                count["failed"] += 1
+                # A program that is one case has been counted by that.
+                if (program, "passed") in own:
+                    cases.remove((program, "passed"))
+        for _, result in cases:
+            count[result] += 1
+    print(count["passed"], count["failed"], count["skipped"])
+
+
+if __name__ == "__main__":
+    main()
