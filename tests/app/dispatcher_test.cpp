@@ -1,0 +1,123 @@
+#include "app/dispatcher.h"
+
+#include "app/interactive.h"
+#include "app/menus.h"
+#include "tests/support/console.h"
+#include "tests/support/platform.h"
+
+#include <gtest/gtest.h>
+
+namespace zolt {
+namespace {
+
+using test::outputOf;
+using test::platform;
+
+constexpr const char* unable = "Unable to perform the desired operation\n";
+constexpr const char* unreadable = "\nscanf errorUnable to perform the desired operation\n";
+
+class Dispatcher : public testing::Test {
+protected:
+    Dispatcher() { test::resetPlatform(); }
+
+    // An empty slot 42: what option 1 prints of it shows which ID it ran with.
+    static void fitSlot42() { platform().named["PICPWR_42_DSTAT"] = {0}; }
+    static constexpr const char* slot42 = "\nPICPWR 42 DSTAT              = 00b\n";
+
+    static std::string run(const OptionArgs& given, std::string_view input = "") {
+        return outputOf([&] { runOption(given); }, input);
+    }
+};
+
+TEST_F(Dispatcher, numbersWithoutARowDoNothing) {
+    for (const std::uint8_t option : std::initializer_list<std::uint8_t>{0, 16, 99, 100, 255}) {
+        EXPECT_EQ(run({.option = option}, "x"), "");
+    }
+    EXPECT_TRUE(platform().calls.empty());
+}
+
+TEST_F(Dispatcher, givenIdIsNotAskedFor) {
+    fitSlot42();
+    EXPECT_EQ(run({.option = 1, .picpwrId = 42}, "x"), slot42);
+}
+
+TEST_F(Dispatcher, missingIdIsAskedFor) {
+    fitSlot42();
+    EXPECT_EQ(run({.option = 1}, "42\n"),
+              std::string("Enter the PICPWR ID: (Enter 0 for all PICPWRs)") + slot42);
+}
+
+TEST_F(Dispatcher, answerIsAnUnsignedByte) {
+    EXPECT_EQ(run({.option = 1}, "-1\n"), "Enter the PICPWR ID: (Enter 0 for all PICPWRs)");
+    EXPECT_TRUE(platform().calls.empty()); // 255 is no slot
+}
+
+struct Asking {
+    OptionArgs given;
+    std::string prompt;
+};
+
+std::vector<Asking> askingOptions() {
+    const std::string pickOne = "Enter the PICPWR ID:";
+    const std::string pickOneOrAll = "Enter the PICPWR ID: (Enter 0 for all PICPWRs)";
+    return {
+        {{.option = 1}, pickOneOrAll},
+        {{.option = 2}, pickOne},
+        {{.option = 3, .format = 2}, pickOne},
+        {{.option = 5}, outputOf(printModuleClassMenu)},
+        {{.option = 6}, pickOneOrAll},
+        {{.option = 7}, outputOf(printDeviceTypeMenu)},
+        {{.option = 7, .deviceType = 166}, outputOf(printDeviceTypeMenu)},
+        {{.option = 8, .deviceType = 255}, outputOf(printDeviceTypeMenu)},
+        {{.option = 12}, outputOf(printModuleTypeMenu)},
+    };
+}
+
+TEST_F(Dispatcher, answerThatIsNoNumberFailsWithBothLines) {
+    for (const Asking& asking : askingOptions()) {
+        EXPECT_EQ(run(asking.given, "x"), asking.prompt + unreadable);
+    }
+    EXPECT_TRUE(platform().calls.empty());
+}
+
+TEST_F(Dispatcher, payloadIdsAbove63AreRefusedBeforeTheHardware) {
+    for (const std::uint8_t option : std::initializer_list<std::uint8_t>{2, 3}) {
+        for (const char* const answer : {"64", "-1", "255", "100"}) {
+            EXPECT_EQ(run({.option = option}, answer),
+                      std::string("Enter the PICPWR ID:") + unable);
+        }
+    }
+    EXPECT_TRUE(platform().calls.empty());
+}
+
+TEST_F(Dispatcher, failedOperationIsToldOnce) {
+    platform().named["PICPWR_42_DSTAT"] = {3};
+    for (const char* const name :
+         {"_DBYP", "_DPEN", "_APEN", "_ASTAT", "_MOD_CLASS", "_MOD_CLASS_IDX"}) {
+        platform().named[std::string("PICPWR_42") + name] = {0};
+    }
+    const std::string output = run({.option = 1, .picpwrId = 42});
+    EXPECT_TRUE(
+        output.ends_with("PICPWR 42 Module Class Index = 0\n"
+                         "Unable to read PICPWR payload offset using CPLD raw API, status 5\n"
+                         "Unable to perform the desired operation\n"))
+        << output;
+}
+
+TEST_F(Dispatcher, exceptionPassesThroughAndIsPrintedByTheGuard) {
+    platform().outOfMemory = true;
+    EXPECT_THROW((void)run({.option = 1, .picpwrId = 42}), std::bad_alloc);
+    EXPECT_EQ(outputOf([] { runOptionGuarded({.option = 1, .picpwrId = 42}); }),
+              "Exception : std::bad_alloc\n");
+}
+
+TEST_F(Dispatcher, exceptionDoesNotEndTheMenu) {
+    platform().outOfMemory = true;
+    const std::string menu = outputOf(printMainMenu);
+    EXPECT_EQ(outputOf(runInteractive, "1 42 16 100"),
+              menu + "Enter the PICPWR ID: (Enter 0 for all PICPWRs)" +
+                  "Exception : std::bad_alloc\n" + menu + menu);
+}
+
+} // namespace
+} // namespace zolt

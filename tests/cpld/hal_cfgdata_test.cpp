@@ -1,0 +1,85 @@
+#include "platform/hal.h"
+
+#include "tests/support/platform.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+namespace zolt {
+namespace {
+
+using test::Bytes;
+using test::platform;
+using Calls = std::vector<std::string>;
+
+constexpr const char* name = "PICPWR_PAYLOADS";
+
+class HalCfgdata : public testing::Test {
+protected:
+    HalCfgdata() { test::resetPlatform(); }
+
+    // One handle for one read, as the views use it.
+    std::int32_t read(std::uint32_t length, std::uint32_t offset) {
+        HAL_cfgdata handle(name);
+        return handle.ReadIO(buffer_, length, offset);
+    }
+
+    Bytes buffer_;
+};
+
+TEST_F(HalCfgdata, readsThroughTheObject) {
+    platform().hal[name].content = {1, 2, 3, 4, 5};
+    EXPECT_EQ(read(3, 1), 0);
+    EXPECT_EQ(buffer_, (Bytes{2, 3, 4}));
+    EXPECT_EQ(platform().calls, (Calls{"ReadHALConfig PICPWR_PAYLOADS",
+                                       "ReadIO PICPWR_PAYLOADS 3 1", "delete PICPWR_PAYLOADS"}));
+    EXPECT_EQ(platform().log, Calls{"5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"});
+}
+
+TEST_F(HalCfgdata, asksOnceMoreForAMissingObject) {
+    platform().hal[name] = {.content = {1}, .missingAsks = 1};
+    EXPECT_EQ(read(1, 0), 0);
+    EXPECT_EQ(platform().calls,
+              (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadHALConfig PICPWR_PAYLOADS",
+                     "ReadIO PICPWR_PAYLOADS 1 0", "delete PICPWR_PAYLOADS"}));
+}
+
+TEST_F(HalCfgdata, missingObjectIsLoggedAndFails) {
+    EXPECT_EQ(read(1, 0), -1);
+    EXPECT_EQ(platform().calls,
+              (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadHALConfig PICPWR_PAYLOADS"}));
+    ASSERT_EQ(platform().log.size(), 1U);
+    EXPECT_TRUE(std::regex_match(
+        platform().log[0],
+        std::regex(
+            R"(2 273 hal_cfgdata\.cpp\.[0-9]+\.ReadIO: \[ReadIO\]: ERROR, halData is NULL)")))
+        << platform().log[0];
+}
+
+TEST_F(HalCfgdata, statusOfTheObjectIsTheResult) {
+    platform().hal[name] = {.content = {1}, .readStatus = 6};
+    EXPECT_EQ(read(1, 0), 6);
+    EXPECT_EQ(platform().log, Calls{"5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"});
+}
+
+TEST_F(HalCfgdata, takesARegisteredCallbackBackBeforeTheObjectGoes) {
+    platform().hal[name] = {.content = {1}, .callbackRegistered = true, .unregisterStatus = -3};
+    EXPECT_EQ(read(1, 0), 0);
+    EXPECT_EQ(platform().calls,
+              (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 1 0",
+                     "UnregisterInterruptCallback PICPWR_PAYLOADS", "delete PICPWR_PAYLOADS"}));
+    EXPECT_EQ(
+        platform().log,
+        (Calls{"5 273 [~HAL_cfgdata]: UnregisterInterruptCallback for [PICPWR_PAYLOADS], ret= -3",
+               "5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"}));
+}
+
+TEST_F(HalCfgdata, handleThatWasNeverReadAsksAndLogsNothing) {
+    { const HAL_cfgdata handle(name); }
+    EXPECT_TRUE(platform().calls.empty());
+    EXPECT_TRUE(platform().log.empty());
+}
+
+} // namespace
+} // namespace zolt

@@ -1,0 +1,263 @@
+#!/usr/bin/env python3
+"""zolt_sim as a process: statuses, signals, what it refuses, and that nothing stays behind."""
+
+import os
+import pathlib
+import signal
+import stat
+import subprocess
+import sys
+import time
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+
+import tap  # noqa: E402
+from programs import SIM, TIMEOUT_SECONDS, TOOL, Scratch, run  # noqa: E402
+
+
+class SimTest(unittest.TestCase):
+    def setUp(self):
+        self.scratch = Scratch()
+        self.addCleanup(self.scratch.close)
+
+    def sim(self, *arguments, **options):
+        return run(SIM, *arguments, env=self.scratch.environment, **options)
+
+    def start(self, *command):
+        """Starts a command that says "ready" on its standard output once it runs."""
+        process = subprocess.Popen(
+            [SIM, "--", *command],
+            env=self.scratch.environment,
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            text=True,
+            start_new_session=True,
+        )
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stdin.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.assertEqual(process.stdout.readline(), "ready\n")
+        return process
+
+    def assert_nothing_left(self, patience=5.0):
+        end = time.monotonic() + patience
+        while self.scratch.left_behind() and time.monotonic() < end:
+            time.sleep(0.01)
+        self.assertEqual(self.scratch.left_behind(), [])
+
+    def assert_refused(self, done, status, message):
+        self.assertEqual(done.stderr, message)
+        self.assertEqual(done.stdout, "")
+        self.assertEqual(done.returncode, status)
+        self.assertEqual(self.scratch.left_behind(), [])
+
+
+class Status(SimTest):
+    def test_is_the_commands(self):
+        for status in (0, 1, 42, 255):
+            self.assertEqual(self.sim("sh", "-c", f"exit {status}").returncode, status)
+        self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_is_128_plus_the_signal_that_ended_the_command(self):
+        for name in (signal.SIGSEGV, signal.SIGKILL, signal.SIGTERM, signal.SIGABRT):
+            done = self.sim("sh", "-c", f"ulimit -c 0; kill -{name.value} $$")
+            self.assertEqual(done.returncode, 128 + name.value)
+            self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_is_127_when_there_is_no_such_command(self):
+        self.assert_refused(
+            self.sim("no-such-command"),
+            127,
+            "zolt_sim: no-such-command: No such file or directory\n",
+        )
+
+    def test_is_126_when_the_command_cannot_be_started(self):
+        path = self.scratch.file("script", "#!/bin/sh\n")
+        self.assert_refused(self.sim(path), 126, f"zolt_sim: {path}: Permission denied\n")
+
+    def test_is_125_when_there_is_no_place_for_a_directory(self):
+        self.scratch.environment["TMPDIR"] = str(self.scratch.path / "missing")
+        self.assert_refused(
+            self.sim("true"),
+            125,
+            "zolt_sim: cannot make a private directory: No such file or directory\n",
+        )
+
+
+class Command(SimTest):
+    def test_keeps_its_arguments_as_they_are(self):
+        done = self.sim("--", "printf", "%s|", "--board", "a b", "", "--", "-x")
+        self.assertEqual(done.stdout, "--board|a b||--|-x|")
+
+    def test_reads_our_standard_input(self):
+        self.assertEqual(self.sim("cat", input="typed\n").stdout, "typed\n")
+
+    def test_runs_with_our_signal_mask(self):
+        def mask(status):
+            lines = status.splitlines()
+            return [line for line in lines if line.startswith(("SigBlk", "SigIgn", "SigCgt"))]
+
+        ours = run("cat", "/proc/self/status").stdout
+        theirs = self.sim("cat", "/proc/self/status").stdout
+        self.assertEqual(mask(theirs), mask(ours))
+
+    def test_finds_a_private_directory_that_is_gone_afterwards(self):
+        done = self.sim("sh", "-c", 'echo "$ZOLT_SIM_DIR"; stat -c %a "$ZOLT_SIM_DIR"')
+        path, mode = done.stdout.split()
+        self.assertEqual(mode, "700")
+        self.assertEqual(os.path.dirname(path), str(self.scratch.path))
+        self.assertFalse(os.path.exists(path))
+
+    def test_leaves_nothing_open_for_the_command(self):
+        # 0, 1, 2, and the directory that is being listed.
+        self.assertEqual(self.sim("ls", "/proc/self/fd").stdout.split(), ["0", "1", "2", "3"])
+
+    def test_keeps_the_callers_library_path_behind_the_stand_ins(self):
+        self.scratch.environment["LD_LIBRARY_PATH"] = "/callers"
+        path = self.sim("sh", "-c", 'echo "$LD_LIBRARY_PATH"').stdout.strip().split(":")
+        self.assertEqual(path[1:], ["/callers"])
+        self.assertTrue(os.path.exists(path[0] + "/libhal.so.1"))
+
+    def test_several_tools_share_what_happens_once(self):
+        # The first of three runs meets the fault, whichever process that is.
+        done = self.sim(
+            "--fault", "named-read PICPWR_42_DSTAT once", "--fault", "raw-read 0x123E status 3",
+            "sh", "-c", f"for i in 1 2 3; do {TOOL} -o 1 -p 42; done",
+        )
+        self.assertEqual(
+            done.stdout,
+            "Unable to read PICPWR 42 DSTAT using CPLD raw API, status 3\n"
+            + 2 * "\nPICPWR 42 DSTAT              = 00b\n",
+        )
+
+
+class Signals(SimTest):
+    def test_reach_the_command(self):
+        for name in ("HUP", "INT", "QUIT", "TERM", "USR1", "USR2"):
+            with self.subTest(name):
+                process = self.start(
+                    "sh", "-c", f"trap 'echo got {name}; exit 7' {name}; echo ready; "
+                    "while :; do sleep 0.02; done",
+                )
+                process.send_signal(getattr(signal, "SIG" + name))
+                self.assertEqual(process.stdout.read(), f"got {name}\n")
+                self.assertEqual(process.wait(TIMEOUT_SECONDS), 7)
+                self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_end_the_command_that_does_not_catch_them(self):
+        process = self.start("sh", "-c", "echo ready; exec sleep 60")
+        process.terminate()
+        self.assertEqual(process.wait(TIMEOUT_SECONDS), 128 + signal.SIGTERM)
+        self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_of_the_terminal_reach_the_command_once(self):
+        # A terminal of our own, on which ^C is typed.
+        master, slave = os.openpty()
+        script = "trap 'echo caught' INT; echo ready; sleep 1; echo over"
+        process = subprocess.Popen(
+            ["setsid", "--ctty", "--wait", SIM, "--", "bash", "-c", script],
+            env=self.scratch.environment, stdin=slave, stdout=slave, stderr=slave,
+        )
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        os.close(slave)
+        output = b""
+        typed = False
+        try:
+            while chunk := os.read(master, 1024):
+                output += chunk
+                if b"ready" in output and not typed:
+                    os.write(master, b"\x03")
+                    typed = True
+        except OSError:  # the terminal is closed with its last process
+            pass
+        os.close(master)
+        self.assertEqual(output.count(b"caught"), 1)
+        self.assertEqual(process.wait(TIMEOUT_SECONDS), 0)
+        self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_that_kill_zolt_sim_take_command_and_directory_along(self):
+        process = self.start("sh", "-c", "echo ready; exec sleep 60")
+        process.kill()
+        self.assertEqual(process.stdout.read(), "")  # the command's end is gone too
+        self.assert_nothing_left()
+
+
+class Refuses(SimTest):
+    ADVICE = "'zolt_sim --help' tells more.\n"
+
+    def test_wrong_command_lines(self):
+        kinds = "a fault begins with one of: named-read, raw-read, hal-object, hal-read"
+        for arguments, reason in (
+            ([], "there is no command to run"),
+            (["--"], "there is no command to run"),
+            (["--bored", "x", "true"], "--bored is not an option"),
+            (["-z", "true"], "-z is not an option"),
+            (["--board"], "--board needs a value"),
+            (["--fault", "", "true"], f"--fault '': {kinds}"),
+            (["--fault", "cosmic-ray", "true"], f"--fault 'cosmic-ray': {kinds}"),
+        ):
+            with self.subTest(arguments):
+                self.assert_refused(
+                    self.sim(*arguments), 2, f"zolt_sim: {reason}\n{self.ADVICE}"
+                )
+
+    def test_a_board_that_is_not_there(self):
+        path = str(self.scratch.path / "none.toml")
+        self.assert_refused(
+            self.sim("--board", path, "true"), 2, f"zolt_sim: {path}: No such file or directory\n"
+        )
+
+    def test_a_board_that_is_a_directory(self):
+        path = str(self.scratch.path) + "/"
+        self.assert_refused(
+            self.sim("--board", path, "true"), 2, f"zolt_sim: {path}: Is a directory\n"
+        )
+
+    def test_a_wrong_board_before_the_command_starts(self):
+        path = self.scratch.file("wrong.toml", "# two slots\n[[slot]]\nid = 1\ndstat = 4\n")
+        self.assert_refused(
+            self.sim("--board", path, "sh", "-c", "echo started"),
+            2,
+            f"zolt_sim: {path}:4: slot: 'dstat' must be a whole number from 0 to 3\n",
+        )
+
+    def test_a_log_that_cannot_be_written(self):
+        path = str(self.scratch.path / "missing" / "log")
+        for option in ("--debug-log", "--call-log"):
+            self.assert_refused(
+                self.sim(option, path, "true"),
+                125,
+                f"zolt_sim: {path}: No such file or directory\n",
+            )
+
+
+class Tells(SimTest):
+    def test_what_it_takes(self):
+        done = self.sim("--help")
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(done.stderr, "")
+        for option in ("--board", "--fault", "--debug-log", "--call-log", "--version"):
+            self.assertIn(option, done.stdout)
+
+    def test_its_version(self):
+        self.assertRegex(self.sim("--version").stdout, r"^zolt_sim \d+\.\d+\.\d+\n$")
+
+    def test_logs_start_empty_and_hold_wherever_the_command_goes(self):
+        self.scratch.file("calls", "from an earlier run\n")
+        done = run(
+            SIM, "--call-log", "calls", "sh", "-c", f"cd /; {TOOL} -o 1 -p 42",
+            env=self.scratch.environment, cwd=self.scratch.path,
+        )
+        self.assertEqual(done.stderr, "")
+        log = self.scratch.path / "calls"
+        self.assertEqual(log.read_text(), "ReadIO_Str PICPWR_42_DSTAT = 0\n")
+        self.assertFalse(log.stat().st_mode & stat.S_IXUSR)
+
+
+if __name__ == "__main__":
+    tap.main()

@@ -1,0 +1,197 @@
+#!/usr/bin/env python3
+"""zolt_test as a process: pipes, closed streams, the end of input, other platform libraries."""
+
+import os
+import pathlib
+import select
+import signal
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+
+import tap  # noqa: E402
+from programs import (  # noqa: E402
+    MAIN_MENU,
+    OTHER_PLATFORM,
+    SIM,
+    TIMEOUT_SECONDS,
+    TOOL,
+    run,
+)
+
+ASK_ALL = "Enter the PICPWR ID: (Enter 0 for all PICPWRs)"
+SLOT_42 = "\nPICPWR 42 DSTAT              = 00b\n"
+NO_BUS = "unix:path=/nonexistent/bus"
+
+
+class Dialogue(unittest.TestCase):
+    def test_prompts_come_before_the_tool_waits(self):
+        process = subprocess.Popen(
+            [SIM, "--", TOOL], stdin=subprocess.PIPE, stdout=subprocess.PIPE
+        )
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+
+        def expect(text):
+            got = b""
+            while len(got) < len(text):
+                ready, _, _ = select.select([process.stdout], [], [], TIMEOUT_SECONDS)
+                self.assertTrue(ready, f"silent after {got!r}")
+                got += os.read(process.stdout.fileno(), len(text) - len(got))
+            self.assertEqual(got.decode(), text)
+
+        def answer(text):
+            process.stdin.write(text)
+            process.stdin.flush()
+
+        expect(MAIN_MENU)
+        answer(b"1\n")
+        expect(ASK_ALL)
+        answer(b"42\n")
+        expect(SLOT_42 + MAIN_MENU)
+        answer(b"100\n")
+        self.assertEqual(process.stdout.read(), b"")
+        process.stdin.close()
+        self.assertEqual(process.wait(TIMEOUT_SECONDS), 0)
+
+    def test_the_end_of_input_repeats_the_last_option_until_nobody_reads(self):
+        process = subprocess.Popen(
+            [TOOL], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
+        )
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        process.stdin.write(b"16\n")
+        process.stdin.close()
+        expected = (MAIN_MENU * 100).encode()
+        self.assertEqual(process.stdout.read(len(expected)), expected)
+        process.stdout.close()
+        self.assertEqual(process.wait(TIMEOUT_SECONDS), -signal.SIGPIPE)
+
+    def test_an_answer_of_a_prompt_stays_0_at_the_end_of_input(self):
+        done = run(SIM, "--", TOOL, "-o", "6")
+        self.assertTrue(done.stdout.startswith(ASK_ALL))
+        self.assertEqual(done.returncode, 0)
+
+
+class Streams(unittest.TestCase):
+    def tool(self, redirection, *arguments):
+        """Runs the tool from a shell that redirects its streams."""
+        command = f'exec "$@" {redirection}'
+        return run(SIM, "--", "sh", "-c", command, "sh", TOOL, *arguments)
+
+    def test_closed_standard_output_is_no_failure(self):
+        done = self.tool(">&-", "-o", "1", "-p", "42")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+    def test_full_standard_output_is_no_failure(self):
+        done = self.tool(">/dev/full", "-o", "1", "-p", "1")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+    def test_closed_standard_input_is_at_its_end(self):
+        done = self.tool("<&- | head -c 46", "-o", "1")
+        self.assertEqual(done.stdout, ASK_ALL)
+
+    def test_all_streams_closed(self):
+        self.assertEqual(self.tool("<&- >&- 2>&-", "-o", "1").returncode, 0)
+
+    def test_a_broken_pipe_ends_the_program(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        process = subprocess.Popen(
+            [SIM, "--", TOOL, "-o", "1", "-p", "42"], stdin=subprocess.DEVNULL, stdout=writer
+        )
+        os.close(writer)
+        self.assertEqual(process.wait(TIMEOUT_SECONDS), 128 + signal.SIGPIPE)
+
+    def test_getopt_reports_on_standard_error(self):
+        done = run(SIM, "--", TOOL, "-o", "1", "-z", "-p", "42", "-n")
+        self.assertEqual(done.stdout, SLOT_42)
+        self.assertEqual(
+            done.stderr,
+            f"{TOOL}: invalid option -- 'z'\n{TOOL}: option requires an argument -- 'n'\n",
+        )
+        self.assertEqual(done.returncode, 0)
+
+
+class Platform(unittest.TestCase):
+    def test_other_libraries_of_the_same_contract_need_no_linking(self):
+        # Tiny libraries in which every slot has DSTAT 3, and every raw register reads its address.
+        done = run(
+            TOOL, "-o", "1", "-p", "2", env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM)
+        )
+        self.assertEqual(
+            done.stdout,
+            """
+PICPWR 02 DSTAT              = 11b
+PICPWR 02 DBYP               = 0
+PICPWR 02 DPEN               = 0
+PICPWR 02 APEN               = 1
+PICPWR 02 ASTAT              = 0
+PICPWR 02 Module Class       = 0x0F
+PICPWR 02 Module Class Index = 16
+PICPWR 02 Payload Offset     = 4625
+PICPWR 02 DSL1_ID            = 20
+PICPWR 02 DSL2_ID            = 21
+PICPWR 02 DSL3_ID            = 22
+PICPWR 02 DSL4_ID            = 23
+PICPWR 02 DSL5_ID            = 24
+PICPWR 02 DSL6_ID            = 25
+PICPWR 02 DSL7_ID            = 26
+PICPWR 02 DSL8_ID            = 27
+""",
+        )
+
+    def test_an_exception_of_a_library_ends_the_option_only(self):
+        done = run(
+            TOOL,
+            input="1\n63\n16\n100\n",
+            env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
+        )
+        self.assertEqual(
+            done.stdout,
+            MAIN_MENU + ASK_ALL + "Exception : std::bad_alloc\n" + MAIN_MENU + MAIN_MENU,
+        )
+
+    def test_an_exception_in_one_shot_mode_is_printed_too(self):
+        done = run(
+            TOOL, "-o", "1", "-p", "63", env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM)
+        )
+        self.assertEqual((done.stdout, done.returncode), ("Exception : std::bad_alloc\n", 0))
+
+    def test_without_a_board_every_read_fails(self):
+        done = run(SIM, "env", "-u", "ZOLT_SIM_DIR", TOOL, "-o", "1", "-p", "1")
+        self.assertEqual(
+            done.stdout, "Unable to read PICPWR 1 DSTAT using CPLD raw API, status -19\n"
+        )
+
+    def test_registers_need_no_bus(self):
+        environment = dict(os.environ, DBUS_SYSTEM_BUS_ADDRESS=NO_BUS)
+        with_bus = run(SIM, "--", TOOL, "-o", "1", input="0\n")
+        without = run(
+            SIM, "--", "env", f"DBUS_SYSTEM_BUS_ADDRESS={NO_BUS}", TOOL, "-o", "1", input="0\n",
+            env=environment,
+        )
+        self.assertEqual(without.stdout, with_bus.stdout)
+        self.assertIn("PICPWR 01 DSTAT              = 11b", without.stdout)
+
+    def test_registers_open_no_socket_and_no_device(self):
+        # The kernel's own account of the process. A leak checker cannot run beside strace.
+        done = run(
+            SIM, "--", "env", "ASAN_OPTIONS=detect_leaks=0",
+            "strace", "-f", "-e", "trace=socket,connect,openat", "-o", "/dev/stderr",
+            TOOL, "-o", "1", "-p", "42",
+        )
+        self.assertEqual(done.stdout, SLOT_42)
+        self.assertNotIn("socket(", done.stderr)
+        self.assertNotIn("connect(", done.stderr)
+        self.assertIn("openat(", done.stderr)  # the account is there
+        self.assertNotIn("/dev/i2c", done.stderr)
+
+
+if __name__ == "__main__":
+    tap.main()
