@@ -1,0 +1,72 @@
+#include "standin/launcher/arguments.h"
+
+#include <gtest/gtest.h>
+
+namespace standin {
+namespace {
+
+Arguments parse(const std::vector<const char*>& given) {
+    static std::vector<const char*> words; // the command points into them
+    words = given;
+    words.insert(words.begin(), "zolt_sim");
+    words.push_back(nullptr);
+    return parseArguments(static_cast<int>(words.size()) - 1,
+                          const_cast<char* const*>(words.data()));
+}
+
+std::vector<std::string> command(const Arguments& arguments) {
+    std::vector<std::string> words;
+    for (char* const* word = arguments.command; word != nullptr && *word != nullptr; ++word) {
+        words.emplace_back(*word);
+    }
+    return words;
+}
+
+using Words = std::vector<std::string>;
+
+TEST(Arguments, commandAlone) {
+    const Arguments arguments = parse({"tool", "-o", "1", "--board", "x"});
+    EXPECT_EQ(arguments.board, "demo");
+    EXPECT_TRUE(arguments.faults.empty());
+    EXPECT_EQ(command(arguments), (Words{"tool", "-o", "1", "--board", "x"}));
+}
+
+TEST(Arguments, everyOption) {
+    const Arguments arguments =
+        parse({"--board", "b.toml", "--fault", "named-read *", "--fault=raw-read 1 status 2",
+               "--debug-log", "d", "--call-log=c", "--", "-tool"});
+    EXPECT_EQ(arguments.board, "b.toml");
+    EXPECT_EQ(arguments.faults,
+              (std::vector{parseFaultRule("named-read *"), parseFaultRule("raw-read 1 status 2")}));
+    EXPECT_EQ(arguments.debugLog, "d");
+    EXPECT_EQ(arguments.callLog, "c");
+    EXPECT_EQ(command(arguments), Words{"-tool"});
+}
+
+TEST(Arguments, helpAndVersionNeedNoCommand) {
+    EXPECT_TRUE(parse({"--help"}).help);
+    EXPECT_TRUE(parse({"--version"}).version);
+}
+
+TEST(Arguments, saysWhatIsWrong) {
+    const std::pair<std::vector<const char*>, const char*> cases[] = {
+        {{}, "there is no command to run"},
+        {{"--board", "x"}, "there is no command to run"},
+        {{"--board"}, "--board needs a value"},
+        {{"--nothing", "x"}, "--nothing is not an option"},
+        {{"--help=yes", "x"}, "--help=yes is not an option"},
+        {{"--fault", "raw-read 5 once more", "x"},
+         "--fault 'raw-read 5 once more': 'more' is not understood here"},
+    };
+    for (const auto& [words, reason] : cases) {
+        try {
+            (void)parse(words);
+            ADD_FAILURE() << "taken: " << reason;
+        } catch (const ArgumentsError& error) {
+            EXPECT_STREQ(error.what(), reason);
+        }
+    }
+}
+
+} // namespace
+} // namespace standin

@@ -1,0 +1,203 @@
+#include "standin/board/board_loader.h"
+
+#include <gtest/gtest.h>
+
+namespace standin {
+namespace {
+
+TEST(BoardLoader, emptyDescriptionIsAnEmptyBoard) {
+    const Board board = parseBoard("", "b");
+    EXPECT_EQ(board.name, "");
+    EXPECT_TRUE(board.slots.empty());
+    EXPECT_EQ(board.halObjects.count("PICPWR_PAYLOADS"), 1U);
+    EXPECT_FALSE(board.halObjects.at("PICPWR_PAYLOADS").interruptCallback);
+}
+
+TEST(BoardLoader, readsAWholeBoard) {
+    const Board board = parseBoard(R"(
+name = "small"
+faults = ["named-read PICPWR_1_* once", "raw-read 0x1000 status 4"]
+
+[[slot]]
+id = 63
+dstat = 3
+dbyp = true
+dpen = true
+apen = true
+astat = true
+module_class = 0x2A
+module_class_index = 255
+payload_offset = 0x1234
+dsl_ids = [1, 0xFF]
+payload = "01 2a FF"
+
+[[slot]]
+id = 1
+
+[hal.PICPWR_PAYLOADS]
+interrupt_callback = true
+unregister_status = -3
+
+[override.named]
+PICPWR_1_DSTAT = 9
+EMPTY = []
+"1C_CARD_PRES" = "01"
+
+[override.raw]
+0x1000 = 0xE9
+4099 = [0x34, 0x12]
+)",
+                                   "b");
+    EXPECT_EQ(board.name, "small");
+    ASSERT_EQ(board.slots.size(), 2U);
+    const Slot& slot = board.slots[0];
+    EXPECT_EQ(slot.id, 63);
+    EXPECT_EQ(slot.dstat, 3);
+    EXPECT_TRUE(slot.dbyp && slot.dpen && slot.apen && slot.astat);
+    EXPECT_EQ(slot.moduleClass, 0x2A);
+    EXPECT_EQ(slot.moduleClassIndex, 255);
+    EXPECT_EQ(slot.payloadOffset, 0x1234);
+    EXPECT_EQ(slot.dslIds, (std::array<std::uint8_t, 8>{1, 255}));
+    EXPECT_EQ(slot.payload, (Bytes{0x01, 0x2A, 0xFF}));
+    EXPECT_EQ(board.slots[1].dstat, 0);
+    EXPECT_TRUE(board.halObjects.at("PICPWR_PAYLOADS").interruptCallback);
+    EXPECT_EQ(board.halObjects.at("PICPWR_PAYLOADS").unregisterStatus, -3);
+    EXPECT_EQ(board.namedOverrides,
+              (std::map<std::string, Bytes>{
+                  {"PICPWR_1_DSTAT", {9}}, {"EMPTY", {}}, {"1C_CARD_PRES", {1}}}));
+    EXPECT_EQ(board.rawOverrides, (std::map<std::uint16_t, std::uint8_t>{
+                                      {0x1000, 0xE9}, {0x1003, 0x34}, {0x1004, 0x12}}));
+    EXPECT_EQ(board.faults, (std::vector{parseFaultRule("named-read PICPWR_1_* once"),
+                                         parseFaultRule("raw-read 0x1000 status 4")}));
+}
+
+TEST(BoardLoader, payloadsWithoutAnOffsetLieOneBehindTheOther) {
+    const Board board = parseBoard(R"(
+[[slot]]
+id = 5
+payload = [1, 2, 3]
+[[slot]]
+id = 6
+[[slot]]
+id = 7
+payload = [4]
+[[slot]]
+id = 8
+payload_offset = 100
+payload = [5, 6]
+[[slot]]
+id = 9
+payload = [7]
+)",
+                                   "b");
+    std::vector<int> offsets;
+    for (const Slot& slot : board.slots) {
+        offsets.push_back(slot.payloadOffset);
+    }
+    EXPECT_EQ(offsets, (std::vector{0, 0, 3, 100, 102}));
+}
+
+std::string repeated(const char* text, int count) {
+    std::string all;
+    while (count-- > 0) {
+        all += text;
+    }
+    return all;
+}
+
+TEST(BoardLoader, refusesWithFileLineAndReason) {
+    const std::pair<std::string, const char*> cases[] = {
+        // kinds of values
+        {"name = 7", "b.toml:1: board: 'name' must be a text"},
+        {"faults = 7", "b.toml:1: board: 'faults' must be an array of texts"},
+        {"faults = [\n'hal-object X',\n7]", "b.toml:3: board: 'faults' must be an array of texts"},
+        {"slot = 7", "b.toml:1: board: 'slot' must be an array of tables, [[slot]]"},
+        {"[slot]\nid = 1", "b.toml:1: board: 'slot' must be an array of tables, [[slot]]"},
+        {"hal = 7", "b.toml:1: board: 'hal' must be a table, [hal]"},
+        {"[[slot]]\nid = 1\ndbyp = 1", "b.toml:3: slot: 'dbyp' must be true or false"},
+        {"[[slot]]\nid = '1'", "b.toml:2: slot: 'id' must be a whole number from 1 to 63"},
+        {"[[slot]]\nid = 1.0", "b.toml:2: slot: 'id' must be a whole number from 1 to 63"},
+        // ranges
+        {"[[slot]]\nid = 0", "b.toml:2: slot: 'id' must be a whole number from 1 to 63"},
+        {"[[slot]]\nid = 64", "b.toml:2: slot: 'id' must be a whole number from 1 to 63"},
+        {"[[slot]]\nid = 1\ndstat = 4",
+         "b.toml:3: slot: 'dstat' must be a whole number from 0 to 3"},
+        {"[[slot]]\nid = 1\nmodule_class = 256",
+         "b.toml:3: slot: 'module_class' must be a whole number from 0 to 255"},
+        {"[[slot]]\nid = 1\npayload_offset = 0x10000",
+         "b.toml:3: slot: 'payload_offset' must be a whole number from 0 to 65535"},
+        {"[[slot]]\nid = 1\npayload = [1,\n256]",
+         "b.toml:4: slot: 'payload' must be a whole number from 0 to 255"},
+        {"[[slot]]\nid = 1\npayload = '01 0203'",
+         "b.toml:3: slot: 'payload': '0203' is no byte of two hexadecimal digits"},
+        {"[[slot]]\nid = 1\npayload = '-1'",
+         "b.toml:3: slot: 'payload': '-1' is no byte of two hexadecimal digits"},
+        {"[[slot]]\nid = 1\ndsl_ids = [1,2,3,4,5,6,7,8,9]",
+         "b.toml:3: slot: 'dsl_ids' has more than 8 identifiers"},
+        {"[hal.PICPWR_PAYLOADS]\nunregister_status = 2147483648",
+         "b.toml:2: PICPWR_PAYLOADS: 'unregister_status' must be a whole number from -2147483648 "
+         "to 2147483647"},
+        // missing and unknown keys
+        {"# a slot\n[[slot]]\ndstat = 3", "b.toml:2: slot: 'id' is missing"},
+        {"nmae = 'x'", "b.toml:1: board: 'nmae' is not a key here; did you mean 'name'?"},
+        {"[[slot]]\nid = 1\ndsatt = 3",
+         "b.toml:3: slot: 'dsatt' is not a key here; did you mean 'dstat'?"},
+        {"[[slot]]\nid = 1\ncolour = 3", "b.toml:3: slot: 'colour' is not a key here"},
+        {"[hal.OTHER]", "b.toml:1: hal: 'OTHER' is not a key here"},
+        {"[override.named]\nX = 1\n[override.rwa]\n",
+         "b.toml:3: override: 'rwa' is not a key here; did you mean 'raw'?"},
+        // what cannot be together
+        {"[[slot]]\nid = 7\n\n[[slot]]\nid = 7",
+         "b.toml:5: slot: 7 is described already, at line 2"},
+        {"[[slot]]\nid = 1\npayload = '" + repeated("00 ", 248) + "'",
+         "b.toml:3: slot: 'payload' has 248 bytes, at most 247 fit"},
+        {"[[slot]]\nid = 1\npayload_offset = 24574\npayload = [1, 2]",
+         "b.toml:4: slot: 'payload' at offset 24574 runs past the payload block's 24575 bytes"},
+        // overrides and faults
+        {"[override.raw]\nx = 1", "b.toml:2: raw: 'x' is no raw address (0x0000 to 0xFFFF)"},
+        {"[override.raw]\n0x10000 = 1",
+         "b.toml:2: raw: '0x10000' is no raw address (0x0000 to 0xFFFF)"},
+        {"[override.raw]\n0xFFFF = [1, 2]", "b.toml:2: raw: the bytes at '0xFFFF' run past 0xFFFF"},
+        {"[override.named]\nX = 1.5", "b.toml:2: named: 'X' must be a whole number from 0 to 255"},
+        {"faults = [\n'raw-read x']",
+         "b.toml:2: fault 'raw-read x': 'x' is no raw address (0x0000 to 0xFFFF)"},
+    };
+    for (const auto& [description, message] : cases) {
+        try {
+            (void)parseBoard(description, "b.toml");
+            ADD_FAILURE() << "taken: " << description;
+        } catch (const BoardError& error) {
+            EXPECT_STREQ(error.what(), message) << description;
+        }
+    }
+}
+
+// What is no TOML is told in the parser's own words, behind the place.
+TEST(BoardLoader, refusesWhatIsNoToml) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"name = \n", "b.toml:1: Error while parsing"},
+        {"\n\n[[slot]\n", "b.toml:3: Error while parsing"},
+        {"name = 'a'\nname = 'b'", "b.toml:2: Error while parsing"},
+    };
+    for (const auto& [description, start] : cases) {
+        try {
+            (void)parseBoard(description, "b.toml");
+            ADD_FAILURE() << "taken: " << description;
+        } catch (const BoardError& error) {
+            EXPECT_TRUE(std::string_view(error.what()).starts_with(start)) << error.what();
+        }
+    }
+}
+
+TEST(BoardLoader, limitsThemselvesAreTaken) {
+    const Board board = parseBoard("[[slot]]\nid = 1\npayload = '" + repeated("FF ", 247) +
+                                       "'\n[[slot]]\nid = 2\npayload_offset = 24573\n"
+                                       "payload = [1, 2]\n[override.raw]\n0xFFFE = [1, 2]\n",
+                                   "b");
+    EXPECT_EQ(board.slots[0].payload.size(), 247U);
+    EXPECT_EQ(board.slots[1].payloadOffset, 24573);
+    EXPECT_EQ(board.rawOverrides.at(0xFFFF), 2);
+}
+
+} // namespace
+} // namespace standin

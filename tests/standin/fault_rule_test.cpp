@@ -1,0 +1,78 @@
+#include "standin/board/fault_rule.h"
+
+#include "standin/board/number.h"
+
+#include <gtest/gtest.h>
+
+namespace standin {
+namespace {
+
+FaultRule rule(FaultKind kind, std::string subject, std::uint16_t first, std::uint16_t last,
+               std::int32_t status, bool once) {
+    return {kind, std::move(subject), first, last, status, once};
+}
+
+TEST(FaultRule, everyKind) {
+    using enum FaultKind;
+    const std::pair<const char*, FaultRule> cases[] = {
+        {"named-read *", rule(namedRead, "*", 0, 0, -1, false)},
+        {"named-read PICPWR_3_* status 7", rule(namedRead, "PICPWR_3_*", 0, 0, 7, false)},
+        {"named-read X once status -9", rule(namedRead, "X", 0, 0, -9, true)},
+        {"raw-read 0x1000", rule(rawRead, "", 0x1000, 0x1000, -1, false)},
+        {"raw-read 0x1000-0x100D status 5", rule(rawRead, "", 0x1000, 0x100D, 5, false)},
+        {"raw-read 0-65535 status 0x10", rule(rawRead, "", 0, 0xFFFF, 16, false)},
+        {"hal-object PICPWR_PAYLOADS", rule(halObject, "PICPWR_PAYLOADS", 0, 0, -1, false)},
+        {"hal-object PICPWR_PAYLOADS once", rule(halObject, "PICPWR_PAYLOADS", 0, 0, -1, true)},
+        {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0, 3, false)},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(parseFaultRule(text), expected) << text;
+    }
+}
+
+TEST(FaultRule, saysWhatIsWrong) {
+    const char* const kinds =
+        "a fault begins with one of: named-read, raw-read, hal-object, hal-read";
+    const std::pair<const char*, std::string> cases[] = {
+        {"", kinds},
+        {"  ", kinds},
+        {"named", kinds},
+        {"named-read", "named-read needs a name pattern"},
+        {"raw-read", "raw-read needs an address or a range of addresses"},
+        {"hal-read", "hal-read needs an object's name"},
+        {"raw-read here", "'here' is no raw address (0x0000 to 0xFFFF)"},
+        {"raw-read 0x10000", "'0x10000' is no raw address (0x0000 to 0xFFFF)"},
+        {"raw-read 1-", "'' is no raw address (0x0000 to 0xFFFF)"},
+        {"raw-read -1", "'' is no raw address (0x0000 to 0xFFFF)"},
+        {"raw-read 2-1", "address range '2-1' runs backwards"},
+        {"named-read X status", "'status' needs a number other than 0"},
+        {"named-read X status 0", "'status' needs a number other than 0"},
+        {"named-read X status one", "'status' needs a number other than 0"},
+        {"named-read X status 2147483648", "'status' needs a number other than 0"},
+        {"named-read X twice", "'twice' is not understood here"},
+        {"hal-object X status 3", "'status' is not understood here"},
+    };
+    for (const auto& [text, reason] : cases) {
+        try {
+            (void)parseFaultRule(text);
+            ADD_FAILURE() << "taken: " << text;
+        } catch (const FaultRuleError& error) {
+            EXPECT_EQ(error.what(), reason) << text;
+        }
+    }
+}
+
+TEST(Number, decimalAndHexadecimalWithinLimits) {
+    EXPECT_EQ(numberIn("42", 0, 100), 42);
+    EXPECT_EQ(numberIn("0xfF", 0, 255), 255);
+    EXPECT_EQ(numberIn("-0x10", -16, 0), -16);
+    EXPECT_EQ(numberIn("-2147483648", INT32_MIN, 0), INT32_MIN);
+    EXPECT_EQ(numberIn("4294967295", 0, UINT32_MAX), UINT32_MAX);
+    for (const char* const text : {"", "-", "0x", "x", "1.0", "1 ", " 1", "0b1", "101", "-1",
+                                   "99999999999999999999", "--1", "0x-1"}) {
+        EXPECT_EQ(numberIn(text, 0, 100), std::nullopt) << text;
+    }
+}
+
+} // namespace
+} // namespace standin

@@ -1,0 +1,176 @@
+// The stand-in's libraries through the contracts alone, over a board of the test's own.
+#include "platform/cpld_driver.h"
+#include "platform/debug_log.h"
+#include "platform/hal.h"
+
+#include "standin/board/board_loader.h"
+#include "standin/board/image.h"
+#include "standin/board/image_writer.h"
+#include "standin/lib/log_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <unistd.h>
+
+namespace standin {
+namespace {
+
+constexpr const char* payloads = "PICPWR_PAYLOADS";
+
+std::string directory;
+
+// The libraries look for their board once, at the first call: it is there before any test runs.
+class Libraries : public testing::Environment {
+public:
+    void SetUp() override {
+        std::string pattern = testing::TempDir() + "/boardXXXXXX";
+        directory = mkdtemp(pattern.data());
+        writeImage(parseBoard(R"(
+faults = [
+    "named-read PICPWR_2_DSTAT status 7",
+    "raw-read 0x1010-0x1011 status 8",
+    "hal-object PICPWR_PAYLOADS once",
+]
+[[slot]]
+id = 1
+dstat = 3
+module_class = 0x2A
+payload_offset = 0x10
+payload = [1, 2, 3, 4]
+[hal.PICPWR_PAYLOADS]
+interrupt_callback = true
+unregister_status = -4
+[override.named]
+BLOB = [9, 8, 7]
+[override.raw]
+0xFFFF = 0x55
+)",
+                              "b"),
+                   directory + "/" + imageFileName);
+        for (const char* const log : {"calls", "debug"}) {
+            std::ofstream(directory + "/" + log);
+        }
+        setenv(boardDirectoryVariable, directory.c_str(), 1);
+        setenv(debugLogVariable, (directory + "/debug").c_str(), 1);
+        setenv(callLogVariable, (directory + "/calls").c_str(), 1);
+    }
+    void TearDown() override { std::filesystem::remove_all(directory); }
+};
+
+const auto* const environment = testing::AddGlobalTestEnvironment(new Libraries);
+
+// What a log received since it was last asked for.
+std::string received(const std::string& log) {
+    const std::string path = directory + "/" + log;
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    std::ofstream(path, std::ios::trunc);
+    return content.str();
+}
+
+class StandinLibrary : public testing::Test {
+protected:
+    StandinLibrary() {
+        received("calls");
+        received("debug");
+    }
+    Bytes bytes_;
+    std::uint32_t size_ = 0;
+};
+
+TEST_F(StandinLibrary, namedReadAppendsAndTellsTheSize) {
+    bytes_ = {1};
+    EXPECT_EQ(ReadIO_Str("BLOB", bytes_, &size_), 0);
+    EXPECT_EQ(bytes_, (Bytes{1, 9, 8, 7}));
+    EXPECT_EQ(size_, 3U);
+    EXPECT_EQ(received("calls"), "ReadIO_Str BLOB = 0\n");
+}
+
+TEST_F(StandinLibrary, namedReadFails) {
+    EXPECT_EQ(ReadIO_Str("UNKNOWN", bytes_, &size_), -1);
+    EXPECT_EQ(ReadIO_Str("PICPWR_2_DSTAT", bytes_, &size_), 7);
+    EXPECT_TRUE(bytes_.empty());
+    EXPECT_EQ(size_, 0U);
+    EXPECT_EQ(received("calls"), "ReadIO_Str UNKNOWN = -1\nReadIO_Str PICPWR_2_DSTAT = 7\n");
+}
+
+TEST_F(StandinLibrary, rawReadTakesSixteenBitsOrTheirSignExtension) {
+    std::uint8_t byte = 0;
+    EXPECT_EQ(cpld_read_device(&byte, 0x1000, 1), 0);
+    EXPECT_EQ(byte, 0xC0);
+    EXPECT_EQ(cpld_read_device(&byte, 0xFFFF, 1), 0);
+    EXPECT_EQ(byte, 0x55);
+    byte = 0;
+    EXPECT_EQ(cpld_read_device(&byte, 0xFFFFFFFF, 1), 0);
+    EXPECT_EQ(byte, 0x55);
+    for (const std::uint32_t address : {0x10000U, 0x12A00U, 0xFFFF1000U, 0x80001000U}) {
+        EXPECT_EQ(cpld_read_device(&byte, address, 1), -22) << address;
+    }
+    EXPECT_EQ(cpld_read_device(&byte, 0x1000, 2), -22);
+    EXPECT_EQ(cpld_read_device(&byte, 0x1000, 0), -22);
+    EXPECT_EQ(byte, 0x55); // refused reads leave the buffer alone
+}
+
+TEST_F(StandinLibrary, blockReadIsWholeOrNothing) {
+    std::array<std::uint8_t, 4> block{};
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0x2A11, 4, 1), 0);
+    EXPECT_EQ(block, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
+    block = {};
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0x100E, 4, 1), 8); // touches 0x1010
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0xFFFE, 4, 1), -22);
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0x2A11, 4, 2), -22);
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0x2A11, 0, 1), -22);
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0x2A11, 0xFFFFFFFF, 1), -22);
+    EXPECT_EQ(block, (std::array<std::uint8_t, 4>{}));
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0x1012, 2, 1), 0);
+    EXPECT_EQ(received("calls"), "cpld_read_block_device 0x2A11 4 1 = 0\n"
+                                 "cpld_read_block_device 0x100E 4 1 = 8\n"
+                                 "cpld_read_block_device 0xFFFE 4 1 = -22\n"
+                                 "cpld_read_block_device 0x2A11 4 2 = -22\n"
+                                 "cpld_read_block_device 0x2A11 0 1 = -22\n"
+                                 "cpld_read_block_device 0x2A11 4294967295 1 = -22\n"
+                                 "cpld_read_block_device 0x1012 2 1 = 0\n");
+}
+
+TEST_F(StandinLibrary, objectMissingOnceIsThereAtTheSecondAsk) {
+    EXPECT_EQ(HAL_cfgdata::ReadHALConfig("OTHER"), nullptr);
+    EXPECT_EQ(HAL_cfgdata::ReadHALConfig(payloads), nullptr);
+    const std::unique_ptr<HAL_cfgbase> object(HAL_cfgdata::ReadHALConfig(payloads));
+    ASSERT_NE(object, nullptr);
+    EXPECT_NE(dynamic_cast<HAL_i2c*>(object.get()), nullptr);
+    EXPECT_EQ(object->Name(), payloads);
+    bytes_ = {99, 99, 99};
+    EXPECT_EQ(object->ReadIO(bytes_, 2, 0x12), 0); // index 0x12 is payload offset 0x11
+    EXPECT_EQ(bytes_, (Bytes{2, 3}));
+    EXPECT_EQ(object->ReadIO(bytes_, 1, 0x5FFF), 0);
+    EXPECT_EQ(object->ReadIO(bytes_, 2, 0x5FFF), -1);
+    EXPECT_EQ(object->ReadIO(bytes_, 1, 0x6001), -1);
+    EXPECT_EQ(object->ReadIO(bytes_, 0xFFFFFFFF, 2), -1);
+    EXPECT_TRUE(object->IsInterruptCallbackRegistered());
+    EXPECT_EQ(object->UnregisterInterruptCallback(), -4);
+    EXPECT_FALSE(object->IsInterruptCallbackRegistered());
+}
+
+TEST_F(StandinLibrary, debugLogWritesALine) {
+    EXPECT_EQ(dlog_printf(5, 273, "[%s]: ret= %d", "X", -3), 0);
+    const std::string text(5000, 'x');
+    EXPECT_EQ(dlog_printf(2, 273, "%s", text.c_str()), 0); // cut, not overrun
+    EXPECT_EQ(received("debug"), "5 273 [X]: ret= -3\n2 273 " + text.substr(0, 1023 - 6) + "\n");
+}
+
+TEST_F(StandinLibrary, logThatIsGoneFailsNothing) {
+    setenv(debugLogVariable, (directory + "/gone").c_str(), 1);
+    EXPECT_EQ(dlog_printf(5, 273, "lost"), -1);
+    unsetenv(debugLogVariable);
+    EXPECT_EQ(dlog_printf(5, 273, "lost"), -1);
+    setenv(debugLogVariable, (directory + "/debug").c_str(), 1);
+    EXPECT_EQ(received("debug"), "");
+}
+
+} // namespace
+} // namespace standin
