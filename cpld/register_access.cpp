@@ -22,6 +22,11 @@ std::string registerName(std::string_view prefix, unsigned instance, std::string
 std::int32_t readRegister(std::string name, RegisterValue& value) {
     // The size is what was delivered, and so is the vector's: single registers need only one.
     std::uint32_t size = 0;
+    return readArea(std::move(name), value, size);
+}
+
+std::int32_t readArea(std::string name, RegisterValue& value, std::uint32_t& size) {
+    size = 0;
     return ReadIO_Str(std::move(name), value, &size);
 }
 

@@ -48,6 +48,9 @@ struct RawField {
 /// @return 0, or the HAL's status when the register must be read raw.
 [[nodiscard]] std::int32_t readRegister(std::string name, RegisterValue& value);
 
+/// The same for an area: @p size receives how many bytes the HAL says it delivered.
+[[nodiscard]] std::int32_t readArea(std::string name, RegisterValue& value, std::uint32_t& size);
+
 /// Reads raw and appends the field: its bits shifted down to bit 0, or both bytes of a word.
 /// @return 0, or the CPLD driver's status; @p value is then as it was.
 [[nodiscard]] std::int32_t readRawField(const RawField& raw, RegisterValue& value);

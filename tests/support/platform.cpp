@@ -24,6 +24,8 @@ namespace {
     return buffer.data();
 }
 
+const Bytes garbage{0xDE, 0xAD, 0xBE, 0xEF};
+
 class TableObject : public HAL_i2c {
 public:
     TableObject(std::string name, const HalObject& described)
@@ -33,8 +35,13 @@ public:
     std::int32_t ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
                         std::uint32_t offset) override {
         platform().calls.push_back(text("ReadIO %s %u %u", name_.c_str(), length, offset));
+        if (described_.deliversLess && offset <= described_.content.size()) {
+            length =
+                std::min(length, static_cast<std::uint32_t>(described_.content.size()) - offset);
+        }
         if (described_.readStatus != 0 || offset > described_.content.size() ||
             length > described_.content.size() - offset) {
+            buffer = garbage;
             return described_.readStatus != 0 ? described_.readStatus : -1;
         }
         const auto start = described_.content.begin() + offset;
@@ -94,10 +101,13 @@ std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std:
     }
     const auto found = platform().named.find(name);
     if (found == platform().named.end()) {
+        value = zolt::test::garbage;
         return -1;
     }
     value.insert(value.end(), found->second.begin(), found->second.end());
-    *size = static_cast<std::uint32_t>(found->second.size());
+    const auto lie = platform().size.find(name);
+    *size = lie != platform().size.end() ? lie->second
+                                         : static_cast<std::uint32_t>(found->second.size());
     return 0;
 }
 

@@ -1,7 +1,8 @@
 // The platform's libraries as a table: what a unit test says is all that can be read.
 //
 // Every call is written down in the order in which it came. A named read of a name that is not in
-// the table fails, as does a raw read of an address that is not.
+// the table fails, as does a raw read of an address that is not. What a failed read of the HAL
+// leaves in the caller's vector is garbage.
 #pragma once
 
 #include <cstdint>
@@ -17,12 +18,14 @@ struct HalObject {
     Bytes content;               ///< what its bulk read reads from
     int missingAsks = 0;         ///< how many asks find no object
     std::int32_t readStatus = 0; ///< non-zero: the bulk read fails with it
+    bool deliversLess = false;   ///< a bulk read past the content's end delivers what there is
     bool callbackRegistered = false;
     std::int32_t unregisterStatus = 0;
 };
 
 struct Platform {
     std::map<std::string, Bytes> named;        ///< ReadIO_Str
+    std::map<std::string, std::uint32_t> size; ///< what ReadIO_Str reports, where that is a lie
     std::map<std::uint32_t, std::uint8_t> raw; ///< cpld_read_device and cpld_read_block_device
     std::int32_t rawStatus = 5;                ///< status of a raw read that fails
     std::map<std::string, HalObject> hal;      ///< HAL_cfgdata::ReadHALConfig

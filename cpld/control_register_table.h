@@ -1,0 +1,162 @@
+// The control and status registers of every module class, in reporting order.
+//
+// A class that repeats has one block of registers for each instance, at equal distances from the
+// first one's base; instances count from 1. A register's address is relative to its block. Its name
+// is the class's prefix, the instance's number and the register's suffix (CEM_RISER_3_PWR_POLICY),
+// or a name of its own where the class has a single unit.
+#pragma once
+
+#include "console/output.h"
+#include "cpld/register_access.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace zolt {
+
+enum class Access : std::uint8_t {
+    namedElseRaw,
+    rawOnly, ///< the HAL is not asked for this register
+};
+
+/// One register and its line of the report.
+template <typename Line>
+struct Register {
+    std::string_view name; ///< whole, or the suffix that follows the instance's number
+    RawField raw;          ///< relative to the block's base
+    Line line;
+    Access access = Access::namedElseRaw;
+};
+
+using SingleRegister = Register<Format<Number>>;           ///< value
+using InstanceRegister = Register<Format<Number, Number>>; ///< number of the instance, value
+
+/// One class of modules: a single unit or several instances, and the registers of each.
+struct ModuleClass {
+    std::uint16_t base;           ///< raw address of the first block
+    std::uint16_t distance = 0;   ///< from one instance's block to the next one's
+    std::uint8_t instances = 1;   ///< how many blocks there are
+    std::string_view prefix = {}; ///< of the names of an instance's registers
+    std::span<const SingleRegister> registers = {};
+    std::span<const InstanceRegister> instanceRegisters = {};
+};
+
+constexpr SingleRegister oneCConnector[] = {
+    {"1C_CARD_PRES", RawField::bits(0, 7, 7), //
+     "1C Card Presence                  = %d\n"},
+    {"1C_CONNECTOR_PCARD_PAYLOAD_OFFSET", RawField::word(1),
+     "1C Connector PCARD Payload Offset = %d\n"},
+};
+
+constexpr SingleRegister fourCConnector[] = {
+    {"4C+_CONNECTOR_PCARD_MOD_CLASS", RawField::byte(0),
+     "4C+ Connector PCARD Module Class   = 0x%02X\n"},
+    {"4C+_CONNECTOR_PCARD_PAYLOAD_OFFSET", RawField::word(1),
+     "4C+ Connector PCARD Payload Offset = %d\n"},
+};
+
+constexpr InstanceRegister karnBehindFlop[] = {
+    {"_FLOP_IDX", RawField::byte(0), "Downstream KARN%d FLOP Index        = %d\n"},
+    {"_PAYLOAD_OFFSET", RawField::word(1), "Downstream KARN%d Payload Offset    = %d\n"},
+    {"_FRU_WP", RawField::bits(3, 0, 0), "Downstream KARN%d FRU Write Protect = %d\n"},
+};
+
+constexpr InstanceRegister m2CardBehindFlop[] = {
+    {"_FLOP_IDX", RawField::byte(0), "Downstream M.2 Card%d FLOP Index        = %d\n"},
+    {"_PAYLOAD_OFFSET", RawField::word(1), "Downstream M.2 Card%d Payload Offset    = %d\n"},
+    {"_FRU_WP", RawField::bits(3, 0, 0), "Downstream M.2 Card%d FRU Write Protect = %d\n"},
+};
+
+constexpr InstanceRegister tulmBehindBackplane[] = {
+    {"_BP_IDX", RawField::byte(0), "Downstream TULM%d Backplane Index   = %d\n"},
+    {"_PAYLOAD_OFFSET", RawField::word(1), "Downstream TULM%d Payload Offset    = %d\n"},
+    {"_FRU_WP", RawField::bits(3, 0, 0), "Downstream TULM%d FRU Write Protect = %d\n"},
+};
+
+constexpr InstanceRegister backplane[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), //
+     "Backplane %d Power Policy          = %d\n", Access::rawOnly},
+    {"_VWIRE_SMBUS_RST", RawField::bits(0, 3, 3), "Backplane %d SMBus Reset vWire     = %d\n"},
+    {"_VWIRE_BP_RST", RawField::bits(0, 2, 2), //
+     "Backplane %d BP Reset Vwire        = %d\n", Access::rawOnly},
+    {"_VWIRE_RDY", RawField::bits(0, 1, 1), "Backplane %d ready register vWire  = %d\n"},
+    {"_VWIRE_DOWNSTREAM_MODE", RawField::bits(0, 0, 0),
+     "Backplane %d vWire Downstream Mode = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(1), "Backplane %d PICPWR Index          = %d\n"},
+};
+
+constexpr InstanceRegister cemRiser[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), "CEM Riser %d Power Policy      = %d\n"},
+    {"_FRU_WP", RawField::bits(0, 1, 1), "CEM Riser %d FRU Write Protect = %d\n"},
+    {"_BMC_PWR_EN", RawField::bits(0, 0, 0), "CEM Riser %d BMC Power Enable  = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(2), "CEM Riser %d PICPWR Index      = %d\n"},
+};
+
+constexpr InstanceRegister karn[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), "KARN %d Power Policy      = %d\n"},
+    {"_FRU_WP", RawField::bits(0, 0, 0), "KARN %d FRU Write Protect = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(1), "KARN %d PICPWR Index      = %d\n"},
+};
+
+constexpr InstanceRegister m2Interposer[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), "M.2 Interposer %d Power Policy      = %d\n"},
+    {"_FRU_WP", RawField::bits(0, 0, 0), "M.2 Interposer %d FRU Write Protect = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(1), "M.2 Interposer %d PICPWR Index      = %d\n"},
+};
+
+constexpr InstanceRegister rida[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), "RIDA %d Power Policy      = %d\n"},
+    {"_FRU_WP", RawField::bits(0, 0, 0), "RIDA %d FRU Write Protect = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(1), "RIDA %d PICPWR Index      = %d\n"},
+};
+
+constexpr InstanceRegister puck[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), "PUCK %d Power Policy      = %d\n"},
+    {"_FRU_WP", RawField::bits(0, 0, 0), "PUCK %d FRU Write Protect = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(1), "PUCK %d PICPWR Index      = %d\n"},
+};
+
+constexpr SingleRegister remoteFanController[] = {
+    {"REMOTE_FAN_PWR_POLICY", RawField::bits(0, 7, 6), "RFC Power Policy = %d\n"},
+    {"REMOTE_FAN_PICPWR_INDEX", RawField::byte(1), "RFC PICPWR Index = %d\n"},
+};
+
+constexpr InstanceRegister flop[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), "FLOP %d Power Policy      = %d\n"},
+    {"_FRU_WP", RawField::bits(0, 4, 4), "FLOP %d FRU Write Protect = %d\n"},
+    {"_OCP_PRES", RawField::bits(0, 0, 0), "FLOP %d OCP Presence      = %d\n"},
+    {"_UNHIDE", RawField::bits(1, 7, 7), "FLOP %d Unhide            = %d\n"},
+    {"_NUM_LINKS", RawField::bits(1, 5, 4), //
+     "FLOP %d Number of links   = %d\n", Access::rawOnly},
+    // The card's type shows in the presence pins.
+    {"_PRSNTB", RawField::bits(1, 3, 0), "FLOP %d Card Type         = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(2), "FLOP %d PICPWR Index      = %d\n"},
+};
+
+constexpr InstanceRegister batteryInterposer[] = {
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), "Battery Interposer %d Power Policy     = %d\n"},
+    {"_BMC_PWR_EN", RawField::bits(0, 4, 4), "Battery Interposer %d BMC Power Enable = %d\n"},
+    {"_BATT_RDY", RawField::bits(0, 0, 0), "Battery Interposer %d Battery Ready    = %d\n"},
+    {"_PICPWR_INDEX", RawField::byte(1), "Battery Interposer %d PICPWR Index     = %d\n"},
+};
+
+/// All classes; a class's selector is its place here, counted from 1.
+constexpr ModuleClass moduleClasses[] = {
+    {.base = 0x13BE, .registers = oneCConnector},
+    {.base = 0x13C4, .registers = fourCConnector},
+    {0x13CA, 6, 2, "DOWNSTREAM_KARN_", {}, karnBehindFlop},
+    {0x13DC, 6, 2, "DOWNSTREAM_M.2_CARD_", {}, m2CardBehindFlop},
+    {0x13EE, 6, 2, "DOWNSTREAM_TULM_", {}, tulmBehindBackplane},
+    {0x1400, 9, 8, "BP_", {}, backplane},
+    {0x1800, 5, 24, "CEM_RISER_", {}, cemRiser},
+    {0x1A00, 4, 2, "KARN_", {}, karn},
+    {0x1C00, 4, 2, "M.2_INTERPOSER_", {}, m2Interposer},
+    {0x1E00, 4, 2, "RIDA_", {}, rida},
+    {0x2000, 4, 16, "PUCK_", {}, puck},
+    {.base = 0x2200, .registers = remoteFanController},
+    {0x2400, 4, 16, "FLOP_", {}, flop},
+    {0x2600, 4, 2, "BAT_INTRPSR_", {}, batteryInterposer},
+};
+
+} // namespace zolt
