@@ -1,0 +1,44 @@
+// Bytes that a device delivered, behind the only door to them.
+//
+// Offsets and lengths come from the bytes themselves, so any of them may be wrong. A reader never
+// touches what is not there; it says that there is nothing.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace zolt {
+
+class ByteReader {
+public:
+    /// @param bytes  outlive the reader and the texts it hands out.
+    constexpr explicit ByteReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+
+    /// The byte at @p offset; none past the end.
+    [[nodiscard]] constexpr std::optional<std::uint8_t> byte(std::size_t offset) const {
+        if (offset >= bytes_.size()) {
+            return std::nullopt;
+        }
+        return bytes_[offset];
+    }
+
+    /// The text field of @p length bytes at @p offset, up to its first NUL; none when any byte of
+    /// the field lies past the end.
+    [[nodiscard]] std::optional<std::string_view> text(std::size_t offset,
+                                                       std::size_t length) const {
+        if (offset > bytes_.size() || length > bytes_.size() - offset) {
+            return std::nullopt;
+        }
+        const auto field = bytes_.subspan(offset, length);
+        const std::string_view text(reinterpret_cast<const char*>(field.data()), length);
+        return text.substr(0, text.find('\0'));
+    }
+
+private:
+    std::span<const std::uint8_t> bytes_;
+};
+
+} // namespace zolt

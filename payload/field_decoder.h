@@ -1,0 +1,86 @@
+// Decoding by table rows.
+//
+// A decoder of a layout walks through its rows; each row names the bytes and bits of a field and
+// the line that shows it. The first row whose bytes are not all there ends the listing: neither it
+// nor anything after it becomes a field. Until then nothing has to be asked.
+#pragma once
+
+#include "payload/byte_reader.h"
+#include "payload/field.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace zolt {
+
+/// Where a field's value lies: bits of one byte, and for a wide one of a second byte above it.
+struct Bits {
+    std::uint8_t offset;          ///< of the byte with the value's low bits
+    std::uint8_t shift;           ///< lowest bit of the field in it
+    std::uint8_t mask;            ///< the field's bits once shifted down
+    std::uint8_t upperOffset = 0; ///< of the byte with bits 15..8 of the value
+    std::uint8_t upperMask = 0;   ///< the field's bits in it; 0 when there is no second byte
+
+    static constexpr Bits range(std::uint8_t offset, unsigned high, unsigned low) {
+        return {offset, static_cast<std::uint8_t>(low),
+                static_cast<std::uint8_t>((1U << (high - low + 1)) - 1)};
+    }
+    static constexpr Bits bit(std::uint8_t offset, unsigned at) { return range(offset, at, at); }
+    static constexpr Bits byte(std::uint8_t offset) { return range(offset, 7, 0); }
+    /// 16 bits, the high byte first.
+    static constexpr Bits bigEndian(std::uint8_t offset) {
+        return {static_cast<std::uint8_t>(offset + 1), 0, 0xFF, offset, 0xFF};
+    }
+    /// 8 bits, and more in the lowest @p upperBits of the byte behind them.
+    static constexpr Bits littleEndian(std::uint8_t offset, unsigned upperBits) {
+        return {offset, 0, 0xFF, static_cast<std::uint8_t>(offset + 1),
+                static_cast<std::uint8_t>((1U << upperBits) - 1)};
+    }
+};
+
+struct ValueRow {
+    Bits bits;
+    Format<Number> line;
+};
+
+struct UnitRow {
+    Bits bits; ///< within one byte
+    Format<Number, Number> line;
+};
+
+struct TextRow {
+    std::uint8_t offset;
+    std::uint8_t length; ///< of the field; the text in it may end sooner, with a NUL
+    Format<Text> line;
+};
+
+class FieldDecoder {
+public:
+    /// @param bytes  outlive the fields.
+    explicit FieldDecoder(std::span<const std::uint8_t> bytes) : reader_(bytes) {}
+
+    void heading(const Format<>& line);
+    void heading(const Format<Number>& line, std::uint8_t unit);
+
+    /// Adds the field of @p row in the layout that starts at byte @p start.
+    /// @return its value; 0 once the listing has ended.
+    std::uint16_t add(const ValueRow& row, std::size_t start = 0);
+    std::uint8_t add(const UnitRow& row, std::uint8_t unit, std::size_t start);
+    void add(const TextRow& row, std::size_t start = 0);
+    void add(std::span<const ValueRow> rows, std::size_t start = 0);
+    void add(std::span<const UnitRow> rows, std::uint8_t unit, std::size_t start);
+
+    /// Hands over what was decoded.
+    [[nodiscard]] Fields take() { return std::move(fields_); }
+
+private:
+    std::uint8_t byte(std::size_t offset);
+    std::uint16_t value(const Bits& bits, std::size_t start);
+
+    ByteReader reader_;
+    Fields fields_;
+    bool ended_ = false;
+};
+
+} // namespace zolt

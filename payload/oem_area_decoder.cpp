@@ -1,0 +1,77 @@
+#include "payload/oem_area_decoder.h"
+
+#include "payload/byte_reader.h"
+#include "payload/cir_payload_decoder.h"
+#include "payload/field_decoder.h"
+
+#include <algorithm>
+
+namespace zolt {
+
+namespace {
+
+constexpr ValueRow areaSize{Bits::byte(0), "\n\nOEM AREA SIZE               = %d\n"};
+constexpr ValueRow descriptorCount{Bits::byte(1), "TOTAL NUMBER OF DESCRIPTORS = %d\n"};
+constexpr ValueRow checksum{Bits::byte(0), "\n\nCHECKSUM                    = %d\n\n\n"};
+
+// From here on the offsets are those within a descriptor.
+constexpr std::size_t firstDescriptor = 2;
+constexpr ValueRow descriptorType{Bits::byte(0), "\nDESCRIPTOR TYPE             = %d\n"};
+constexpr ValueRow descriptorSize{Bits::byte(1), "DESCRIPTOR SIZE             = %d\n"};
+
+constexpr ValueRow connectionRows[] = {
+    {Bits::byte(2), "SRC ID                      = %d\n"},
+    {Bits::byte(3), "DST ID                      = %d\n"},
+};
+
+constexpr ValueRow placeRows[] = {
+    {Bits::byte(2), "BAY ID                      = %d\n"},
+    {Bits::byte(3), "STARTING SLOT OFFSET        = %d\n"},
+    {Bits::byte(4), "LOCATION                    = %d\n"},
+};
+
+constexpr ValueRow slotRows[] = {
+    {Bits::byte(2), "SLOT PRESENCE BIT MAP       = 0x%X\n"},
+};
+
+// By type, from 1.
+constexpr std::span<const ValueRow> rowsOfType[] = {connectionRows, placeRows, slotRows};
+
+void decodeDescriptors(FieldDecoder& fields, unsigned count) {
+    // The position has 8 bits and may wrap, or stand still: the count alone bounds the walk.
+    std::uint8_t position = 0;
+    for (unsigned done = 0; done < count; ++done) {
+        const std::size_t start = position + firstDescriptor;
+        const std::size_t type = fields.add(descriptorType, start);
+        const std::uint16_t size = fields.add(descriptorSize, start);
+        if (type >= 1 && type <= std::size(rowsOfType)) {
+            fields.add(rowsOfType[type - 1], start);
+        }
+        position = static_cast<std::uint8_t>(position + size);
+    }
+}
+
+} // namespace
+
+std::span<const std::uint8_t> findOemArea(std::span<const std::uint8_t> fetched) {
+    const auto start = statedPayloadSize(fetched);
+    if (!start) {
+        return {};
+    }
+    const std::size_t length = ByteReader(fetched).byte(*start).value_or(0);
+    if (length == 0) {
+        return {};
+    }
+    const auto area = fetched.subspan(*start);
+    return area.first(std::min(length, area.size()));
+}
+
+Fields decodeOemArea(std::span<const std::uint8_t> area) {
+    FieldDecoder fields(area);
+    const std::size_t length = fields.add(areaSize);
+    decodeDescriptors(fields, fields.add(descriptorCount));
+    fields.add(checksum, std::max(length, area.size()) - 1);
+    return fields.take();
+}
+
+} // namespace zolt

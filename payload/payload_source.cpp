@@ -1,0 +1,77 @@
+#include "payload/payload_source.h"
+
+#include "console/output.h"
+#include "cpld/picpwr_block.h"
+#include "platform/cpld_driver.h"
+#include "platform/hal.h"
+
+#include <memory>
+#include <new>
+
+namespace zolt {
+
+namespace {
+
+constexpr std::uint32_t payloadBlockStart = 0x2A01;
+
+// The HAL's object lives for this one read: nothing of it is held while the raw path is tried.
+std::int32_t readThroughHal(std::uint16_t payloadOffset, std::uint32_t length,
+                            PayloadBuffer& buffer) {
+    HAL_cfgdata payloads("PICPWR_PAYLOADS");
+    return payloads.ReadIO(buffer, length, payloadOffset + 1U);
+}
+
+} // namespace
+
+Status requireDiscovered(std::uint8_t picpwrId, PayloadBuffer& buffer) {
+    if (const auto status = readPicpwrRegister(picpwrId, picpwrDstat, buffer); status != 0) {
+        print("Unable to read PICPWR DSTAT using CPLD raw API, status %d\n", status);
+        return statusRawReadFailed;
+    }
+    const auto dstat = byteOf(buffer);
+    if (dstat == 0) {
+        print("\nDISCOVERY_STATUS (DSTAT) = 0 for PICPWR %d\n", picpwrId);
+    }
+    return dstat.value_or(0) == 0 ? statusNothingToShow : statusDone;
+}
+
+Status readPayloadOffset(std::uint8_t picpwrId, PayloadBuffer& buffer,
+                         std::uint16_t& payloadOffset) {
+    if (const auto status = readPicpwrRegister(picpwrId, picpwrPayloadOffset, buffer);
+        status != 0) {
+        print("Unable to read PICPWR payload offset using CPLD raw API, status %d\n", status);
+        return statusRawReadFailed;
+    }
+    const auto offset = wordOf(buffer);
+    if (!offset) {
+        return statusNothingToShow;
+    }
+    payloadOffset = *offset;
+    return statusDone;
+}
+
+Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length, PayloadBuffer& buffer) {
+    if (readThroughHal(payloadOffset, length, buffer) == 0) {
+        return statusDone;
+    }
+    const std::unique_ptr<std::uint8_t[]> scratch(new (std::nothrow) std::uint8_t[length]{});
+    if (scratch == nullptr) {
+        write("Failed to allocate memory for PICPWR payload\n");
+        return statusOutOfMemory;
+    }
+    if (const auto status =
+            cpld_read_block_device(scratch.get(), payloadBlockStart + payloadOffset, length, 1);
+        status != 0) {
+        print("Unable to read PICPWR payload using CPLD raw API, status %d\n", status);
+        return statusRawReadFailed;
+    }
+    // The two bytes of the offset belong in front on this path, whatever the HAL's read left
+    // behind.
+    buffer.assign({static_cast<std::uint8_t>(payloadOffset & 0xFF),
+                   static_cast<std::uint8_t>(payloadOffset >> 8)});
+    buffer.reserve(buffer.size() + length);
+    buffer.insert(buffer.end(), scratch.get(), scratch.get() + length);
+    return statusDone;
+}
+
+} // namespace zolt

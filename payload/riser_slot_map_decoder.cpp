@@ -1,0 +1,139 @@
+#include "payload/riser_slot_map_decoder.h"
+
+#include "payload/field_decoder.h"
+
+namespace zolt {
+
+namespace {
+
+constexpr ValueRow configurationRows[] = {
+    {Bits::byte(0), "RISER CONFIG# MAJOR            = %d\n"},
+    {Bits::byte(1), "RISER CONFIG# MINOR            = %d\n"},
+};
+
+constexpr TextRow description{2, 48, "RISER CONFIG DESCRIPTION       = %s\n"};
+
+constexpr ValueRow otherSlotRows[] = {
+    {Bits::byte(50), "KARN CARD PRESENCE             = %d\n"},
+    {Bits::byte(51), "KARN HWUID MSB                 = 0x%02X\n"},
+    {Bits::byte(52), "KARN HWUID LSB                 = 0x%02X\n"},
+    {Bits::byte(53), "KARN SLOT NUMBER               = %d\n"},
+    {Bits::byte(54), "KARN SLOT TYPE                 = %d\n"},
+    {Bits::byte(55), "EMBEDDED OCP NIC CARD PRESENCE = %d\n"},
+    {Bits::byte(56), "EMBEDDED OCP NIC SLOT NUMBER   = %d\n"},
+    {Bits::byte(57), "EMBEDDED OCP NIC SLOT TYPE     = %d\n"},
+};
+
+constexpr ValueRow recordCount{Bits::byte(58), "NUMBER OF PICPWR SLOT DETAILS  = %d\n"};
+constexpr ValueRow checksum{Bits::byte(0), "\n\nCHECKSUM                       = %d\n\n\n"};
+
+// From here on the offsets are those within a record.
+constexpr std::size_t firstRecord = 59;
+constexpr ValueRow recordId{Bits::byte(0), "PICPWR ID                      = %d\n"};
+constexpr ValueRow recordSize{Bits::byte(1), "PAYLOAD SIZE                   = %d\n"};
+constexpr TextRow location{2, 8, "RISER PHYSICAL LOCATION        = %s\n"};
+constexpr TextRow partNumber{10, 8, "MECH ASSY XPN                  = %s\n"};
+constexpr ValueRow hwuidRows[] = {
+    {Bits::byte(18), "HWUID MSB                      = 0x%02X\n"},
+    {Bits::byte(19), "HWUID LSB                      = 0x%02X\n"},
+};
+constexpr ValueRow dslCount{Bits::byte(20), "NO OF DSLs                     = %d\n"};
+
+// Behind the DSLs everything shifts with their number, then with that of the slots.
+constexpr std::size_t firstDsl = 21;
+constexpr UnitRow dsl{Bits::byte(0), "DSL%d                           = %d\n"};
+constexpr ValueRow slotCount{Bits::byte(0), "NO OF SLOTS                    = %d\n"};
+constexpr std::size_t slotSize = 2;
+constexpr UnitRow slotRows[] = {
+    {Bits::byte(0), "SLOT%d NUMBER                   = %d\n"},
+    {Bits::byte(1), "SLOT%d TYPE                     = %d\n"},
+};
+constexpr ValueRow dslPayloadCount{Bits::byte(0), "NO OF DSL PAYLOADS             = %d\n"};
+
+constexpr std::size_t dslPayloadSize = 4;
+constexpr UnitRow dslType{Bits::byte(0), "DSL %d type                     = %d\n"};
+
+constexpr UnitRow slRows[] = {
+    {Bits::byte(1), "DSL %d SL index                 = %d\n"},
+};
+
+constexpr UnitRow ocpRows[] = {
+    {Bits::byte(1), "DSL %d OCP index                = %d\n"},
+    {Bits::byte(2), "DSL %d OCP lane index           = %d\n"},
+};
+
+constexpr UnitRow switchedRiserRows[] = {
+    {Bits::byte(1), "DSL %d switched riser index     = %d\n"},
+    {Bits::byte(2), "DSL %d SL index                 = %d\n"},
+};
+
+// By type, from 1.
+constexpr std::span<const UnitRow> rowsOfDslType[] = {slRows, ocpRows, switchedRiserRows};
+
+std::size_t decodeDsls(FieldDecoder& fields, unsigned count, std::size_t at) {
+    for (unsigned k = 1; k <= count; ++k) {
+        fields.add(dsl, static_cast<std::uint8_t>(k), at++);
+    }
+    return at;
+}
+
+std::size_t decodeSlots(FieldDecoder& fields, unsigned count, std::size_t at) {
+    for (unsigned j = 1; j <= count; ++j) {
+        fields.add(slotRows, static_cast<std::uint8_t>(j), at);
+        at += slotSize;
+    }
+    return at;
+}
+
+void decodeDslPayloads(FieldDecoder& fields, unsigned count, std::size_t at) {
+    for (unsigned k = 1; k <= count; ++k) {
+        const auto unit = static_cast<std::uint8_t>(k);
+        const std::size_t type = fields.add(dslType, unit, at);
+        if (type >= 1 && type <= std::size(rowsOfDslType)) {
+            fields.add(rowsOfDslType[type - 1], unit, at);
+        } else {
+            fields.heading("Invalid DSL type\n");
+        }
+        at += dslPayloadSize;
+    }
+}
+
+// Returns where the next record starts: that is what the record says, whatever its fields take.
+std::size_t decodeRecord(FieldDecoder& fields, std::uint8_t number, std::size_t start) {
+    fields.heading("\n\nPICPWR %d SLOT INFORMATION :\n\n", number);
+    fields.add(recordId, start);
+    const std::size_t size = fields.add(recordSize, start);
+    fields.add(location, start);
+    fields.add(partNumber, start);
+    fields.add(hwuidRows, start);
+
+    const unsigned dsls = fields.add(dslCount, start);
+    std::size_t at = decodeDsls(fields, dsls, start + firstDsl);
+    const unsigned slots = fields.add(slotCount, at++);
+    at = decodeSlots(fields, slots, at);
+    // Shown, and that is all: every DSL has a payload.
+    fields.add(dslPayloadCount, at++);
+    decodeDslPayloads(fields, dsls, at);
+    return start + size;
+}
+
+} // namespace
+
+Fields decodeRiserSlotMap(std::span<const std::uint8_t> blob) {
+    FieldDecoder fields(blob);
+    fields.heading("\n\nCONFIG DETAILS :\n\n");
+    fields.add(configurationRows);
+    fields.add(description);
+    fields.heading("\n\nNON PICPWR SLOT INFORMATION :\n\n");
+    fields.add(otherSlotRows);
+
+    const unsigned records = fields.add(recordCount);
+    std::size_t at = firstRecord;
+    for (unsigned r = 1; r <= records; ++r) {
+        at = decodeRecord(fields, static_cast<std::uint8_t>(r), at);
+    }
+    fields.add(checksum, at);
+    return fields.take();
+}
+
+} // namespace zolt
