@@ -3,7 +3,11 @@
 #include "app/menus.h"
 #include "console/input.h"
 #include "console/output.h"
+#include "cpld/control_registers.h"
 #include "cpld/picpwr_info.h"
+#include "payload/cir_payload.h"
+#include "payload/oem_area.h"
+#include "payload/riser_slot_map.h"
 
 #include <exception>
 #include <iterator>
@@ -58,10 +62,14 @@ Status notBuilt(const OptionArgs&) {
 constexpr OptionRow rows[] = {
     {1, "PICPWR info", &picpwrOrAll,
      [](const OptionArgs& given) { return showPicpwrInfo(given.picpwrId); }},
-    {2, "CIR payloads", &picpwr, notBuilt},
-    {3, "OEM area", &picpwr, notBuilt},
-    {4, "Riser slot mapping blob", nullptr, notBuilt},
-    {5, "Control registers", &moduleClass, notBuilt},
+    {2, "CIR payloads", &picpwr,
+     [](const OptionArgs& given) { return showCirPayload(given.picpwrId, given.format); }},
+    {3, "OEM area", &picpwr,
+     [](const OptionArgs& given) { return showOemArea(given.picpwrId, given.format); }},
+    {4, "Riser slot mapping blob", nullptr,
+     [](const OptionArgs& given) { return showRiserSlotMap(given.format); }},
+    {5, "Control registers", &moduleClass,
+     [](const OptionArgs& given) { return showControlRegisters(given.moduleSelector); }},
     {6, "PICPWR nodes info", &picpwrOrAll, notBuilt},
     {7, "Discoverable nodes info", &deviceType, notBuilt},
     {8, "All I2C nodes info", &deviceType, notBuilt},
