@@ -1,0 +1,12 @@
+// Both displays of the OEM area that is found in any bytes that were fetched.
+#include "payload/oem_area.h"
+#include "payload/oem_area_decoder.h"
+#include "tests/fuzz/target.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const auto found = zolt::findOemArea({data, size});
+    const zolt::PayloadBuffer area(found.begin(), found.end());
+    zolt::printOemArea(area, 0, 0, 1);
+    zolt::printOemArea(area, 0, 0, 2);
+    return 0;
+}
