@@ -13,6 +13,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         "${build_packages[@]}"
         libgtest-dev python3 valgrind                       # the suites, and the suites under a watch
         clang libclang-rt-dev clang-format clang-tidy       # the second compiler, the linters
+        strace                                              # what a process asks of the kernel
         shellcheck mandoc                                   # the scripts, the manual pages
         g++-aarch64-linux-gnu qemu-user                     # the boards' own architecture
     )
