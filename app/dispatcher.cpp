@@ -5,6 +5,10 @@
 #include "console/output.h"
 #include "cpld/control_registers.h"
 #include "cpld/picpwr_info.h"
+#include "i2c/bus_recovery.h"
+#include "i2c/dynamic_nodes.h"
+#include "i2c/i2c_topology.h"
+#include "i2c/node_properties.h"
 #include "payload/cir_payload.h"
 #include "payload/oem_area.h"
 #include "payload/riser_slot_map.h"
@@ -70,16 +74,22 @@ constexpr OptionRow rows[] = {
      [](const OptionArgs& given) { return showRiserSlotMap(given.format); }},
     {5, "Control registers", &moduleClass,
      [](const OptionArgs& given) { return showControlRegisters(given.moduleSelector); }},
-    {6, "PICPWR nodes info", &picpwrOrAll, notBuilt},
-    {7, "Discoverable nodes info", &deviceType, notBuilt},
-    {8, "All I2C nodes info", &deviceType, notBuilt},
-    {9, "Create dynamic device node", nullptr, notBuilt},
-    {10, "Delete dynamic device node", nullptr, notBuilt},
+    {6, "PICPWR nodes info", &picpwrOrAll,
+     [](const OptionArgs& given) { return printPicpwrNodes(given.picpwrId); }},
+    {7, "Discoverable nodes info", &deviceType,
+     [](const OptionArgs& given) { return printDiscoverableNodes(given.deviceType); }},
+    {8, "All I2C nodes info", &deviceType,
+     [](const OptionArgs& given) { return printAllI2cNodes(given.deviceType); }},
+    {9, "Create dynamic device node", nullptr,
+     [](const OptionArgs&) { return createDynamicNodes(); }},
+    {10, "Delete dynamic device node", nullptr,
+     [](const OptionArgs&) { return deleteDeviceNode(); }},
     {11, "DBUS Zolt Info Properties", nullptr, notBuilt},
     {12, "DBUS Zolt CIR Properties", &moduleType, notBuilt},
-    {13, "Read Node Proprty", nullptr, notBuilt},
-    {14, "Update Node Property", nullptr, notBuilt},
-    {15, "Perform Bus Recovery", nullptr, notBuilt},
+    {13, "Read Node Proprty", nullptr, [](const OptionArgs&) { return readNodeProperty(); }},
+    {14, "Update Node Property", nullptr,
+     [](const OptionArgs&) { return promptUpdateNodeProperty(); }},
+    {15, "Perform Bus Recovery", nullptr, [](const OptionArgs&) { return performBusRecovery(); }},
 };
 
 bool isMissing(const Question& question, const OptionArgs& given) {

@@ -1,6 +1,6 @@
 #include "app/one_shot.h"
 
-#include "console/output.h"
+#include "i2c/dynamic_nodes.h"
 
 namespace zolt {
 
@@ -8,16 +8,11 @@ namespace {
 
 constexpr std::uint8_t createNodesOption = 9;
 
-// Creates an index node and a device node on it from the command line's values alone.
-void createNodes(const CommandLine&) {
-    write("Index Node Creation Failed.\n");
-}
-
 } // namespace
 
 void runOneShot(const CommandLine& line) {
     if (line.arguments.option == createNodesOption) {
-        createNodes(line);
+        createNodes(line.arguments.deviceType, line.index, line.parentBus, line.targetAddress);
     } else {
         runOptionGuarded(line.arguments);
     }

@@ -1,0 +1,156 @@
+#include "i2c/dynamic_nodes.h"
+
+#include "console/output.h"
+#include "i2c/bus_control_record.h"
+#include "i2c/bus_device.h"
+#include "i2c/device_types.h"
+#include "i2c/node_questions.h"
+
+#include <array>
+
+namespace zolt {
+
+namespace {
+
+// What the driver wants with every device node, by place in the record's device part.
+constexpr std::array<std::uint32_t, 8> devicePart{16, 0, 0, 100, 256, 40, 0, 0};
+
+// What index node and device node have in common. A property that could not be queried goes into
+// the record as it came: the driver decides.
+BusControlRecord nodeRecord(const BusDevice& bus, std::uint32_t deviceType, std::uint32_t index) {
+    BusControlRecord record(BusCommand::createNode);
+    record.set(create_node::index, index);
+    record.set(create_node::property8, queryNodeProperty(8, bus.descriptor(), busNodeTarget));
+    record.set(create_node::property10, queryNodeProperty(10, bus.descriptor(), busNodeTarget));
+    record.set(create_node::typeName, deviceTypeName(deviceType));
+    return record;
+}
+
+struct NodeReply {
+    int result; // the ioctl's; the rest counts when it is not negative
+    std::uint32_t status;
+    std::uint32_t bus;
+};
+
+NodeReply requestNode(BusDevice& bus, const BusControlRecord& record) {
+    std::array<std::uint8_t, 8> reply;
+    const int result = sendControl(bus.descriptor(), record, reply);
+    if (result < 0) {
+        printRefusal(result);
+    }
+    bus.close();
+    return {result, busNumberAt(reply, 0), busNumberAt(reply, 4)};
+}
+
+// Status and bus number of a node, which the operator reads as signed.
+using NodeText = Format<Number, Number>;
+
+void printNode(const NodeText& text, const NodeReply& reply) {
+    print(text, static_cast<std::int32_t>(reply.status), static_cast<std::int32_t>(reply.bus));
+}
+
+bool removeDevice(std::int32_t parent, std::uint32_t target) {
+    BusDevice bus(busDevicePath(parent));
+    if (!bus.isOpen()) {
+        return false;
+    }
+    BusControlRecord record(BusCommand::removeDevice);
+    record.set(remove_device::target, target);
+    const int result = sendControl(bus.descriptor(), record);
+    if (result < 0) {
+        printRefusal(result);
+        return false;
+    }
+    bus.close();
+    print("Device Remove Status: [%d] Under Parent Node: [/dev/i2c-%d]\n", result, parent);
+    return true;
+}
+
+} // namespace
+
+std::uint32_t queryNodeProperty(std::int32_t propertyId, int bus, std::uint32_t target) {
+    BusControlRecord record(BusCommand::getProperty);
+    record.set(get_property::target, target);
+    record.set(get_property::propertyId, static_cast<std::uint32_t>(propertyId));
+    std::array<std::uint8_t, 4> reply;
+    if (const int result = sendControl(bus, record, reply); result < 0) {
+        printRefusal(result);
+        return noAnswer;
+    }
+    return busNumberAt(reply, 0);
+}
+
+std::uint32_t createIndexNode(std::uint32_t deviceType, std::uint32_t index,
+                              std::int32_t parentBus) {
+    BusDevice bus(busDevicePath(parentBus));
+    if (!bus.isOpen()) {
+        return nodeNotCreated;
+    }
+    const NodeReply reply = requestNode(bus, nodeRecord(bus, deviceType, index));
+    if (reply.result < 0) {
+        return nodeNotCreated;
+    }
+    printNode("Index Node Status:Node Status: [%d] &  Name: [/dev/i2c-%d]\n", reply);
+    return reply.bus;
+}
+
+Status createDeviceNode(std::uint32_t deviceType, std::uint32_t index, std::uint32_t indexBus,
+                        std::uint32_t target) {
+    const std::string path = busDevicePath(static_cast<std::int32_t>(indexBus));
+    BusDevice bus(path);
+    if (!bus.isOpen()) {
+        return statusIoFailed;
+    }
+    BusControlRecord record = nodeRecord(bus, deviceType, index);
+    for (std::size_t i = 0; i < devicePart.size(); ++i) {
+        record.set(create_node::devicePart[i], devicePart[i]);
+    }
+    record.set(create_node::target, target);
+    record.set(create_node::devicePath, path);
+    const NodeReply reply = requestNode(bus, record);
+    if (reply.result < 0) {
+        return statusIoFailed;
+    }
+    printNode("Device Node Status: [%d] &  Name: [/dev/i2c-%d]\n", reply);
+    return reply.result;
+}
+
+void createNodes(std::uint32_t deviceType, std::uint32_t index, std::int32_t parentBus,
+                 std::uint32_t target) {
+    const std::uint32_t bus = createIndexNode(deviceType, index, parentBus);
+    if (bus == nodeNotCreated || target == 0) {
+        write("Index Node Creation Failed.\n");
+    } else if (createDeviceNode(deviceType, index, bus, target) == statusIoFailed) {
+        write("Device Node Creation Failed.\n");
+    }
+}
+
+Status createDynamicNodes() {
+    std::int32_t deviceType = nodeNumberNotGiven;
+    std::int32_t index = nodeNumberNotGiven;
+    std::int32_t parent = nodeNumberNotGiven;
+    std::uint32_t target = targetNotGiven;
+    if (!askDeviceType(deviceType) || !askNumber("Enter Index:", "\nInvalid Index\n", index) ||
+        !askNumber("Enter Parent Node Num:", "\nInvalid Parent Node\n", parent) ||
+        !askTarget(target)) {
+        return statusNothingToShow;
+    }
+    createNodes(static_cast<std::uint32_t>(deviceType), static_cast<std::uint32_t>(index), parent,
+                target);
+    return statusDone;
+}
+
+Status deleteDeviceNode() {
+    std::int32_t parent = nodeNumberNotGiven;
+    std::uint32_t target = targetNotGiven;
+    if (!askNumber("Enter Parent Node Num:", "\nInvalid Index Node\n", parent) ||
+        !askTarget(target)) {
+        return statusNothingToShow;
+    }
+    if (!removeDevice(parent, target)) {
+        write("Device Node Creation Failed.\n"); // a removal has no failure line of its own
+    }
+    return statusDone;
+}
+
+} // namespace zolt

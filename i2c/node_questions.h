@@ -1,0 +1,28 @@
+// What the node operations ask the operator for.
+//
+// Each asks, reads, and prints what is invalid when the answer is not a number. At the end of input
+// an answer stays as it was, so an answer that nobody gave goes to the driver with all bits set.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace zolt {
+
+constexpr std::int32_t nodeNumberNotGiven = -1;
+constexpr std::uint32_t targetNotGiven = 0xFFFFFFFF;
+
+/// Asks for a decimal number.
+///
+/// @param invalid  printed when the text at hand is not a number.
+/// @return false in that case.
+[[nodiscard]] bool askNumber(std::string_view prompt, std::string_view invalid,
+                             std::int32_t& answer);
+
+/// Asks for a device type with the menu of device types.
+[[nodiscard]] bool askDeviceType(std::int32_t& answer);
+
+/// Asks for a target address, a hexadecimal number.
+[[nodiscard]] bool askTarget(std::uint32_t& answer);
+
+} // namespace zolt
