@@ -9,38 +9,38 @@
 
 /// A node behind an index node.
 struct SubIndexNodeInfo {
-    std::uint8_t discoverable;    ///< 1 when the node can be discovered
-    std::int32_t subIndex;        ///< position below the index node
-    std::int32_t subNodeCount;    ///< number of nodes below this one
-    std::int32_t reserved;        ///< not for readers
-    char name[24];                ///< NUL-terminated unless it fills the field
-    const SubIndexNodeInfo* next; ///< null at the end
+    std::uint8_t discoverable{};    ///< 1 when the node can be discovered
+    std::int32_t subIndex{};        ///< position below the index node
+    std::int32_t subNodeCount{};    ///< number of nodes below this one
+    std::int32_t reserved{};        ///< not for readers
+    char name[24]{};                ///< NUL-terminated unless it fills the field
+    const SubIndexNodeInfo* next{}; ///< null at the end
 };
 
 /// An index node: one device slot behind a physical bus.
 struct IndexNodeInfo {
-    std::uint8_t discoverable;        ///< 1 when the node can be discovered
-    std::uint8_t picpwrId;            ///< PICPWR slot, 0 when it has none
-    std::uint8_t isSlSrc;             ///< non-zero when the node is an SL source
-    std::uint8_t slSrc;               ///< SL source number
-    std::uint16_t hwUid;              ///< hardware UID
-    std::int32_t index;               ///< the node's index
-    std::int32_t slotNumber;          ///< platform's slot number
-    std::int32_t slotType;            ///< platform's slot type
-    std::int32_t physicalBus;         ///< the N of /dev/i2c-N
-    std::int32_t subNodeCount;        ///< number of nodes below this one
-    std::int32_t reserved;            ///< not for readers
-    char name[16];                    ///< NUL-terminated unless it fills the field
-    const SubIndexNodeInfo* subNodes; ///< null when there is none
-    std::uint64_t reservedForLibrary; ///< not for readers
-    const IndexNodeInfo* next;        ///< null at the end
-    std::uint8_t bayId;               ///< bay number
+    std::uint8_t discoverable{};        ///< 1 when the node can be discovered
+    std::uint8_t picpwrId{};            ///< PICPWR slot, 0 when it has none
+    std::uint8_t isSlSrc{};             ///< non-zero when the node is an SL source
+    std::uint8_t slSrc{};               ///< SL source number
+    std::uint16_t hwUid{};              ///< hardware UID
+    std::int32_t index{};               ///< the node's index
+    std::int32_t slotNumber{};          ///< platform's slot number
+    std::int32_t slotType{};            ///< platform's slot type
+    std::int32_t physicalBus{};         ///< the N of /dev/i2c-N
+    std::int32_t subNodeCount{};        ///< number of nodes below this one
+    std::int32_t reserved{};            ///< not for readers
+    char name[16]{};                    ///< NUL-terminated unless it fills the field
+    const SubIndexNodeInfo* subNodes{}; ///< null when there is none
+    std::uint64_t reservedForLibrary{}; ///< not for readers
+    const IndexNodeInfo* next{};        ///< null at the end
+    std::uint8_t bayId{};               ///< bay number
 };
 
 /// The root of one device type's topology.
 struct SysInfoTree {
-    std::uint64_t reservedForLibrary[3]; ///< not for readers
-    const IndexNodeInfo* indexNodes;     ///< null when the type has no nodes
+    std::uint64_t reservedForLibrary[3]{}; ///< not for readers
+    const IndexNodeInfo* indexNodes{};     ///< null when the type has no nodes
 };
 
 static_assert(sizeof(void*) == 8, "the records are those of the 64-bit targets");
@@ -64,6 +64,7 @@ static_assert(offsetof(SubIndexNodeInfo, subIndex) == 4);
 static_assert(offsetof(SubIndexNodeInfo, subNodeCount) == 8);
 static_assert(offsetof(SubIndexNodeInfo, name) == 16);
 static_assert(offsetof(SubIndexNodeInfo, next) == 40);
+static_assert(sizeof(IndexNodeInfo::name) == 16 && sizeof(SubIndexNodeInfo::name) == 24);
 
 extern "C" {
 

@@ -145,3 +145,22 @@ int dlog_printf(int level, int module, const char* format, ...) {
     platform().log.push_back(text("%d %d %s", level, module, buffer.data()));
     return 0;
 }
+
+int i2c_parse_sysinfo(int deviceType, SysInfoTree** root) {
+    platform().calls.push_back(text("i2c_parse_sysinfo %d", deviceType));
+    const auto found = platform().sysinfo.find(deviceType);
+    if (found == platform().sysinfo.end()) {
+        return -1; // and the root stays as the caller left it
+    }
+    *root = found->second.root;
+    return found->second.status;
+}
+
+void free_sysinfo(SysInfoTree* root) {
+    const auto& trees = platform().sysinfo;
+    const auto owner =
+        std::ranges::find_if(trees, [root](const auto& tree) { return tree.second.root == root; });
+    platform().calls.push_back(root == nullptr        ? "free_sysinfo null"
+                               : owner == trees.end() ? "free_sysinfo of a stranger"
+                                                      : text("free_sysinfo %d", owner->first));
+}

@@ -5,6 +5,8 @@
 // leaves in the caller's vector is garbage.
 #pragma once
 
+#include "platform/sysinfo.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -23,15 +25,23 @@ struct HalObject {
     std::int32_t unregisterStatus = 0;
 };
 
+/// What the sysinfo parser library says about one device type. The test owns the records.
+struct SysInfo {
+    std::int32_t status = 0;
+    SysInfoTree* root = nullptr;
+};
+
 struct Platform {
     std::map<std::string, Bytes> named;        ///< ReadIO_Str
     std::map<std::string, std::uint32_t> size; ///< what ReadIO_Str reports, where that is a lie
     std::map<std::uint32_t, std::uint8_t> raw; ///< cpld_read_device and cpld_read_block_device
     std::int32_t rawStatus = 5;                ///< status of a raw read that fails
     std::map<std::string, HalObject> hal;      ///< HAL_cfgdata::ReadHALConfig
+    std::map<int, SysInfo> sysinfo;            ///< i2c_parse_sysinfo; no data for other types
     bool outOfMemory = false;                  ///< ReadIO_Str throws std::bad_alloc
 
-    std::vector<std::string> calls; ///< "ReadIO_Str NAME", "cpld_read_device 0xADDRESS", ...
+    std::vector<std::string> calls; ///< "ReadIO_Str NAME", "cpld_read_device 0xADDRESS",
+                                    ///< "free_sysinfo TYPE", ...
     std::vector<std::string> log;   ///< "LEVEL MODULE TEXT" of dlog_printf
 };
 

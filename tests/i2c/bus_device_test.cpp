@@ -1,0 +1,103 @@
+#include "i2c/bus_device.h"
+
+#include "tests/support/bus_devices.h"
+#include "tests/support/console.h"
+
+#include <array>
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace zolt::test {
+
+namespace {
+
+class BusDeviceTest : public testing::Test {
+protected:
+    BusDeviceTest() { resetBusDevices(); }
+    ~BusDeviceTest() override { EXPECT_EQ(openBusDevices(), 0); }
+};
+
+TEST_F(BusDeviceTest, APathIsCutToFifteenCharacters) {
+    const std::pair<std::int32_t, const char*> paths[] = {
+        {0, "/dev/i2c-0"},
+        {123, "/dev/i2c-123"},
+        {-1, "/dev/i2c--1"},
+        {999999, "/dev/i2c-999999"},
+        {1234567, "/dev/i2c-123456"},
+        {std::numeric_limits<std::int32_t>::max(), "/dev/i2c-214748"},
+        {std::numeric_limits<std::int32_t>::min(), "/dev/i2c--21474"},
+    };
+    for (const auto& [bus, path] : paths) {
+        EXPECT_EQ(busDevicePath(bus), path);
+    }
+}
+
+TEST_F(BusDeviceTest, ADeviceIsClosedWithItsObject) {
+    {
+        const BusDevice device("/dev/i2c-3");
+        EXPECT_TRUE(device.isOpen());
+        EXPECT_EQ(openBusDevices(), 1);
+    }
+    EXPECT_EQ(busDevices().calls, (std::vector<std::string>{"open /dev/i2c-3 O_RDWR", "close"}));
+}
+
+TEST_F(BusDeviceTest, AnEarlyCloseIsTheOnlyOne) {
+    {
+        BusDevice device("/dev/i2c-3");
+        device.close();
+        EXPECT_FALSE(device.isOpen());
+        EXPECT_EQ(openBusDevices(), 0);
+    }
+    EXPECT_EQ(busDevices().calls, (std::vector<std::string>{"open /dev/i2c-3 O_RDWR", "close"}));
+}
+
+TEST_F(BusDeviceTest, AFailedOpenIsPrintedAndNothingIsClosed) {
+    busDevices().openErrors = {
+        {"/dev/i2c-3", ENOENT}, {"/dev/i2c-4", EACCES}, {"/dev/i2c-5", EBUSY}};
+    EXPECT_EQ(outputOf([] {
+                  EXPECT_FALSE(BusDevice("/dev/i2c-3").isOpen());
+                  EXPECT_FALSE(BusDevice("/dev/i2c-4").isOpen());
+                  EXPECT_FALSE(BusDevice("/dev/i2c-5").isOpen());
+              }),
+              "I2C Open error (No such file or directory)\n"
+              "I2C Open error (Permission denied)\n"
+              "I2C Open error (Device or resource busy)\n");
+    EXPECT_EQ(busDevices().calls,
+              (std::vector<std::string>{"open /dev/i2c-3 O_RDWR", "open /dev/i2c-4 O_RDWR",
+                                        "open /dev/i2c-5 O_RDWR"}));
+}
+
+TEST_F(BusDeviceTest, ARequestIsOneControlMessage) {
+    busDevices().answers = {{.result = 1}};
+    const BusControlRecord record(BusCommand::recoverBus);
+    const BusDevice device("/dev/i2c-3");
+    EXPECT_EQ(sendControl(device.descriptor(), record), 1);
+    EXPECT_EQ(busDevices().calls.back(), "ioctl 0x0707: [0x0000 0x0080 164]");
+    EXPECT_EQ(busDevices().records.back(), controlRecord({{0, "54 45 53 4B"}, {4, "08 00 00 00"}}));
+}
+
+TEST_F(BusDeviceTest, AReplyIsASecondMessageWhoseBufferIsZeroBefore) {
+    busDevices().answers = {{.reply = bytesOf("01 02 03 04")}};
+    const BusControlRecord record(BusCommand::getProperty);
+    const BusDevice device("/dev/i2c-3");
+    std::array<std::uint8_t, 4> reply{9, 9, 9, 9};
+    EXPECT_EQ(sendControl(device.descriptor(), record, reply), 2);
+    EXPECT_EQ(busDevices().calls.back(), "ioctl 0x0707: [0x0000 0x0080 164] [0x0000 0x0001 4]");
+    EXPECT_EQ(busDevices().replyAreas.back(), bytesOf("00 00 00 00"));
+    EXPECT_EQ(reply, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
+}
+
+TEST_F(BusDeviceTest, ARefusedRequestLeavesAZeroReplyAndItsErrno) {
+    busDevices().answers = {{.error = EREMOTEIO}};
+    const BusControlRecord record(BusCommand::getProperty);
+    const BusDevice device("/dev/i2c-3");
+    std::array<std::uint8_t, 4> reply{9, 9, 9, 9};
+    EXPECT_EQ(outputOf([&] { printRefusal(sendControl(device.descriptor(), record, reply)); }),
+              "Status is -1 (Remote I/O error)\n");
+    EXPECT_EQ(reply, (std::array<std::uint8_t, 4>{}));
+}
+
+} // namespace
+
+} // namespace zolt::test
