@@ -15,7 +15,7 @@ namespace {
 class BusDeviceTest : public testing::Test {
 protected:
     BusDeviceTest() { resetBusDevices(); }
-    ~BusDeviceTest() override { EXPECT_EQ(openBusDevices(), 0); }
+    void TearDown() override { EXPECT_EQ(openBusDevices(), 0); }
 };
 
 TEST_F(BusDeviceTest, APathIsCutToFifteenCharacters) {

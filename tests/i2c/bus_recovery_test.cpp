@@ -13,7 +13,7 @@ namespace {
 class BusRecovery : public testing::Test {
 protected:
     BusRecovery() { resetBusDevices(); }
-    ~BusRecovery() override {
+    void TearDown() override {
         EXPECT_EQ(openBusDevices(), 0);
         EXPECT_TRUE(busDevices().answers.empty());
     }

@@ -41,7 +41,7 @@ Bytes record(std::map<std::size_t, std::string> fields) {
 class DynamicNodes : public testing::Test {
 protected:
     DynamicNodes() { resetBusDevices(); }
-    ~DynamicNodes() override {
+    void TearDown() override {
         EXPECT_EQ(openBusDevices(), 0);
         EXPECT_TRUE(busDevices().answers.empty());
     }

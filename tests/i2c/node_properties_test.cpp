@@ -14,7 +14,7 @@ namespace {
 class NodeProperties : public testing::Test {
 protected:
     NodeProperties() { resetBusDevices(); }
-    ~NodeProperties() override {
+    void TearDown() override {
         EXPECT_EQ(openBusDevices(), 0);
         EXPECT_TRUE(busDevices().answers.empty());
     }

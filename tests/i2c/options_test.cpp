@@ -21,7 +21,7 @@ protected:
         resetBusDevices();
         resetPlatform();
     }
-    ~I2cOptions() override {
+    void TearDown() override {
         EXPECT_EQ(openBusDevices(), 0);
         EXPECT_TRUE(busDevices().answers.empty());
     }
@@ -29,6 +29,7 @@ protected:
     static std::string oneShot(std::vector<std::string> words, std::string_view input = "") {
         words.insert(words.begin(), "zolt_test");
         std::vector<char*> argv;
+        argv.reserve(words.size() + 1);
         for (std::string& word : words) {
             argv.push_back(word.data());
         }
