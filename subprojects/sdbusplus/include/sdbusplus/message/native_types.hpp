@@ -1,0 +1,24 @@
+// D-Bus strings that are no plain text, each with a type of its own.
+#pragma once
+
+#include <compare>
+#include <string>
+#include <utility>
+
+namespace sdbusplus::message {
+
+/// The path of an object, signature "o". Ordered by the bytes of its text.
+struct object_path {
+    std::string str;
+
+    object_path() = default;
+    object_path(std::string path) : str(std::move(path)) {}
+    object_path(const char* path) : str(path) {}
+
+    operator const std::string&() const noexcept { return str; }
+
+    friend bool operator==(const object_path&, const object_path&) = default;
+    friend auto operator<=>(const object_path&, const object_path&) = default;
+};
+
+} // namespace sdbusplus::message

@@ -1,0 +1,180 @@
+// Values out of a received message into standard containers.
+//
+// The signature that a C++ type stands for is demanded of the message; what does not fit ends the
+// reading with an SdBusError that names the call of sd-bus and the kind of value. Only a variant is
+// lenient: contents that none of its alternatives can hold are stepped over.
+#pragma once
+
+#include "sdbusplus/exception.hpp"
+#include "sdbusplus/message/types.hpp"
+
+#include <systemd/sd-bus.h>
+
+#include <concepts>
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+namespace sdbusplus::message::details {
+
+using sdbusplus::details::checked;
+
+/// Reads one value of type T at the message's read position.
+template <typename T>
+struct Reader;
+
+template <typename T>
+void readValue(sd_bus_message* message, T& value) {
+    Reader<T>::read(message, value);
+}
+
+template <typename T>
+concept Number = std::is_arithmetic_v<T> && !std::same_as<T, bool>;
+
+template <Number T>
+struct Reader<T> {
+    static void read(sd_bus_message* message, T& value) {
+        checked(sd_bus_message_read_basic(message, types::code<T>, &value),
+                "sd_bus_message_read_basic fundamental");
+    }
+};
+
+template <>
+struct Reader<bool> {
+    static void read(sd_bus_message* message, bool& value) {
+        int number = 0; // sd-bus hands a boolean out as an int
+        checked(sd_bus_message_read_basic(message, SD_BUS_TYPE_BOOLEAN, &number),
+                "sd_bus_message_read_basic bool");
+        value = number != 0;
+    }
+};
+
+/// The text at the read position; it lives as long as the message.
+inline const char* readText(sd_bus_message* message, char code) {
+    const char* text = "";
+    checked(sd_bus_message_read_basic(message, code, static_cast<void*>(&text)),
+            "sd_bus_message_read_basic string");
+    return text;
+}
+
+template <>
+struct Reader<std::string> {
+    static void read(sd_bus_message* message, std::string& value) {
+        value = readText(message, SD_BUS_TYPE_STRING);
+    }
+};
+
+template <>
+struct Reader<object_path> {
+    static void read(sd_bus_message* message, object_path& value) {
+        value.str = readText(message, SD_BUS_TYPE_OBJECT_PATH);
+    }
+};
+
+/// An array read element by element: @p readElement until there is none left.
+template <typename ReadElement>
+void readArray(sd_bus_message* message, const char* element, ReadElement readElement) {
+    checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, element),
+            "sd_bus_message_enter_container array");
+    while (checked(sd_bus_message_at_end(message, 0), "sd_bus_message_at_end array") == 0) {
+        readElement();
+    }
+    checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container array");
+}
+
+template <typename Element, typename Allocator>
+struct Reader<std::vector<Element, Allocator>> {
+    static void read(sd_bus_message* message, std::vector<Element, Allocator>& values) {
+        readArray(message, types::SignatureOf<Element>::value.text, [&] {
+            Element value{};
+            readValue(message, value);
+            values.push_back(std::move(value));
+        });
+    }
+};
+
+// Numbers of a fixed width stand in the message as they stand in memory.
+template <Number Element, typename Allocator>
+struct Reader<std::vector<Element, Allocator>> {
+    static void read(sd_bus_message* message, std::vector<Element, Allocator>& values) {
+        const void* bytes = nullptr;
+        std::size_t size = 0;
+        checked(sd_bus_message_read_array(message, types::code<Element>, &bytes, &size),
+                "sd_bus_message_read_array vector");
+        const auto* first = static_cast<const Element*>(bytes);
+        values.insert(values.end(), first, first + size / sizeof(Element));
+    }
+};
+
+template <typename Key, typename Value, typename Order, typename Allocator>
+struct Reader<std::map<Key, Value, Order, Allocator>> {
+    // Of entries with the same key the first counts.
+    static void read(sd_bus_message* message, std::map<Key, Value, Order, Allocator>& entries) {
+        readArray(message, types::entry<Key, Value>.text, [&] {
+            checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY,
+                                                   types::sequence<Key, Value>.text),
+                    "sd_bus_message_enter_container dict");
+            Key key{};
+            readValue(message, key);
+            const auto [entry, isNew] = entries.try_emplace(std::move(key));
+            if (isNew) {
+                readValue(message, entry->second);
+            } else {
+                Value repeated{};
+                readValue(message, repeated);
+            }
+            checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container dict");
+        });
+    }
+};
+
+template <typename... Members>
+struct Reader<std::tuple<Members...>> {
+    static void read(sd_bus_message* message, std::tuple<Members...>& members) {
+        checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_STRUCT,
+                                               types::sequence<Members...>.text),
+                "sd_bus_message_enter_container tuple");
+        std::apply([message](auto&... member) { (readValue(message, member), ...); }, members);
+        checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container tuple");
+    }
+};
+
+/// The signature of the contents of the variant at the read position; empty when there is none.
+inline std::string_view variantContents(sd_bus_message* message) {
+    char type = 0;
+    const char* contents = nullptr;
+    // One look serves all alternatives: sd_bus_message_verify_type would take the same look at
+    // each.
+    const int found = checked(sd_bus_message_peek_type(message, &type, &contents),
+                              "sd_bus_message_verify_type variant");
+    return found > 0 && type == SD_BUS_TYPE_VARIANT ? contents : "";
+}
+
+template <typename... Alternatives>
+struct Reader<std::variant<Alternatives...>> {
+    // Takes the first alternative that the contents fit; the first one's default when none does.
+    static void read(sd_bus_message* message, std::variant<Alternatives...>& value) {
+        const std::string_view contents = variantContents(message);
+        if (!(readIf<Alternatives>(message, contents, value) || ...)) {
+            checked(sd_bus_message_skip(message, "v"), "sd_bus_message_skip variant");
+            value = std::variant<Alternatives...>{};
+        }
+    }
+
+private:
+    template <typename Alternative>
+    static bool readIf(sd_bus_message* message, std::string_view contents,
+                       std::variant<Alternatives...>& value) {
+        constexpr const auto& signature = types::SignatureOf<Alternative>::value;
+        if (contents != signature.view()) {
+            return false;
+        }
+        checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, signature.text),
+                "sd_bus_message_enter_container variant");
+        readValue(message, value.template emplace<Alternative>());
+        checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container variant");
+        return true;
+    }
+};
+
+} // namespace sdbusplus::message::details

@@ -1,0 +1,36 @@
+#include "sdbusplus/exception.hpp"
+
+#include <cstdlib>
+
+namespace sdbusplus::exception {
+
+namespace {
+
+// sd-bus owns the texts of an error that it made from an errno.
+struct ErrnoError {
+    explicit ErrnoError(int number) { sd_bus_error_set_errno(&error, std::abs(number)); }
+    ErrnoError(const ErrnoError&) = delete;
+    ErrnoError& operator=(const ErrnoError&) = delete;
+    ~ErrnoError() { sd_bus_error_free(&error); }
+
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+};
+
+std::string textOrNothing(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+} // namespace
+
+SdBusError::SdBusError(int error, const char* call) : SdBusError(ErrnoError(error).error, call) {}
+
+SdBusError::SdBusError(const sd_bus_error& error, const char* call)
+    : name_(textOrNothing(error.name)), description_(textOrNothing(error.message)), what_(call) {
+    for (const char* part : {error.name, error.message}) {
+        if (part != nullptr) {
+            what_.append(": ").append(part);
+        }
+    }
+}
+
+} // namespace sdbusplus::exception

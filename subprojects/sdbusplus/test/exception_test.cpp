@@ -1,0 +1,61 @@
+#include "sdbusplus/exception.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace sdbusplus::exception {
+namespace {
+
+struct Expected {
+    std::string name;
+    std::string description;
+    std::string what;
+};
+
+void expect(const SdBusError& error, const Expected& expected) {
+    EXPECT_EQ(error.name(), expected.name);
+    EXPECT_EQ(error.description(), expected.description);
+    EXPECT_EQ(error.what(), expected.what);
+}
+
+TEST(SdBusError, ofAnErrnoHasTheNameAndTextThatSdBusGivesIt) {
+    const Expected expected{
+        "System.Error.ENOTCONN", "Transport endpoint is not connected",
+        "sd_bus_call: System.Error.ENOTCONN: Transport endpoint is not connected"};
+    expect(SdBusError(ENOTCONN, "sd_bus_call"), expected);
+    expect(SdBusError(-ENOTCONN, "sd_bus_call"), expected);
+}
+
+TEST(SdBusError, ofAnErrnoThatDBusHasAnErrorForBearsThatName) {
+    expect(SdBusError(-EINVAL, "sd_bus_message_new_method_call"),
+           {"org.freedesktop.DBus.Error.InvalidArgs", "Invalid argument",
+            "sd_bus_message_new_method_call: org.freedesktop.DBus.Error.InvalidArgs: "
+            "Invalid argument"});
+}
+
+TEST(SdBusError, ofAnErrorBearsItsTexts) {
+    const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST("a.b.Broken", "it broke");
+    expect(SdBusError(error, "sd_bus_call"),
+           {"a.b.Broken", "it broke", "sd_bus_call: a.b.Broken: it broke"});
+}
+
+TEST(SdBusError, leavesOutWhatTheErrorDoesNotHave) {
+    const sd_bus_error nameless = SD_BUS_ERROR_NULL;
+    expect(SdBusError(nameless, "sd_bus_call"), {"", "", "sd_bus_call"});
+    const sd_bus_error textless = SD_BUS_ERROR_MAKE_CONST("a.b.Broken", nullptr);
+    expect(SdBusError(textless, "sd_bus_call"), {"a.b.Broken", "", "sd_bus_call: a.b.Broken"});
+}
+
+TEST(SdBusError, isCaughtAsAnExceptionOfTheLibraryAndOfTheStandard) {
+    EXPECT_THROW(details::checked(-EIO, "call"), exception);
+    EXPECT_THROW(details::checked(-EIO, "call"), std::exception);
+}
+
+TEST(Checked, passesOnWhatIsNoFailure) {
+    EXPECT_EQ(details::checked(0, "call"), 0);
+    EXPECT_EQ(details::checked(7, "call"), 7);
+}
+
+} // namespace
+} // namespace sdbusplus::exception
