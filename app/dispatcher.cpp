@@ -1,6 +1,8 @@
 #include "app/dispatcher.h"
 
 #include "app/menus.h"
+#include "bus/all_devices_path.h"
+#include "bus/zolt_info_properties.h"
 #include "console/input.h"
 #include "console/output.h"
 #include "cpld/control_registers.h"
@@ -59,8 +61,18 @@ constexpr Question deviceType{
     .highestAnswer = anyByte,
 };
 
-Status notBuilt(const OptionArgs&) {
-    return statusNothingToShow;
+// The bus is opened for the options that ask it and for one run alone: a bus that is gone does not
+// touch the others, and one that came back serves the next run. The views judge themselves.
+Status showInfoProperties(const OptionArgs&) {
+    auto bus = sdbusplus::bus::new_default_system();
+    PrintZoltInfoProperties(bus);
+    return statusDone;
+}
+
+Status showCirProperties(const OptionArgs& given) {
+    auto bus = sdbusplus::bus::new_default_system();
+    PrintAllDevicesPath(bus, given.moduleSelector);
+    return statusDone;
 }
 
 constexpr OptionRow rows[] = {
@@ -84,8 +96,8 @@ constexpr OptionRow rows[] = {
      [](const OptionArgs&) { return createDynamicNodes(); }},
     {10, "Delete dynamic device node", nullptr,
      [](const OptionArgs&) { return deleteDeviceNode(); }},
-    {11, "DBUS Zolt Info Properties", nullptr, notBuilt},
-    {12, "DBUS Zolt CIR Properties", &moduleType, notBuilt},
+    {11, "DBUS Zolt Info Properties", nullptr, showInfoProperties},
+    {12, "DBUS Zolt CIR Properties", &moduleType, showCirProperties},
     {13, "Read Node Proprty", nullptr, [](const OptionArgs&) { return readNodeProperty(); }},
     {14, "Update Node Property", nullptr,
      [](const OptionArgs&) { return promptUpdateNodeProperty(); }},

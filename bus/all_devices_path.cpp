@@ -1,0 +1,52 @@
+#include "bus/all_devices_path.h"
+
+#include "bus/all_properties.h"
+#include "bus/service_client.h"
+#include "console/output.h"
+
+#include <iterator>
+#include <string>
+#include <string_view>
+
+namespace zolt {
+
+namespace {
+
+// Last element of each module type's path, from type 1 on.
+constexpr std::string_view suffixes[] = {"bp",    "puck",     "rfc",         "riser",
+                                         "ftulm", "karnRaid", "karnNonRaid", "rida",
+                                         "flop",  "bi",       "battery"};
+
+// Not even the prefix is there for a type that does not exist.
+std::string managerPath(std::uint8_t moduleType) {
+    if (moduleType == 0 || moduleType > std::size(suffixes)) {
+        return {};
+    }
+    return std::string("/com/tesk/bmc/zolt/").append(suffixes[moduleType - 1U]);
+}
+
+void writeLine(std::string_view text) {
+    print("%s\n", text);
+    flush();
+}
+
+} // namespace
+
+void PrintAllDevicesPath(sdbusplus::bus_t& bus, std::uint8_t moduleType) {
+    ManagedObjects objects;
+    if (!getManagedObjects(bus, zoltService, managerPath(moduleType), objects)) {
+        writeLine("PrintAllDevicesPath: GetManagedObjects() failed to get GetManagedObjects !.");
+        return;
+    }
+    if (objects.empty()) {
+        writeLine("No DBUS objects of this module type are present");
+        return;
+    }
+    const auto moduleClass = static_cast<std::uint8_t>(moduleType - 1);
+    for (const auto& [path, interfaces] : objects) {
+        writeLine(path.str);
+        PrintAllProperties(bus, moduleClass, path.str);
+    }
+}
+
+} // namespace zolt

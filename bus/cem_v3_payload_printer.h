@@ -1,0 +1,17 @@
+// Printer of CEM v3 payloads: risers, storage carriers, batteries and all others that have no
+// printer of their own.
+#pragma once
+
+#include "bus/payload_printer.h"
+
+namespace zolt {
+
+/// Prints the properties of the interface "com.tesk.bmc.zolt.cemCIR": 31 lines, the first endpoint
+/// decoded, three more as bytes.
+class CEMV3PayloadPrinter final : public PayloadPrinter {
+public:
+    using PayloadPrinter::PayloadPrinter;
+    void print() override;
+};
+
+} // namespace zolt

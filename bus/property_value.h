@@ -1,0 +1,41 @@
+// The typed forms of what the service answers.
+//
+// A variant of a reply is read into the first alternative that its signature equals; one that fits
+// none becomes the first alternative's default. The printers rely on the order of PropertyValue.
+#pragma once
+
+#include <sdbusplus/message/native_types.hpp>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <tuple>
+#include <variant>
+#include <vector>
+
+namespace zolt {
+
+/// An endpoint's six bytes in the order of the bus, signature "(yyyyyy)".
+using EndpointDescriptor =
+    std::tuple<std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t>;
+
+/// The value of one property: "(yyyyyy)", "q", "y" or "b".
+using PropertyValue = std::variant<EndpointDescriptor, std::uint16_t, std::uint8_t, bool>;
+
+/// The properties of one interface by name, the reply of Properties.GetAll.
+using PropertyMap = std::map<std::string, PropertyValue>;
+
+/// The value of one property in a reply of GetManagedObjects: every basic type but the handles, and
+/// arrays of them.
+using ManagedObjectValue =
+    std::variant<std::string, std::int64_t, std::uint64_t, double, std::int32_t, std::uint32_t,
+                 std::int16_t, std::uint16_t, std::uint8_t, bool, std::vector<std::string>,
+                 std::vector<std::int64_t>, std::vector<std::uint64_t>, std::vector<double>,
+                 std::vector<std::int32_t>, std::vector<std::uint32_t>, std::vector<std::int16_t>,
+                 std::vector<std::uint16_t>, std::vector<std::uint8_t>, std::vector<bool>>;
+
+/// Objects by path, with their interfaces and properties by name: the reply of GetManagedObjects.
+using ManagedObjects = std::map<sdbusplus::message::object_path,
+                                std::map<std::string, std::map<std::string, ManagedObjectValue>>>;
+
+} // namespace zolt
