@@ -12,7 +12,6 @@
 
 #include <concepts>
 #include <cstddef>
-#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -102,11 +101,8 @@ struct Reader<std::vector<Element, Allocator>> {
         std::size_t size = 0;
         checked(sd_bus_message_read_array(message, types::code<Element>, &bytes, &size),
                 "sd_bus_message_read_array vector");
-        if (size > 0) {
-            const std::size_t before = values.size();
-            values.resize(before + size / sizeof(Element));
-            std::memcpy(values.data() + before, bytes, size);
-        }
+        const auto* first = static_cast<const Element*>(bytes);
+        values.insert(values.end(), first, first + size / sizeof(Element));
     }
 };
 
