@@ -1,0 +1,147 @@
+#include "standin/service/bus_daemon.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace standin {
+
+namespace {
+
+// In an address all but these stand as a percent sign and two digits, which suits XML as well.
+std::string escaped(const std::string& path) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view plain =
+        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-_/.";
+    std::string text;
+    for (const char c : path) {
+        if (plain.contains(c)) {
+            text += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            text.append({'%', digits[byte >> 4], digits[byte & 0xF]});
+        }
+    }
+    return text;
+}
+
+// Everybody may do everything, but for what `policy` takes back; messages may be as large as an
+// object tree of any size.
+std::string configuration(const std::string& address, std::string_view policy) {
+    return std::string("<busconfig>\n <listen>")
+        .append(address)
+        .append("</listen>\n"
+                " <auth>EXTERNAL</auth>\n"
+                " <policy context=\"default\">\n"
+                "  <allow user=\"*\"/>\n"
+                "  <allow own=\"*\"/>\n"
+                "  <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
+                "  <allow eavesdrop=\"true\"/>\n")
+        .append(policy)
+        .append(" </policy>\n"
+                " <limit name=\"max_incoming_bytes\">1000000000</limit>\n"
+                " <limit name=\"max_outgoing_bytes\">1000000000</limit>\n"
+                " <limit name=\"max_message_size\">1000000000</limit>\n"
+                "</busconfig>\n");
+}
+
+void writeFile(const std::filesystem::path& path, const std::string& text) {
+    std::ofstream file(path);
+    if (!(file << text << std::flush)) {
+        throw std::runtime_error("cannot write " + path.string());
+    }
+}
+
+// Why a daemon did not start, in its own words.
+std::string complaint(const std::filesystem::path& log) {
+    std::ifstream file(log);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return "dbus-daemon does not start" + (text.empty() ? "; is it installed?" : ": " + text);
+}
+
+// Runs in the child: nothing but calls that are safe there.
+[[noreturn]] void become(const char* configurationFile, const char* log, int addressPipe,
+                         pid_t parent) {
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    setpgid(0, 0);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The address goes to standard output. What it says of itself is of interest only when it does
+    // not start; no stream of the caller's is held open.
+    const int input = open("/dev/null", O_RDONLY);
+    const int errors = open(log, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (getppid() == parent && dup2(input, STDIN_FILENO) >= 0 &&
+        dup2(addressPipe, STDOUT_FILENO) >= 0 && dup2(errors, STDERR_FILENO) >= 0) {
+        execlp("dbus-daemon", "dbus-daemon", configurationFile, "--nofork", "--nopidfile",
+               "--nosyslog", "--print-address=1", nullptr);
+    }
+    _exit(127);
+}
+
+// Whether a line comes before the other end closes.
+bool lineComes(int descriptor) {
+    std::array<char, 256> piece;
+    while (true) {
+        const ssize_t count = read(descriptor, piece.data(), piece.size());
+        if (count > 0 && piece[static_cast<std::size_t>(count) - 1] == '\n') {
+            return true;
+        }
+        if (count == 0 || (count < 0 && errno != EINTR)) {
+            return false;
+        }
+    }
+}
+
+} // namespace
+
+BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view policy)
+    : address_("unix:path=" + escaped((directory / "bus").string())) {
+    const std::filesystem::path file = directory / "bus.conf";
+    writeFile(file, configuration(address_, policy));
+    const std::filesystem::path log = directory / "bus.log";
+    const std::string option = "--config-file=" + file.string();
+
+    std::array<int, 2> pipe{};
+    if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    }
+    const pid_t parent = getpid();
+    process_ = fork();
+    if (process_ == 0) {
+        become(option.c_str(), log.c_str(), pipe[1], parent);
+    }
+    const int failure = errno;
+    close(pipe[1]);
+    // It prints its address when it listens. The one that we gave it serves longer: a daemon that
+    // is started anew in its place has it too.
+    const bool listens = process_ > 0 && lineComes(pipe[0]);
+    close(pipe[0]);
+    if (process_ < 0) {
+        throw std::system_error(failure, std::generic_category(), "fork");
+    }
+    if (!listens) {
+        stop();
+        throw std::runtime_error(complaint(log));
+    }
+}
+
+void BusDaemon::stop() {
+    if (process_ > 0) {
+        // It has nothing to put in order: what it wrote lies in the caller's directory.
+        kill(process_, SIGKILL);
+        while (waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
+        }
+        process_ = -1;
+    }
+}
+
+} // namespace standin

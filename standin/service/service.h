@@ -1,0 +1,85 @@
+// The `zolt` service: what the model publishes, on a bus.
+//
+// The properties of an object may be of any type, and even of a type that their names do not let
+// expect. The service therefore answers the standard interfaces itself.
+#pragma once
+
+#include "standin/service/model.h"
+#include "standin/service/object_tree.h"
+
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace standin {
+
+struct UnrefMessage {
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+
+class Service {
+public:
+    /// Connects and takes the model's name. From then on the loop answers calls.
+    /// @param address of the bus, as its daemon prints it
+    /// @throws std::system_error when the bus cannot be reached or refuses the name
+    Service(sd_event* loop, const std::string& address, ServiceModel model);
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+
+    /// Leaves the bus; whoever waits for an answer is told so by the bus.
+    ~Service() = default;
+
+private:
+    struct Close {
+        void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
+    };
+    struct UnrefTimer {
+        void operator()(sd_event_source* timer) const { sd_event_source_disable_unref(timer); }
+    };
+
+    using Message = std::unique_ptr<sd_bus_message, UnrefMessage>;
+
+    // A call whose answer an order holds back.
+    struct Delayed {
+        Service* service;
+        Message call;
+        const ServiceOrder* order;
+        std::unique_ptr<sd_event_source, UnrefTimer> timer;
+        std::list<Delayed>::iterator self;
+    };
+
+    struct Method {
+        const char* interface;
+        const char* member;
+        int (Service::*answer)(sd_bus_message* call);
+    };
+
+    static const Method methods[];
+    static const Method* methodOf(sd_bus_message* call);
+    static int onCall(sd_bus_message* call, void* service, sd_bus_error* error);
+    static int onDelayOver(sd_event_source* timer, std::uint64_t now, void* delayed);
+
+    const ServiceOrder* orderFor(sd_bus_message* call);
+    int delay(sd_bus_message* call, const ServiceOrder& order);
+    int obey(sd_bus_message* call, const ServiceOrder& order);
+    int leave();
+    int replyWith(sd_bus_message* call, const ServiceOrder& order);
+    int answer(sd_bus_message* call);
+
+    int get(sd_bus_message* call);
+    int getAll(sd_bus_message* call);
+    int getManagedObjects(sd_bus_message* call);
+    int introspect(sd_bus_message* call);
+
+    const ServiceModel model_;
+    const ObjectTree tree_;
+    std::map<const ServiceOrder*, int> fitted_; // calls that each order fitted so far
+    std::unique_ptr<sd_bus, Close> bus_;
+    std::list<Delayed> delayed_;
+};
+
+} // namespace standin

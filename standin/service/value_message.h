@@ -1,0 +1,20 @@
+// Values of a board description into messages of the bus.
+#pragma once
+
+#include "standin/service/model.h"
+
+#include <systemd/sd-bus.h>
+
+#include <string_view>
+
+namespace standin {
+
+/// Whether @p signature is one complete type and @p value can travel as it: numbers within the
+/// type's range, lists of the right shape and length, paths that are paths.
+[[nodiscard]] bool valueFits(std::string_view signature, const Value& value);
+
+/// Appends @p value as the type @p signature.
+/// @return negative errno: -EINVAL for a value that does not fit, or sd-bus's own
+int appendValue(sd_bus_message* message, std::string_view signature, const Value& value);
+
+} // namespace standin
