@@ -1,0 +1,211 @@
+#include "bus/zolt_info_properties.h"
+
+#include "tests/bus/bus_test.h"
+
+#include <gtest/gtest.h>
+
+namespace zolt {
+namespace {
+
+using namespace test;
+using standin::Property;
+using standin::ServiceOrder;
+using Action = ServiceOrder::Action;
+
+constexpr const char* infoPath = "/com/tesk/bmc/zolt/info";
+constexpr const char* infoInterface = "com.tesk.bmc.zolt.pcardInfo";
+
+standin::ServiceModel publishing(std::vector<Property> properties,
+                                 std::vector<ServiceOrder> orders = {}) {
+    return {.managers = {},
+            .interfaces = {{infoPath, infoInterface, std::move(properties)}},
+            .orders = std::move(orders)};
+}
+
+std::string printed() {
+    return viewed(PrintZoltInfoProperties);
+}
+
+std::string printedOf(std::vector<Property> properties, std::vector<ServiceOrder> orders = {}) {
+    SystemBus bus;
+    bus.publish(publishing(std::move(properties), std::move(orders)));
+    return printed();
+}
+
+TEST(PrintZoltInfoProperties, printsThePropertiesInTheOrderOfTheirNames) {
+    EXPECT_EQ(printedOf({{"presentCards", "q", 12},
+                         {"SlotMappingComplete", "b", false},
+                         {"CardCount", "q", 65535},
+                         {"FRUreadComplete", "b", true}}),
+              "PrintZoltInfoProperties: \n"
+              "Property Name  = CardCount\n"
+              "Property Value = 65535\n"
+              "Property Name  = FRUreadComplete\n"
+              "Property Value = 1\n"
+              "Property Name  = SlotMappingComplete\n"
+              "Property Value = 0\n"
+              "Property Name  = presentCards\n"
+              "Property Value = 12\n"
+              "\n");
+}
+
+TEST(PrintZoltInfoProperties, interfaceWithoutPropertiesHasItsHeadingAlone) {
+    EXPECT_EQ(printedOf({}), "PrintZoltInfoProperties: \n\n");
+}
+
+TEST(PrintZoltInfoProperties, flagOfAnotherTypeEndsTheListing) {
+    EXPECT_EQ(printedOf({{"CardCount", "q", 3}, {"FRUreadComplete", "q", 1}, {"Later", "q", 4}}),
+              "PrintZoltInfoProperties: \n"
+              "Property Name  = CardCount\n"
+              "Property Value = 3\n"
+              "Property Name  = FRUreadComplete\n"
+              "Property Value = PrintZoltInfoProperties: catch error: "
+              "std::get: wrong index for variant\n"
+              "\n");
+}
+
+// Only a 16-bit number will do, not even a byte or an endpoint's six.
+TEST(PrintZoltInfoProperties, numberOfAnotherTypeEndsTheListing) {
+    const std::vector<std::pair<std::string, standin::Value>> others{
+        {"b", true},
+        {"y", 1},
+        {"u", 1},
+        {"s", "text"},
+        {"(yyyyyy)", standin::Value::List{1, 2, 3, 4, 5, 6}},
+        {"a{sv}", standin::Value::List{}}};
+    for (const auto& [signature, value] : others) {
+        EXPECT_EQ(printedOf({{"CardCount", signature, value}, {"Later", "q", 4}}),
+                  "PrintZoltInfoProperties: \n"
+                  "Property Name  = CardCount\n"
+                  "Property Value = PrintZoltInfoProperties: catch error: "
+                  "std::get: wrong index for variant\n"
+                  "\n")
+            << signature;
+    }
+}
+
+TEST(PrintZoltInfoProperties, onlyTheExactNamesAreFlags) {
+    EXPECT_EQ(printedOf({{"FRUreadCompleted", "q", 7},
+                         {"FRUreadcomplete", "q", 8},
+                         {"SlotMappingComplet", "q", 9},
+                         {"SlotMappingComplete", "b", true}}),
+              "PrintZoltInfoProperties: \n"
+              "Property Name  = FRUreadCompleted\n"
+              "Property Value = 7\n"
+              "Property Name  = FRUreadcomplete\n"
+              "Property Value = 8\n"
+              "Property Name  = SlotMappingComplet\n"
+              "Property Value = 9\n"
+              "Property Name  = SlotMappingComplete\n"
+              "Property Value = 1\n"
+              "\n");
+}
+
+TEST(PrintZoltInfoProperties, valueThatFitsNoTypeDoesNotHinderThoseBefore) {
+    EXPECT_EQ(printedOf({{"Zebra", "as", standin::Value::List{"a", "b"}}, {"Apple", "q", 1}}),
+              "PrintZoltInfoProperties: \n"
+              "Property Name  = Apple\n"
+              "Property Value = 1\n"
+              "Property Name  = Zebra\n"
+              "Property Value = PrintZoltInfoProperties: catch error: "
+              "std::get: wrong index for variant\n"
+              "\n");
+}
+
+std::string caught(const std::string& error) {
+    return "PrintZoltInfoProperties: catch error: " + error + "\n\n";
+}
+
+TEST(PrintZoltInfoProperties, busCannotBeReached) {
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
+    EXPECT_EQ(printed(), caught("sd_bus_message_new_method_call: System.Error.ENOTCONN: "
+                                "Transport endpoint is not connected"));
+    unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+}
+
+TEST(PrintZoltInfoProperties, serviceIsAbsent) {
+    const SystemBus bus;
+    EXPECT_EQ(printed(), caught("sd_bus_call: org.freedesktop.DBus.Error.ServiceUnknown: The name "
+                                "com.tesk.bmc.zolt was not provided by any .service files"));
+}
+
+TEST(PrintZoltInfoProperties, objectIsUnknown) {
+    SystemBus bus;
+    bus.publish({.managers = {}, .interfaces = {}, .orders = {}});
+    EXPECT_EQ(printed(), caught("sd_bus_call: org.freedesktop.DBus.Error.UnknownObject: "
+                                "Unknown object '/com/tesk/bmc/zolt/info'."));
+}
+
+TEST(PrintZoltInfoProperties, interfaceIsUnknown) {
+    SystemBus bus;
+    bus.publish(
+        {.managers = {}, .interfaces = {{infoPath, "com.tesk.bmc.zolt.other", {}}}, .orders = {}});
+    EXPECT_EQ(printed(), caught("sd_bus_call: org.freedesktop.DBus.Error.UnknownInterface: "
+                                "Unknown interface 'com.tesk.bmc.zolt.pcardInfo'."));
+}
+
+TEST(PrintZoltInfoProperties, serviceRefusesAccess) {
+    EXPECT_EQ(printedOf({}, {{.interface = infoInterface,
+                              .action = Action::error,
+                              .name = "org.freedesktop.DBus.Error.AccessDenied",
+                              .text = "not for you"}}),
+              caught("sd_bus_call: org.freedesktop.DBus.Error.AccessDenied: not for you"));
+}
+
+TEST(PrintZoltInfoProperties, busRefusesAccess) {
+    SystemBus bus("<deny send_destination=\"com.tesk.bmc.zolt\" "
+                  "send_interface=\"org.freedesktop.DBus.Properties\"/>");
+    bus.publish(publishing({}));
+    // How many rules matched and who the two peers are is the daemon's to tell, in between.
+    std::string output = printed();
+    for (const std::string text :
+         {"PrintZoltInfoProperties: catch error: sd_bus_call: "
+          "org.freedesktop.DBus.Error.AccessDenied: Rejected send message, ",
+          " matched rules; type=\"method_call\", sender=\"",
+          " interface=\"org.freedesktop.DBus.Properties\" member=\"GetAll\" "
+          "error name=\"(unset)\" requested_reply=\"0\" destination=\"com.tesk.bmc.zolt\" (uid="}) {
+        const std::size_t at = output.find(text);
+        ASSERT_NE(at, std::string::npos) << text << "\nis not in\n" << output;
+        output.erase(0, at + text.size());
+    }
+    EXPECT_EQ(output.find('\n'), output.size() - 2) << output;
+    EXPECT_TRUE(output.ends_with("\n\n")) << output;
+}
+
+TEST(PrintZoltInfoProperties, answerDoesNotComeInTime) {
+    SystemBus bus;
+    bus.publish(publishing({}, {{.delay = std::chrono::seconds(60)}}));
+    setenv("SYSTEMD_BUS_TIMEOUT", "50ms", 1);
+    EXPECT_EQ(printed(),
+              caught("sd_bus_call: org.freedesktop.DBus.Error.Timeout: Connection timed out"));
+    unsetenv("SYSTEMD_BUS_TIMEOUT");
+}
+
+TEST(PrintZoltInfoProperties, answerThatComesLateEnoughIsTaken) {
+    EXPECT_EQ(printedOf({{"CardCount", "q", 1}}, {{.delay = std::chrono::milliseconds(50)}}),
+              "PrintZoltInfoProperties: \n"
+              "Property Name  = CardCount\n"
+              "Property Value = 1\n"
+              "\n");
+}
+
+TEST(PrintZoltInfoProperties, replyOfAnotherSignature) {
+    const std::string mismatch = caught("sd_bus_message_enter_container array: System.Error.ENXIO: "
+                                        "No such device or address");
+    EXPECT_EQ(printedOf({}, {{.action = Action::reply, .signature = "s", .value = "text"}}),
+              mismatch);
+    EXPECT_EQ(
+        printedOf(
+            {}, {{.action = Action::reply, .signature = "a{ss}", .value = standin::Value::List{}}}),
+        mismatch);
+    EXPECT_EQ(printedOf({}, {{.action = Action::reply}}), mismatch);
+}
+
+TEST(PrintZoltInfoProperties, serviceLeavesInsteadOfAnswering) {
+    EXPECT_EQ(printedOf({}, {{.action = Action::leave}}),
+              caught("sd_bus_call: org.freedesktop.DBus.Error.NoReply: "
+                     "Message recipient disconnected from message bus without replying"));
+}
+
+} // namespace
+} // namespace zolt

@@ -1,0 +1,116 @@
+#include "standin/service/bus_daemon.h"
+
+#include "tests/support/private_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <systemd/sd-bus.h>
+
+namespace standin {
+namespace {
+
+using zolt::test::PrivateDirectory;
+
+// 0 when a client gets a name on the bus, a negative errno otherwise.
+int connect(const std::string& address) {
+    sd_bus* bus = nullptr;
+    (void)sd_bus_new(&bus);
+    (void)sd_bus_set_address(bus, address.c_str());
+    (void)sd_bus_set_bus_client(bus, 1);
+    int result = sd_bus_start(bus);
+    if (result >= 0) {
+        const char* name = nullptr;
+        result = sd_bus_get_unique_name(bus, &name);
+    }
+    sd_bus_flush_close_unref(bus);
+    return result < 0 ? result : 0;
+}
+
+pid_t processOf(const std::filesystem::path& directory) {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream file(entry.path() / "cmdline");
+        std::string line;
+        std::getline(file, line);
+        if (line.starts_with("dbus-daemon") && line.contains(directory.string())) {
+            return std::stoi(entry.path().filename().string());
+        }
+    }
+    return 0;
+}
+
+TEST(BusDaemon, takesConnectionsAsSoonAsItIsThere) {
+    const PrivateDirectory directory;
+    const BusDaemon daemon(directory.path());
+    EXPECT_EQ(daemon.address(), "unix:path=" + (directory.path() / "bus").string());
+    EXPECT_EQ(connect(daemon.address()), 0);
+}
+
+TEST(BusDaemon, sitsInAProcessGroupOfItsOwn) {
+    const PrivateDirectory directory;
+    const BusDaemon daemon(directory.path());
+    const pid_t process = processOf(directory.path());
+    ASSERT_GT(process, 0);
+    EXPECT_EQ(getpgid(process), process);
+}
+
+TEST(BusDaemon, isGoneAfterItsEnd) {
+    const PrivateDirectory directory;
+    BusDaemon daemon(directory.path());
+    const pid_t process = processOf(directory.path());
+    daemon.stop();
+    EXPECT_EQ(kill(process, 0), -1);
+    EXPECT_EQ(connect(daemon.address()), -ECONNREFUSED);
+    daemon.stop(); // and a second time
+}
+
+TEST(BusDaemon, canBeStartedAgainInItsPlace) {
+    const PrivateDirectory directory;
+    BusDaemon first(directory.path());
+    first.stop();
+    const BusDaemon second(directory.path());
+    EXPECT_EQ(second.address(), first.address());
+    EXPECT_EQ(connect(first.address()), 0);
+}
+
+TEST(BusDaemon, directoryMayHaveAnyName) {
+    const PrivateDirectory directory("a b%;<&,=\xC3\xA9");
+    const BusDaemon daemon(directory.path());
+    EXPECT_TRUE(daemon.address().ends_with("a%20b%25%3b%3c%26%2c%3d%c3%a9/bus"));
+    EXPECT_EQ(connect(daemon.address()), 0);
+}
+
+TEST(BusDaemon, complainsInTheDaemonsWords) {
+    const PrivateDirectory directory;
+    try {
+        const BusDaemon daemon(directory.path(), "<nonsense/>");
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        const std::string text = error.what();
+        EXPECT_TRUE(text.starts_with("dbus-daemon does not start: ")) << text;
+        EXPECT_TRUE(text.contains("<nonsense>")) << text;
+    }
+}
+
+TEST(BusDaemon, complainsWhenThereIsNoDaemon) {
+    const PrivateDirectory directory;
+    const std::string path = getenv("PATH");
+    setenv("PATH", "/nonexistent", 1);
+    try {
+        const BusDaemon daemon(directory.path());
+        ADD_FAILURE();
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "dbus-daemon does not start; is it installed?");
+    }
+    setenv("PATH", path.c_str(), 1);
+}
+
+TEST(BusDaemon, complainsOfADirectoryThatIsNone) {
+    EXPECT_THROW(BusDaemon("/nonexistent"), std::runtime_error);
+}
+
+} // namespace
+} // namespace standin
