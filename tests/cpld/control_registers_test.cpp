@@ -162,7 +162,7 @@ void fillRaw() {
 
 std::string shown(int moduleSelector) {
     Status status = -1;
-    const std::string output =
+    std::string output =
         outputOf([&] { status = showControlRegisters(static_cast<std::uint8_t>(moduleSelector)); });
     EXPECT_EQ(status, statusDone);
     return output;

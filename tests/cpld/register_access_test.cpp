@@ -100,6 +100,16 @@ TEST_F(RegisterAccess, namedReadKeepsWhatIsInTheValue) {
     EXPECT_NE(readRegister("unknown", value_), 0);
 }
 
+TEST_F(RegisterAccess, anAreaComesWithItsSize) {
+    platform().named["AREA"] = {1, 2, 3};
+    std::uint32_t size = 99;
+    EXPECT_EQ(readArea("AREA", value_, size), 0);
+    EXPECT_EQ(value_, (Bytes{1, 2, 3}));
+    EXPECT_EQ(size, 3U);
+    EXPECT_NE(readArea("unknown", value_, size), 0);
+    EXPECT_EQ(size, 0U);
+}
+
 TEST(RegisterValue, hasNoValueWithTooFewBytes) {
     EXPECT_EQ(byteOf({}), std::nullopt);
     EXPECT_EQ(byteOf({7, 8}), 7);

@@ -1,10 +1,10 @@
-// Both displays of the riser slot mapping blob, for any bytes that were fetched.
+// The readable display of the riser slot mapping blob, for any bytes that were fetched. Dumping all
+// of them takes no decision that could be explored.
 #include "payload/riser_slot_map.h"
 #include "tests/fuzz/target.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::uint8_t> blob(data, data + size);
-    zolt::printRiserSlotMap(blob, static_cast<std::uint32_t>(size), 1);
     zolt::printRiserSlotMap(blob, static_cast<std::uint32_t>(size), 2);
     return 0;
 }
