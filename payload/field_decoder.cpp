@@ -57,10 +57,9 @@ std::uint8_t FieldDecoder::byte(std::size_t offset) {
 }
 
 std::uint16_t FieldDecoder::value(const Bits& bits, std::size_t start) {
-    unsigned value = (byte(start + bits.offset) >> bits.shift) & bits.mask;
-    if (bits.upperMask != 0) {
-        value |= static_cast<unsigned>(byte(start + bits.upperOffset) & bits.upperMask) << 8;
-    }
+    const unsigned low = byte(start + bits.offset);
+    const unsigned upper = bits.upperMask == 0 ? 0 : byte(start + bits.upperOffset);
+    const unsigned value = ((low >> bits.shift) & bits.mask) | (upper & bits.upperMask) << 8;
     return ended_ ? 0 : static_cast<std::uint16_t>(value);
 }
 
