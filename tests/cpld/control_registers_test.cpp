@@ -126,7 +126,7 @@ unsigned rawValueOf(const Line& line, int instance) {
     if (line.high == 15) {
         return contentOf(address) + 0x100U * contentOf(address + 1);
     }
-    return (contentOf(address) >> line.low) % (1U << (line.high - line.low + 1));
+    return (unsigned{contentOf(address)} >> line.low) % (1U << (line.high - line.low + 1));
 }
 
 // Named reads deliver something else, to be told from raw ones.
