@@ -30,7 +30,10 @@ struct Slot {
     std::uint8_t moduleClassIndex = 0;
     std::uint16_t payloadOffset = 0; ///< from the payload block's first payload byte on
     std::array<std::uint8_t, 8> dslIds{};
-    Bytes payload{}; ///< CIR payload, at payloadOffset
+    Bytes payload{};          ///< CIR payload, at payloadOffset
+    Bytes oemArea{};          ///< right behind the payload
+    std::string moduleType{}; ///< kind of module as the service sorts them; empty: not published
+    std::string objectName{}; ///< last element of the module's object path
 };
 
 /// An object of the HAL's configuration.
@@ -39,9 +42,18 @@ struct HalObject {
     std::int32_t unregisterStatus = 0; ///< what taking it back returns
 };
 
+/// A register of one instance of a module class, beyond the slots.
+struct ControlRegister {
+    std::string name; ///< as the HAL knows it
+    Bytes value;      ///< what a named read delivers
+};
+
 struct Board {
     std::string name;
     std::vector<Slot> slots;
+    std::vector<ControlRegister> controlRegisters;
+    std::map<std::uint16_t, std::uint8_t> controlBytes; ///< the same registers, raw
+    Bytes riserMap = Bytes(1024);                       ///< riser slot mapping blob
     std::map<std::string, HalObject> halObjects;
     std::map<std::string, Bytes> namedOverrides;        ///< bytes of a named read
     std::map<std::uint16_t, std::uint8_t> rawOverrides; ///< registers by raw address

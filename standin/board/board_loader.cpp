@@ -1,7 +1,10 @@
 #include "standin/board/board_loader.h"
 
+#include "standin/board/control_registers.h"
 #include "standin/board/cpld_map.h"
+#include "standin/board/module.h"
 #include "standin/board/number.h"
+#include "standin/board/riser_map.h"
 
 #include <algorithm>
 #include <array>
@@ -30,25 +33,41 @@ void readDslIds(TomlTable& table, Slot& slot) {
     std::ranges::copy(ids, slot.dslIds.begin());
 }
 
-// Payloads without an offset of their own lie one behind the other, in the order of the file.
-void readPayload(TomlTable& table, Slot& slot, std::uint32_t& nextOffset) {
+// A slot's payload and OEM area: the module's, or bytes as they stand.
+void readModuleBytes(TomlTable& table, Slot& slot) {
     slot.payload = table.bytes("payload").value_or(Bytes{});
-    const auto offset = table.integer("payload_offset", 0, highestWord);
+    slot.oemArea = table.bytes("oem_area").value_or(Bytes{});
+    if (auto module = table.table("module")) {
+        if (!slot.payload.empty() || !slot.oemArea.empty()) {
+            module->place().refuse("slot: has a module, and bytes in its place");
+        }
+        ModuleBytes bytes = readModule(*module);
+        slot.payload = std::move(bytes.payload);
+        slot.oemArea = std::move(bytes.oemArea);
+        slot.moduleType = module->text("type").value_or("");
+        slot.objectName = module->text("object").value_or("");
+        module->finish();
+    }
     if (slot.payload.size() > longestPayload) {
         table.place("payload").refuse("slot: 'payload' has " + std::to_string(slot.payload.size()) +
                                       " bytes, at most " + std::to_string(longestPayload) + " fit");
     }
-    const auto start = offset                 ? static_cast<std::uint32_t>(*offset)
-                       : slot.payload.empty() ? 0
-                                              : nextOffset;
-    if (!slot.payload.empty() && start + slot.payload.size() > payloadRoom) {
+}
+
+// Payloads without an offset of their own lie one behind the other, in the order of the file, with
+// a byte between them: what follows a payload is the length of its OEM area.
+void placePayload(TomlTable& table, Slot& slot, std::uint32_t& nextOffset) {
+    const auto offset = table.integer("payload_offset", 0, highestWord);
+    const auto size = static_cast<std::uint32_t>(slot.payload.size() + slot.oemArea.size());
+    const auto start = offset ? static_cast<std::uint32_t>(*offset) : size == 0 ? 0 : nextOffset;
+    if (size != 0 && start + size > payloadRoom) {
         table.place("payload").refuse("slot: 'payload' at offset " + std::to_string(start) +
                                       " runs past the payload block's " +
                                       std::to_string(payloadRoom) + " bytes");
     }
     slot.payloadOffset = static_cast<std::uint16_t>(start);
-    if (!slot.payload.empty()) {
-        nextOffset = std::max(nextOffset, start + static_cast<std::uint32_t>(slot.payload.size()));
+    if (size != 0) {
+        nextOffset = std::max(nextOffset, start + size + 1);
     }
 }
 
@@ -69,12 +88,23 @@ void readSlots(TomlTable& root, Board& board) {
         slot.dpen = table.boolean("dpen").value_or(false);
         slot.apen = table.boolean("apen").value_or(false);
         slot.astat = table.boolean("astat").value_or(false);
-        slot.moduleClass = byteOr0(table, "module_class");
         slot.moduleClassIndex = byteOr0(table, "module_class_index");
         readDslIds(table, slot);
-        readPayload(table, slot, nextOffset);
+        readModuleBytes(table, slot);
+        // A module's class is what its payload says, unless the register lies.
+        slot.moduleClass =
+            static_cast<std::uint8_t>(table.integer("module_class", 0, highestByte)
+                                          .value_or(slot.payload.size() > 1 ? slot.payload[1] : 0));
+        placePayload(table, slot, nextOffset);
         board.slots.push_back(std::move(slot));
     });
+}
+
+void readRiserMapTable(TomlTable& root, Board& board) {
+    if (auto table = root.table("riser_map")) {
+        board.riserMap = readRiserMap(*table);
+        table->finish();
+    }
 }
 
 void readHalObjects(TomlTable& root, Board& board) {
@@ -141,10 +171,7 @@ void readFaults(TomlTable& root, Board& board) {
 
 // One row for each part of a description; a part refuses what it does not know.
 constexpr void (*parts[])(TomlTable& root, Board& board) = {
-    readSlots,
-    readHalObjects,
-    readOverrides,
-    readFaults,
+    readSlots, readControlRegisters, readRiserMapTable, readHalObjects, readOverrides, readFaults,
 };
 
 } // namespace

@@ -45,7 +45,17 @@ void placeSlot(const Slot& slot, CpldContents& contents) {
     const auto block = encodeBlock(slot);
     std::ranges::copy(block, contents.raw.begin() + slotBlockStart + slotBlockSize * (slot.id - 1));
     place(slot.payload, payloadBlockStart + payloadIndexOfOffset0 + slot.payloadOffset, contents);
+    place(slot.oemArea,
+          static_cast<std::uint32_t>(payloadBlockStart + payloadIndexOfOffset0 +
+                                     slot.payloadOffset + slot.payload.size()),
+          contents);
     nameFields(slot, contents);
+}
+
+void placeRiserMap(const Bytes& blob, CpldContents& contents) {
+    contents.named[std::string(riserMapName)] = blob;
+    const auto room = std::min<std::size_t>(blob.size(), riserMapSize);
+    std::copy_n(blob.begin(), room, contents.raw.begin() + riserMapStart);
 }
 
 } // namespace
@@ -58,6 +68,13 @@ CpldContents deriveCpldContents(const Board& board) {
     for (const Slot& slot : board.slots) {
         placeSlot(slot, contents);
     }
+    for (const ControlRegister& control : board.controlRegisters) {
+        contents.named[control.name] = control.value;
+    }
+    for (const auto& [address, byte] : board.controlBytes) {
+        contents.raw[address] = byte;
+    }
+    placeRiserMap(board.riserMap, contents);
     for (const auto& [name, bytes] : board.namedOverrides) {
         contents.named[name] = bytes;
     }

@@ -23,4 +23,8 @@ constexpr std::uint32_t payloadIndexOfOffset0 = 1;
 constexpr std::uint32_t payloadRoom = payloadBlockSize - payloadIndexOfOffset0;
 constexpr std::uint32_t longestPayload = 247; ///< what is fetched of a CIR payload
 
+constexpr std::string_view riserMapName = "RISER_SLOT_AMP_BLOB"; ///< its letters are the HAL's
+constexpr std::uint32_t riserMapStart = 0x8A00;
+constexpr std::uint32_t riserMapSize = 1024;
+
 } // namespace standin

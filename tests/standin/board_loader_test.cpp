@@ -71,7 +71,7 @@ EMPTY = []
                                          parseFaultRule("raw-read 0x1000 status 4")}));
 }
 
-TEST(BoardLoader, payloadsWithoutAnOffsetLieOneBehindTheOther) {
+TEST(BoardLoader, payloadsWithoutAnOffsetLieOneBehindTheOtherWithAByteBetween) {
     const Board board = parseBoard(R"(
 [[slot]]
 id = 5
@@ -94,7 +94,7 @@ payload = [7]
     for (const Slot& slot : board.slots) {
         offsets.push_back(slot.payloadOffset);
     }
-    EXPECT_EQ(offsets, (std::vector{0, 0, 3, 100, 102}));
+    EXPECT_EQ(offsets, (std::vector{0, 0, 4, 100, 103}));
 }
 
 std::string repeated(const char* text, int count) {

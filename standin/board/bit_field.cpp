@@ -1,0 +1,30 @@
+#include "standin/board/bit_field.h"
+
+namespace standin {
+
+void BitField::encode(std::uint32_t value, std::span<std::uint8_t> record) const {
+    const auto put = [&](std::uint8_t at, unsigned shift, unsigned width, std::uint32_t bits) {
+        const auto mask = ((1U << width) - 1) << shift;
+        record[at] = static_cast<std::uint8_t>((record[at] & ~mask) | ((bits << shift) & mask));
+    };
+    const auto lowerBits = static_cast<unsigned>(high - low + 1);
+    put(offset, low, lowerBits, value);
+    if (upperBits != 0) {
+        put(upperOffset, 0, upperBits, value >> lowerBits);
+    }
+}
+
+void readFields(TomlTable& table, std::span<const BitField> fields,
+                std::span<std::uint8_t> record) {
+    for (const BitField& field : fields) {
+        if (field.highest() == 1) {
+            if (const auto flag = table.boolean(field.key)) {
+                field.encode(*flag ? 1 : 0, record);
+            }
+        } else if (const auto value = table.integer(field.key, 0, field.highest())) {
+            field.encode(static_cast<std::uint32_t>(*value), record);
+        }
+    }
+}
+
+} // namespace standin

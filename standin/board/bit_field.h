@@ -1,0 +1,50 @@
+// Fields of a packed record, as rows of a table: key in a board description, place in the record.
+#pragma once
+
+#include "standin/board/toml_table.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace standin {
+
+/// Bits of one byte, or of two.
+struct BitField {
+    std::string_view key;
+    std::uint8_t offset;          ///< of the byte with the low bits
+    std::uint8_t high;            ///< highest bit in that byte
+    std::uint8_t low;             ///< lowest bit in that byte
+    std::uint8_t upperOffset = 0; ///< of the byte with the bits above those 8
+    std::uint8_t upperBits = 0;   ///< how many of its lowest bits belong to the field
+
+    static constexpr BitField bits(std::string_view key, std::uint8_t offset, std::uint8_t high,
+                                   std::uint8_t low) {
+        return {key, offset, high, low};
+    }
+    static constexpr BitField bit(std::string_view key, std::uint8_t offset, std::uint8_t at) {
+        return {key, offset, at, at};
+    }
+    static constexpr BitField byte(std::string_view key, std::uint8_t offset) {
+        return {key, offset, 7, 0};
+    }
+    static constexpr BitField bigEndian(std::string_view key, std::uint8_t offset) {
+        return {key, static_cast<std::uint8_t>(offset + 1), 7, 0, offset, 8};
+    }
+    static constexpr BitField littleEndian(std::string_view key, std::uint8_t offset,
+                                           std::uint8_t upperBits = 8) {
+        return {key, offset, 7, 0, static_cast<std::uint8_t>(offset + 1), upperBits};
+    }
+
+    [[nodiscard]] constexpr std::uint32_t highest() const {
+        return (1U << (high - low + 1 + upperBits)) - 1;
+    }
+
+    /// Puts a value into the record; the bits around the field stay as they are.
+    void encode(std::uint32_t value, std::span<std::uint8_t> record) const;
+};
+
+/// Reads each field that the table gives into the record. A field of one bit is a boolean.
+void readFields(TomlTable& table, std::span<const BitField> fields, std::span<std::uint8_t> record);
+
+} // namespace standin

@@ -1,0 +1,19 @@
+// The riser slot mapping blob: from its fields to its bytes.
+//
+// By byte: 0 and 1 number of the riser configuration, 2..49 its description, 50..54 boot-storage
+// card, 55..57 embedded OCP NIC, 58 number of records, 59.. records, then the checksum. A record
+// starts with the PICPWR and its own length.
+#pragma once
+
+#include "standin/board/toml_table.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace standin {
+
+/// Encodes the blob that a [riser_map] table describes: 1024 bytes, or those of its `bytes` as
+/// they stand.
+[[nodiscard]] std::vector<std::uint8_t> readRiserMap(TomlTable& table);
+
+} // namespace standin
