@@ -8,7 +8,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
 # Debian's packages: to build the tool and the stand-in; to test them; to benchmark them.
 # shellcheck disable=SC2034 # each script picks its own
 {
-    build_packages=(g++ meson ninja-build pkgconf libsystemd-dev libtomlplusplus-dev)
+    build_packages=(g++ meson ninja-build pkgconf libsystemd-dev libtomlplusplus-dev dbus-daemon)
     test_packages=(
         "${build_packages[@]}"
         libgtest-dev python3 valgrind                       # the suites, and the suites under a watch

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "standin/board/fault_rule.h"
+#include "standin/service/model.h"
 
 #include <array>
 #include <cstdint>
@@ -48,12 +49,23 @@ struct ControlRegister {
     Bytes value;      ///< what a named read delivers
 };
 
+/// What the service does beside publishing the modules as they are.
+struct ServiceDescription {
+    std::vector<Property> info;                ///< of the information object
+    std::vector<PublishedInterface> additions; ///< properties that take the place of a module's,
+                                               ///< or objects that no module yields
+    std::vector<PublishedInterface> removals;  ///< properties that a module's object lacks; none
+                                               ///< named: all of them
+    std::vector<ServiceOrder> orders;
+};
+
 struct Board {
     std::string name;
     std::vector<Slot> slots;
     std::vector<ControlRegister> controlRegisters;
     std::map<std::uint16_t, std::uint8_t> controlBytes; ///< the same registers, raw
     Bytes riserMap = Bytes(1024);                       ///< riser slot mapping blob
+    ServiceDescription service;
     std::map<std::string, HalObject> halObjects;
     std::map<std::string, Bytes> namedOverrides;        ///< bytes of a named read
     std::map<std::uint16_t, std::uint8_t> rawOverrides; ///< registers by raw address

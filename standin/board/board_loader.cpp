@@ -5,6 +5,7 @@
 #include "standin/board/module.h"
 #include "standin/board/number.h"
 #include "standin/board/riser_map.h"
+#include "standin/board/service_description.h"
 
 #include <algorithm>
 #include <array>
@@ -171,7 +172,13 @@ void readFaults(TomlTable& root, Board& board) {
 
 // One row for each part of a description; a part refuses what it does not know.
 constexpr void (*parts[])(TomlTable& root, Board& board) = {
-    readSlots, readControlRegisters, readRiserMapTable, readHalObjects, readOverrides, readFaults,
+    readSlots, //
+    readControlRegisters,
+    readRiserMapTable,
+    readService,
+    readHalObjects,
+    readOverrides,
+    readFaults,
 };
 
 } // namespace

@@ -38,19 +38,33 @@ void takeAddresses(FaultRule& rule, std::string_view word) {
     }
 }
 
+void takeAbsent(FaultRule& rule, std::string_view word) {
+    if (word != "absent") {
+        throw FaultRuleError("it can only be absent, not '" + std::string(word) + "'");
+    }
+    rule.subject = word;
+}
+
+// What may follow the subject; every one may be left out.
+enum Options : unsigned { none = 0, status = 1, error = 2, once = 4 };
+
 struct Kind {
     std::string_view word;
     FaultKind kind;
     std::string_view subject; ///< what the second word is
     void (*takeSubject)(FaultRule& rule, std::string_view word);
-    bool hasStatus;
+    unsigned options;
 };
 
 constexpr Kind kinds[] = {
-    {"named-read", FaultKind::namedRead, "a name pattern", takeSubject, true},
-    {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses, true},
-    {"hal-object", FaultKind::halObject, "an object's name", takeSubject, false},
-    {"hal-read", FaultKind::halRead, "an object's name", takeSubject, true},
+    {"named-read", FaultKind::namedRead, "a name pattern", takeSubject, status | once},
+    {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses,
+     status | once},
+    {"hal-object", FaultKind::halObject, "an object's name", takeSubject, once},
+    {"hal-read", FaultKind::halRead, "an object's name", takeSubject, status | once},
+    {"bus", FaultKind::bus, "'absent'", takeAbsent, none},
+    {"service", FaultKind::service, "'absent'", takeAbsent, none},
+    {"object", FaultKind::object, "an object's path", takeSubject, error},
 };
 
 std::vector<std::string_view> wordsOf(std::string_view text) {
@@ -78,13 +92,23 @@ std::int32_t statusOf(Words words) {
     return static_cast<std::int32_t>(*status);
 }
 
-void takeOptions(FaultRule& rule, Words words, bool hasStatus) {
+std::string errorOf(Words words) {
+    if (words.size() < 2) {
+        throw FaultRuleError("'error' needs a name");
+    }
+    return std::string(words[1]);
+}
+
+void takeOptions(FaultRule& rule, Words words, unsigned options) {
     while (!words.empty()) {
-        if (words[0] == "once") {
+        if (words[0] == "once" && (options & once) != 0) {
             rule.once = true;
             words = words.subspan(1);
-        } else if (words[0] == "status" && hasStatus) {
+        } else if (words[0] == "status" && (options & status) != 0) {
             rule.status = statusOf(words);
+            words = words.subspan(2);
+        } else if (words[0] == "error" && (options & error) != 0) {
+            rule.error = errorOf(words);
             words = words.subspan(2);
         } else {
             throw FaultRuleError("'" + std::string(words[0]) + "' is not understood here");
@@ -109,7 +133,7 @@ FaultRule parseFaultRule(std::string_view text) {
     }
     FaultRule rule{.kind = kind->kind, .status = noAnswer};
     kind->takeSubject(rule, words[1]);
-    takeOptions(rule, Words(words).subspan(2), kind->hasStatus);
+    takeOptions(rule, Words(words).subspan(2), kind->options);
     return rule;
 }
 

@@ -8,6 +8,12 @@
 //       the HAL has no object of that name
 //   hal-read NAME [status N] [once]
 //       bulk reads through that object
+//   bus absent
+//       there is no system bus
+//   service absent
+//       there is a bus, and no service on it
+//   object PATH [error NAME]
+//       the service answers calls on that object with an error
 //
 // The same words stand in a board description and behind zolt_sim's --fault.
 #pragma once
@@ -19,7 +25,15 @@
 
 namespace standin {
 
-enum class FaultKind : std::uint8_t { namedRead, rawRead, halObject, halRead };
+enum class FaultKind : std::uint8_t {
+    namedRead,
+    rawRead,
+    halObject,
+    halRead,
+    bus,
+    service,
+    object,
+};
 
 struct FaultRule {
     FaultKind kind = FaultKind::namedRead;
@@ -27,6 +41,7 @@ struct FaultRule {
     std::uint16_t first = 0; ///< raw-read: first address
     std::uint16_t last = 0;  ///< raw-read: last address
     std::int32_t status = 0; ///< what the failing call returns; never 0
+    std::string error{};     ///< name of the error with which a call is answered
     bool once = false;       ///< only the first time; afterwards all is well
 
     bool operator==(const FaultRule&) const = default;

@@ -128,6 +128,7 @@ Bytes readPayload(TomlTable& table) {
         break;
     case backplaneDeviceClass:
         readBackplane(table, payload);
+        readEndPoints(table, payload); // the service publishes them
         break;
     default:
         readEndPoints(table, payload);

@@ -54,6 +54,9 @@ public:
     /// Calls @p use for each table of an array of tables.
     void eachTable(std::string_view key, const std::function<void(TomlTable&)>& use);
 
+    /// Whatever stands under the key; null when nothing does.
+    [[nodiscard]] const toml::node* node(std::string_view key) { return find(key); }
+
     /// The table of that name, or none.
     [[nodiscard]] std::optional<TomlTable> table(std::string_view key);
 

@@ -24,8 +24,8 @@ void check(int result, const char* what) {
     }
 }
 
-[[noreturn]] void become(char* const* command, const Environment& additions, const sigset_t& mask,
-                         pid_t parent, int failure) {
+[[noreturn]] void become(char* const* command, const Environment& additions,
+                         const Inherited& inherited, pid_t parent, int failure) {
     prctl(PR_SET_PDEATHSIG, SIGHUP);
     if (getppid() != parent) { // it ended before it could be watched
         _exit(EXIT_FAILURE);
@@ -33,7 +33,8 @@ void check(int result, const char* what) {
     for (const auto& [name, value] : additions) {
         setenv(name.c_str(), value.c_str(), 1);
     }
-    sigprocmask(SIG_SETMASK, &mask, nullptr);
+    umask(inherited.umask);
+    sigprocmask(SIG_SETMASK, &inherited.signals, nullptr);
     execvp(command[0], command);
     const int error = errno;
     (void)!write(failure, &error, sizeof error);
@@ -55,17 +56,20 @@ int noteEnd(sd_event_source* source, const siginfo_t* info, void* /*unused*/) {
 
 } // namespace
 
-sigset_t supervisedSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGCHLD);
+Inherited prepareProcess() {
+    sigset_t waiting;
+    sigemptyset(&waiting);
+    sigaddset(&waiting, SIGCHLD);
     for (const int signal : passedOn) {
-        sigaddset(&signals, signal);
+        sigaddset(&waiting, signal);
     }
-    return signals;
+    Inherited inherited{.umask = umask(S_IRWXG | S_IRWXO)};
+    sigprocmask(SIG_BLOCK, &waiting, &inherited.signals);
+    return inherited;
 }
 
-Started startCommand(char* const* command, const Environment& additions, const sigset_t& mask) {
+Started startCommand(char* const* command, const Environment& additions,
+                     const Inherited& inherited) {
     std::array<int, 2> failure{};
     if (pipe2(failure.data(), O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "pipe");
@@ -73,7 +77,7 @@ Started startCommand(char* const* command, const Environment& additions, const s
     const pid_t parent = getpid();
     Started started{.pid = fork()};
     if (started.pid == 0) {
-        become(command, additions, mask, parent, failure[1]);
+        become(command, additions, inherited, parent, failure[1]);
     }
     close(failure[1]);
     int error = errno;

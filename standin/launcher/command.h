@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <string>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <systemd/sd-event.h>
 #include <utility>
@@ -23,18 +24,24 @@ struct Started {
     NotStarted failure{}; ///< when pid is -1
 };
 
-/// Starts a command with additions to this process's environment and the signal mask @p mask.
-/// It is hung up should this process end before it.
+/// What a process takes over from the one that started it, and is to hand on unchanged.
+struct Inherited {
+    sigset_t signals{}; ///< blocked ones
+    mode_t umask = 0;
+};
+
+/// Makes this process fit to hold a board: the signals of superviseCommand() wait, and the files
+/// that it makes are its own, whatever the caller's umask hides.
+[[nodiscard]] Inherited prepareProcess();
+
+/// Starts a command with additions to this process's environment. It is hung up should this
+/// process end before it.
 [[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
-                                   const sigset_t& mask);
+                                   const Inherited& inherited);
 
 /// Runs an event loop until the command has ended. Signals that this process gets reach the
 /// command; those of the terminal have reached it already.
 /// @return the command's exit status, 128 + N when signal N ended it
 [[nodiscard]] int superviseCommand(sd_event* loop, pid_t pid);
-
-/// The signals that superviseCommand() passes on, and SIGCHLD: to be blocked before anything
-/// starts, so that none of them ends this process alone.
-[[nodiscard]] sigset_t supervisedSignals();
 
 } // namespace standin

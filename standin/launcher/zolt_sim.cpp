@@ -9,6 +9,7 @@
 #include "standin/launcher/command.h"
 #include "standin/launcher/places.h"
 #include "standin/launcher/private_directory.h"
+#include "standin/launcher/service_side.h"
 #include "standin/lib/log_file.h"
 
 #include <cerrno>
@@ -59,25 +60,29 @@ std::string librarySearchPath() {
     return path;
 }
 
-int runOnBoard(const Board& board, const Arguments& arguments) {
-    const sigset_t blocked = supervisedSignals();
-    sigset_t callers;
-    sigprocmask(SIG_BLOCK, &blocked, &callers);
+void add(Environment& environment, const Environment& more) {
+    environment.insert(environment.end(), more.begin(), more.end());
+}
 
-    const PrivateDirectory directory;
-    writeImage(board, directory.file(imageFileName));
-    Environment environment{{boardDirectoryVariable, directory.path()},
-                            {"LD_LIBRARY_PATH", librarySearchPath()}};
+int runOnBoard(const Board& board, const Arguments& arguments) {
+    Environment environment{{"LD_LIBRARY_PATH", librarySearchPath()}};
     addLog(environment, debugLogVariable, arguments.debugLog);
     addLog(environment, callLogVariable, arguments.callLog);
 
+    const Inherited inherited = prepareProcess();
+    const PrivateDirectory directory;
+    writeImage(board, directory.file(imageFileName));
     sd_event* loop = nullptr;
     if (const int result = sd_event_new(&loop); result < 0) {
         throw std::system_error(-result, std::generic_category(), "event loop");
     }
     const std::unique_ptr<sd_event, decltype(&sd_event_unref)> owned(loop, sd_event_unref);
+    const ServiceSide service(loop, directory.path(), board);
 
-    const Started command = startCommand(arguments.command, environment, callers);
+    environment.emplace_back(boardDirectoryVariable, directory.path());
+    add(environment, service.environment());
+
+    const Started command = startCommand(arguments.command, environment, inherited);
     if (command.pid < 0) {
         std::fprintf(stderr, "zolt_sim: %s: %s\n", arguments.command[0],
                      std::strerror(command.failure.error));

@@ -112,6 +112,18 @@ class Command(SimTest):
         self.assertEqual(os.path.dirname(path), str(self.scratch.path))
         self.assertFalse(os.path.exists(path))
 
+    def test_runs_with_our_umask_whatever_that_hides(self):
+        for umask in ("0022", "0077", "0777"):
+            done = run(
+                "sh", "-c", f'umask {umask}; exec "$@"', "sh", SIM, "--",
+                "sh", "-c", f"umask; {TOOL} -o 1 -p 42", env=self.scratch.environment,
+            )
+            self.assertEqual(
+                done.stdout, f"{umask}\n\nPICPWR 42 DSTAT              = 00b\n"
+            )
+            self.assertEqual(done.stderr, "")
+            self.assertEqual(self.scratch.left_behind(), [])
+
     def test_leaves_nothing_open_for_the_command(self):
         # 0, 1, 2, and the directory that is being listed.
         self.assertEqual(self.sim("ls", "/proc/self/fd").stdout.split(), ["0", "1", "2", "3"])
@@ -191,7 +203,7 @@ class Refuses(SimTest):
     ADVICE = "'zolt_sim --help' tells more.\n"
 
     def test_wrong_command_lines(self):
-        kinds = "a fault begins with one of: named-read, raw-read, hal-object, hal-read"
+        kinds = "a fault begins with one of: named-read, raw-read, hal-object, hal-read, bus, service, object"
         for arguments, reason in (
             ([], "there is no command to run"),
             (["--"], "there is no command to run"),

@@ -8,8 +8,8 @@ namespace standin {
 namespace {
 
 FaultRule rule(FaultKind kind, std::string subject, std::uint16_t first, std::uint16_t last,
-               std::int32_t status, bool once) {
-    return {kind, std::move(subject), first, last, status, once};
+               std::int32_t status, bool once, std::string error = {}) {
+    return {kind, std::move(subject), first, last, status, std::move(error), once};
 }
 
 TEST(FaultRule, everyKind) {
@@ -23,6 +23,10 @@ TEST(FaultRule, everyKind) {
         {"raw-read 0-65535 status 0x10", rule(rawRead, "", 0, 0xFFFF, 16, false)},
         {"hal-object PICPWR_PAYLOADS", rule(halObject, "PICPWR_PAYLOADS", 0, 0, -1, false)},
         {"hal-object PICPWR_PAYLOADS once", rule(halObject, "PICPWR_PAYLOADS", 0, 0, -1, true)},
+        {"bus absent", rule(bus, "absent", 0, 0, -1, false)},
+        {"service absent", rule(service, "absent", 0, 0, -1, false)},
+        {"object bp/bp1", rule(object, "bp/bp1", 0, 0, -1, false)},
+        {"object /a error com.E", rule(object, "/a", 0, 0, -1, false, "com.E")},
         {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0, 3, false)},
     };
     for (const auto& [text, expected] : cases) {
@@ -31,8 +35,8 @@ TEST(FaultRule, everyKind) {
 }
 
 TEST(FaultRule, saysWhatIsWrong) {
-    const char* const kinds =
-        "a fault begins with one of: named-read, raw-read, hal-object, hal-read";
+    const char* const kinds = "a fault begins with one of: named-read, raw-read, hal-object, "
+                              "hal-read, bus, service, object";
     const std::pair<const char*, std::string> cases[] = {
         {"", kinds},
         {"  ", kinds},
@@ -50,6 +54,13 @@ TEST(FaultRule, saysWhatIsWrong) {
         {"named-read X status one", "'status' needs a number other than 0"},
         {"named-read X status 2147483648", "'status' needs a number other than 0"},
         {"named-read X twice", "'twice' is not understood here"},
+        {"bus", "bus needs 'absent'"},
+        {"service gone", "it can only be absent, not 'gone'"},
+        {"object", "object needs an object's path"},
+        {"object X error", "'error' needs a name"},
+        {"object X once", "'once' is not understood here"},
+        {"service absent once", "'once' is not understood here"},
+        {"named-read X error E", "'error' is not understood here"},
         {"hal-object X status 3", "'status' is not understood here"},
     };
     for (const auto& [text, reason] : cases) {

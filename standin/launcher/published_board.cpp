@@ -1,0 +1,189 @@
+#include "standin/launcher/published_board.h"
+
+#include "standin/board/service_description.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace standin {
+
+namespace {
+
+constexpr std::size_t endPointSize = 6;
+
+// Where the service finds the end points of a payload, and how many it publishes, present or not.
+struct EndPoints {
+    std::size_t start;
+    std::size_t count;
+};
+
+constexpr EndPoints noEndPoints{0, 0};
+constexpr EndPoints cardEndPoints{13, 4};
+constexpr EndPoints backplaneEndPoints{20, 16}; // behind the backplane descriptor
+
+// A type of module: last element of its manager's path, and how the service shows its payloads.
+struct ModuleType {
+    std::string_view name;
+    std::string_view interface;
+    EndPoints endPoints;
+    // Properties that are not called the same for all types.
+    const char* wires;
+    const char* targetType;
+    const char* targetAddress;
+};
+
+constexpr ModuleType shortType(std::string_view name, std::string_view interface) {
+    return {
+        name, interface, noEndPoints, "NumPwires", "TargetI2cGpioDevType", "TargetI2cGpioDevAddr"};
+}
+constexpr ModuleType longType(std::string_view name, std::string_view interface,
+                              EndPoints endPoints) {
+    return {name, interface, endPoints, "NumWires", "TargetI2cDevType", "TargetI2cDevAddr"};
+}
+constexpr ModuleType cardType(std::string_view name) {
+    return longType(name, "cemCIR", cardEndPoints);
+}
+
+constexpr ModuleType moduleTypes[] = {
+    longType("bp", "backplaneCIR", backplaneEndPoints),
+    shortType("puck", "puckCIR"),
+    shortType("rfc", "rfcCIR"),
+    cardType("riser"),
+    cardType("ftulm"),
+    cardType("karnRaid"),
+    cardType("karnNonRaid"),
+    cardType("rida"),
+    cardType("flop"),
+    cardType("bi"),
+    cardType("battery"),
+};
+
+// Payload bytes by offset; a payload that is too short has zeros there.
+class PayloadView {
+public:
+    explicit PayloadView(std::span<const std::uint8_t> payload) : payload_(payload) {}
+
+    [[nodiscard]] int byte(std::size_t at) const { return at < payload_.size() ? payload_[at] : 0; }
+    [[nodiscard]] int bigEndian(std::size_t at) const { return byte(at) << 8 | byte(at + 1); }
+    [[nodiscard]] int last() const { return payload_.empty() ? 0 : payload_.back(); }
+
+    // An end point that does not lie before the checksum is not there: zeros.
+    [[nodiscard]] Value endPoint(std::size_t at) const {
+        Value::List bytes(endPointSize, Value(0));
+        if (at + endPointSize < payload_.size()) {
+            std::ranges::transform(payload_.subspan(at, endPointSize), bytes.begin(),
+                                   [](std::uint8_t value) { return Value(int{value}); });
+        }
+        return bytes;
+    }
+
+private:
+    std::span<const std::uint8_t> payload_;
+};
+
+std::vector<Property> propertiesOf(const ModuleType& type, const Bytes& bytes) {
+    const PayloadView payload(bytes);
+    std::vector<Property> properties{
+        {"PayloadFrmtVer", "y", payload.byte(0)},    {"DeviceClass", "y", payload.byte(1)},
+        {"StaticPaylodSize", "y", payload.byte(2)},  {"DeviceId", "q", payload.bigEndian(4)},
+        {"VendorId", "q", payload.bigEndian(6)},     {"DeviceVer", "y", payload.byte(8)},
+        {type.wires, "y", payload.byte(10)},         {type.targetType, "y", payload.byte(11)},
+        {type.targetAddress, "y", payload.byte(12)},
+    };
+    const auto [start, count] = type.endPoints;
+    for (std::size_t i = 0; i < count; ++i) {
+        properties.push_back({"EndPoint" + std::to_string(i), "(yyyyyy)",
+                              payload.endPoint(start + endPointSize * i)});
+    }
+    properties.push_back({"checksum", "y", payload.last()});
+    return properties;
+}
+
+void publishModules(const Board& board, ServiceModel& model) {
+    for (const ModuleType& type : moduleTypes) {
+        const std::string manager = std::string(servicePathPrefix).append(type.name);
+        model.managers.push_back(manager);
+        for (const Slot& slot : board.slots) {
+            if (slot.moduleType == type.name) {
+                const std::string object = slot.objectName.empty()
+                                               ? std::string(type.name) + std::to_string(slot.id)
+                                               : slot.objectName;
+                model.interfaces.push_back(
+                    {manager + "/" + object,
+                     std::string(serviceInterfacePrefix).append(type.interface),
+                     propertiesOf(type, slot.payload)});
+            }
+        }
+    }
+}
+
+PublishedInterface* findInterface(ServiceModel& model, const PublishedInterface& like) {
+    const auto found =
+        std::ranges::find_if(model.interfaces, [&](const PublishedInterface& published) {
+            return published.path == like.path && published.interface == like.interface;
+        });
+    return found == model.interfaces.end() ? nullptr : &*found;
+}
+
+void remove(const PublishedInterface& removal, ServiceModel& model) {
+    if (PublishedInterface* const published = findInterface(model, removal)) {
+        std::erase_if(published->properties, [&](const Property& property) {
+            return removal.properties.empty() ||
+                   std::ranges::find(removal.properties, property.name, &Property::name) !=
+                       removal.properties.end();
+        });
+    }
+}
+
+void add(const PublishedInterface& addition, ServiceModel& model) {
+    PublishedInterface* const published = findInterface(model, addition);
+    if (published == nullptr) {
+        model.interfaces.push_back(addition);
+        return;
+    }
+    for (const Property& property : addition.properties) {
+        const auto same = std::ranges::find(published->properties, property.name, &Property::name);
+        if (same == published->properties.end()) {
+            published->properties.push_back(property);
+        } else {
+            *same = property;
+        }
+    }
+}
+
+// Faults come first: they hold over the description's own orders.
+void addFaults(const Board& board, ServiceModel& model) {
+    for (const FaultRule& fault : board.faults) {
+        if (fault.kind == FaultKind::object) {
+            const std::string& path = fault.subject;
+            model.orders.insert(
+                model.orders.begin(),
+                {.path = path.starts_with('/') ? path : std::string(servicePathPrefix) + path,
+                 .action = ServiceOrder::Action::error,
+                 .name = fault.error.empty() ? "org.freedesktop.DBus.Error.Failed" : fault.error,
+                 .text = "ordered by a fault"});
+        }
+    }
+}
+
+} // namespace
+
+ServiceModel publishBoard(const Board& board) {
+    ServiceModel model;
+    model.interfaces.push_back({std::string(servicePathPrefix) + "info",
+                                std::string(serviceInterfacePrefix) + "pcardInfo",
+                                board.service.info});
+    publishModules(board, model);
+    for (const PublishedInterface& removal : board.service.removals) {
+        remove(removal, model);
+    }
+    for (const PublishedInterface& addition : board.service.additions) {
+        add(addition, model);
+    }
+    model.orders = board.service.orders;
+    addFaults(board, model);
+    return model;
+}
+
+} // namespace standin

@@ -1,0 +1,30 @@
+// The system bus of a board, and the service on it.
+#pragma once
+
+#include "standin/board/board.h"
+#include "standin/launcher/command.h"
+#include "standin/service/bus_daemon.h"
+#include "standin/service/service.h"
+
+#include <optional>
+#include <string>
+#include <systemd/sd-event.h>
+
+namespace standin {
+
+class ServiceSide {
+public:
+    /// Starts the bus in @p directory and puts the service on it, unless a fault says that one of
+    /// them is absent. The loop serves the calls.
+    ServiceSide(sd_event* loop, const std::string& directory, const Board& board);
+
+    /// What the command needs to find the bus.
+    [[nodiscard]] Environment environment() const;
+
+private:
+    std::string address_;
+    std::optional<BusDaemon> daemon_;
+    std::optional<Service> service_;
+};
+
+} // namespace standin
