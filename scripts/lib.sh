@@ -5,10 +5,12 @@
 
 top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
 
-# Debian's packages: to build the tool and the stand-in; to test them; to benchmark them.
+# Debian's packages: to build the tool and the stand-in, and to run the one on the other; to test
+# both; to benchmark the tool.
 # shellcheck disable=SC2034 # each script picks its own
 {
-    build_packages=(g++ meson ninja-build pkgconf libsystemd-dev libtomlplusplus-dev dbus-daemon)
+    build_packages=(g++ meson ninja-build pkgconf libsystemd-dev libtomlplusplus-dev
+        dbus-daemon)
     test_packages=(
         "${build_packages[@]}"
         libgtest-dev python3 valgrind                       # the suites, and the suites under a watch
@@ -112,6 +114,28 @@ build() (
         configure "$directory" "$@" || exit
         complaints=$(make_target "$directory" "$target") && exit
     fi
-    printf '%s\n' "$complaints" >&2
+    # Whatever was configured on the way is of no interest.
+    sed -n '/^FAILED: /,$p' <<<"$complaints" | grep . >&2 || printf '%s\n' "$complaints" >&2
     exit 1
+)
+
+# foreign_packages DIRECTORY PACKAGE...: unpacks packages, with their architecture (name:arm64),
+# below DIRECTORY. Nothing is installed, and the machine's own lists stay as they are.
+foreign_packages() (
+    local directory=$1 apt=$1/apt
+    shift
+    [[ ! -e $directory/unpacked ]] || exit 0
+    say "unpacking Debian's packages in ${directory#"$top"/}: $*"
+    mkdir -p -- "$apt/lists/partial" "$apt/archives/partial" && cd -- "$apt" || exit
+    local -a get=(apt-get -q -o "APT::Architectures::=$(dpkg --print-architecture)"
+        -o "Dir::State::Lists=$apt/lists" -o "Dir::Cache=$apt" -o APT::Sandbox::User=root)
+    local package
+    for package; do
+        get+=(-o "APT::Architectures::=${package#*:}")
+    done
+    quietly "${get[@]}" update && quietly "${get[@]}" download "$@" || exit
+    for package in ./*.deb; do
+        dpkg-deb -x "$package" "$directory" || exit
+    done
+    cd -- "$directory" && rm -rf -- "$apt" && touch unpacked
 )
