@@ -7,6 +7,7 @@ namespace zolt {
 
 /// Prints the properties of the interface "com.tesk.bmc.zolt.backplaneCIR": 28 lines, all sixteen
 /// endpoints as bytes.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class BackPlanePayloadPrinter final : public PayloadPrinter {
 public:
     using PayloadPrinter::PayloadPrinter;

@@ -8,6 +8,7 @@ namespace zolt {
 
 /// Prints the properties of the interface "com.tesk.bmc.zolt.cemCIR": 31 lines, the first endpoint
 /// decoded, three more as bytes.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class CEMV3PayloadPrinter final : public PayloadPrinter {
 public:
     using PayloadPrinter::PayloadPrinter;

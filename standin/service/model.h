@@ -27,6 +27,16 @@ struct Value {
     Value(List list) : content(std::move(list)) {}
 };
 
+/// A list of these values. (Braces do not serve: of a list in a list compilers make different
+/// things.)
+template <typename... Values>
+[[nodiscard]] Value listOf(Values&&... values) {
+    Value::List list;
+    list.reserve(sizeof...(values));
+    (list.emplace_back(std::forward<Values>(values)), ...);
+    return list;
+}
+
 struct Property {
     std::string name;
     std::string signature; ///< one complete D-Bus type

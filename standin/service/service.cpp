@@ -137,7 +137,7 @@ int Service::onDelayOver(sd_event_source*, std::uint64_t, void* delayed) {
 int Service::obey(sd_bus_message* call, const ServiceOrder& order) {
     switch (order.action) {
     case ServiceOrder::Action::error: {
-        const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST(order.name.c_str(), order.text.c_str());
+        const sd_bus_error error{order.name.c_str(), order.text.c_str(), 0};
         return sd_bus_reply_method_error(call, &error);
     }
     case ServiceOrder::Action::reply:

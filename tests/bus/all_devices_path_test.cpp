@@ -114,34 +114,35 @@ TEST(PrintAllDevicesPath, typeThatDoesNotExistHasNoPath) {
 
 // The tree holds properties of every type there is; none of them is printed.
 TEST(PrintAllDevicesPath, treeOfEveryKindOfValue) {
-    using List = standin::Value::List;
     ServiceModel model = pucks({"a"});
-    model.interfaces.push_back({"/com/tesk/bmc/zolt/puck/a",
-                                "com.tesk.bmc.zolt.everything",
-                                {{"s", "s", "text"},
-                                 {"x", "x", -1},
-                                 {"t", "t", 1},
-                                 {"d", "d", 0.5},
-                                 {"i", "i", -1},
-                                 {"u", "u", 1},
-                                 {"n", "n", -1},
-                                 {"q", "q", 1},
-                                 {"y", "y", 1},
-                                 {"b", "b", true},
-                                 {"as", "as", List{"a", "b"}},
-                                 {"ax", "ax", List{-1}},
-                                 {"at", "at", List{1}},
-                                 {"ad", "ad", List{0.5}},
-                                 {"ai", "ai", List{-1}},
-                                 {"au", "au", List{1}},
-                                 {"an", "an", List{-1}},
-                                 {"aq", "aq", List{1}},
-                                 {"ay", "ay", List{1, 2, 3}},
-                                 {"ab", "ab", List{true, false}},
-                                 {"o", "o", "/a"},
-                                 {"g", "g", "a{sv}"},
-                                 {"(yyyyyy)", "(yyyyyy)", List{1, 2, 3, 4, 5, 6}},
-                                 {"a{sv}", "a{sv}", List{List{"k", List{"v", List{"y", 1}}}}}}});
+    model.interfaces.push_back(
+        {"/com/tesk/bmc/zolt/puck/a",
+         "com.tesk.bmc.zolt.everything",
+         {{"s", "s", "text"},
+          {"x", "x", -1},
+          {"t", "t", 1},
+          {"d", "d", 0.5},
+          {"i", "i", -1},
+          {"u", "u", 1},
+          {"n", "n", -1},
+          {"q", "q", 1},
+          {"y", "y", 1},
+          {"b", "b", true},
+          {"as", "as", standin::listOf("a", "b")},
+          {"ax", "ax", standin::listOf(-1)},
+          {"at", "at", standin::listOf(1)},
+          {"ad", "ad", standin::listOf(0.5)},
+          {"ai", "ai", standin::listOf(-1)},
+          {"au", "au", standin::listOf(1)},
+          {"an", "an", standin::listOf(-1)},
+          {"aq", "aq", standin::listOf(1)},
+          {"ay", "ay", standin::listOf(1, 2, 3)},
+          {"ab", "ab", standin::listOf(true, false)},
+          {"o", "o", "/a"},
+          {"g", "g", "a{sv}"},
+          {"(yyyyyy)", "(yyyyyy)", standin::listOf(1, 2, 3, 4, 5, 6)},
+          {"a{sv}", "a{sv}",
+           standin::listOf(standin::listOf("k", standin::listOf("v", standin::listOf("y", 1))))}}});
     SystemBus bus;
     bus.publish(std::move(model));
     EXPECT_EQ(printed(2), "/com/tesk/bmc/zolt/puck/a\n" + shortReport + "\n\n");
@@ -235,7 +236,7 @@ TEST(PrintAllDevicesPath, replyOfAnotherSignature) {
         bus.publish(pucks({"a"}, {{.interface = managerInterface,
                                    .action = Action::reply,
                                    .signature = signature,
-                                   .value = standin::Value::List{}}}));
+                                   .value = standin::listOf()}}));
         EXPECT_EQ(printed(2), mismatch) << signature;
     }
     bus.publish(pucks({"a"}, {{.interface = managerInterface, .action = Action::reply}}));

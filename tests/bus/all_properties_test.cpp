@@ -71,7 +71,7 @@ TEST(PrintAllProperties, everyClassHasItsInterfaceAndReport) {
 TEST(PrintAllProperties, orderAndNumberOfThePropertiesDoNotMatter) {
     auto properties = published(cemProperties());
     std::ranges::reverse(properties);
-    properties.push_back({"Unknown", "a{sv}", standin::Value::List{}});
+    properties.push_back({"Unknown", "a{sv}", standin::listOf()});
     properties.push_back({"AlsoUnknown", "s", "text"});
     EXPECT_EQ(printedOf(properties), cemReport + "\n\n");
 }

@@ -20,7 +20,7 @@ standin::Property published(const std::string& name, const PropertyValue& value)
     if (const auto* endpoint = std::get_if<EndpointDescriptor>(&value)) {
         return std::apply(
             [&](auto... bytes) {
-                return standin::Property{name, "(yyyyyy)", standin::Value::List{int{bytes}...}};
+                return standin::Property{name, "(yyyyyy)", standin::listOf(int{bytes}...)};
             },
             *endpoint);
     }

@@ -71,8 +71,8 @@ TEST(PrintZoltInfoProperties, numberOfAnotherTypeEndsTheListing) {
         {"y", 1},
         {"u", 1},
         {"s", "text"},
-        {"(yyyyyy)", standin::Value::List{1, 2, 3, 4, 5, 6}},
-        {"a{sv}", standin::Value::List{}}};
+        {"(yyyyyy)", standin::listOf(1, 2, 3, 4, 5, 6)},
+        {"a{sv}", standin::listOf()}};
     for (const auto& [signature, value] : others) {
         EXPECT_EQ(printedOf({{"CardCount", signature, value}, {"Later", "q", 4}}),
                   "PrintZoltInfoProperties: \n"
@@ -102,7 +102,7 @@ TEST(PrintZoltInfoProperties, onlyTheExactNamesAreFlags) {
 }
 
 TEST(PrintZoltInfoProperties, valueThatFitsNoTypeDoesNotHinderThoseBefore) {
-    EXPECT_EQ(printedOf({{"Zebra", "as", standin::Value::List{"a", "b"}}, {"Apple", "q", 1}}),
+    EXPECT_EQ(printedOf({{"Zebra", "as", standin::listOf("a", "b")}, {"Apple", "q", 1}}),
               "PrintZoltInfoProperties: \n"
               "Property Name  = Apple\n"
               "Property Value = 1\n"
@@ -195,8 +195,8 @@ TEST(PrintZoltInfoProperties, replyOfAnotherSignature) {
     EXPECT_EQ(printedOf({}, {{.action = Action::reply, .signature = "s", .value = "text"}}),
               mismatch);
     EXPECT_EQ(
-        printedOf(
-            {}, {{.action = Action::reply, .signature = "a{ss}", .value = standin::Value::List{}}}),
+        printedOf({},
+                  {{.action = Action::reply, .signature = "a{ss}", .value = standin::listOf()}}),
         mismatch);
     EXPECT_EQ(printedOf({}, {{.action = Action::reply}}), mismatch);
 }

@@ -14,7 +14,6 @@ namespace standin {
 namespace {
 
 using zolt::test::SystemBus;
-using List = Value::List;
 using Action = ServiceOrder::Action;
 
 struct Outcome {
@@ -46,8 +45,8 @@ ServiceModel twoModules(std::vector<ServiceOrder> orders = {}) {
                            {"/com/tesk/bmc/zolt/bp/b",
                             "com.tesk.bmc.zolt.backplaneCIR",
                             {{"DeviceId", "q", 0x1234},
-                             {"EndPoint0", "(yyyyyy)", List{1, 2, 3, 4, 5, 6}},
-                             {"Odd <&\"", "a{sv}", List{List{"key", List{"y", 7}}}}}},
+                             {"EndPoint0", "(yyyyyy)", listOf(1, 2, 3, 4, 5, 6)},
+                             {"Odd <&\"", "a{sv}", listOf(listOf("key", listOf("y", 7)))}}},
                            {"/com/tesk/bmc/zolt/bp/a", "com.tesk.bmc.zolt.backplaneCIR", {}},
                            {"/com/tesk/bmc/zolt/bp/b",
                             "com.tesk.bmc.zolt.extra",
@@ -82,9 +81,9 @@ TEST_F(ServiceOnBus, treeHasEveryObject) {
 // busctl's table with its columns one blank apart; their widths are busctl's own matter.
 Outcome introspected(const std::string& arguments) {
     Outcome outcome = busctl("introspect com.tesk.bmc.zolt " + arguments);
-    const auto rest = std::ranges::unique(
-        outcome.text, [](char left, char right) { return left == ' ' && right == ' '; });
-    outcome.text.erase(rest.begin(), rest.end());
+    const auto bothBlank = [](char left, char right) { return left == ' ' && right == ' '; };
+    outcome.text.erase(std::unique(outcome.text.begin(), outcome.text.end(), bothBlank),
+                       outcome.text.end());
     return outcome;
 }
 

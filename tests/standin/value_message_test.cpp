@@ -9,8 +9,6 @@
 namespace standin {
 namespace {
 
-using List = Value::List;
-
 // A message under construction; nobody is at the other end.
 class ValueMessage : public testing::Test {
 protected:
@@ -39,8 +37,8 @@ protected:
 
 TEST_F(ValueMessage, numbersTravelInTheWidthOfTheirSignature) {
     ASSERT_GE(appendValue(message_, "(ynqiuxtbd)",
-                          List{255, -32768, 65535, -2147483648, std::int64_t{4294967295},
-                               std::int64_t{-1}, std::int64_t{-1}, true, 0.5}),
+                          listOf(255, -32768, 65535, -2147483648, std::int64_t{4294967295},
+                                 std::int64_t{-1}, std::int64_t{-1}, true, 0.5)),
               0);
     seal();
     std::uint8_t y = 0;
@@ -60,8 +58,9 @@ TEST_F(ValueMessage, numbersTravelInTheWidthOfTheirSignature) {
 
 TEST_F(ValueMessage, containersNest) {
     ASSERT_GE(appendValue(message_, "a{s(oa{yv}as)}",
-                          List{List{"one", List{"/a", List{List{1, List{"q", 512}}}, List{"x"}}},
-                               List{"two", List{"/b", List{}, List{}}}}),
+                          listOf(listOf("one", listOf("/a", listOf(listOf(1, listOf("q", 512))),
+                                                      listOf("x"))),
+                                 listOf("two", listOf("/b", listOf(), listOf())))),
               0);
     EXPECT_STREQ(sd_bus_message_get_signature(message_, 1), "a{s(oa{yv}as)}");
     seal();
@@ -105,16 +104,16 @@ TEST_F(ValueMessage, whatDoesNotFitIsRefused) {
         {"s", 1},
         {"o", "no path"},
         {"as", "text"},
-        {"as", List{1}},
-        {"(yy)", List{1}},
-        {"(yy)", List{1, 2, 3}},
+        {"as", listOf(1)},
+        {"(yy)", listOf(1)},
+        {"(yy)", listOf(1, 2, 3)},
         {"(yy)", 1},
-        {"a{sv}", List{List{"key"}}},
+        {"a{sv}", listOf(listOf("key"))},
         {"v", 1},
-        {"v", List{"y"}},
-        {"v", List{1, 1}},
-        {"v", List{"yy", 1}},
-        {"v", List{"y", 256}},
+        {"v", listOf("y")},
+        {"v", listOf(1, 1)},
+        {"v", listOf("yy", 1)},
+        {"v", listOf("y", 256)},
     };
     for (const auto& [signature, value] : pairs) {
         EXPECT_FALSE(valueFits(signature, value)) << signature;
@@ -133,8 +132,8 @@ TEST_F(ValueMessage, signatureThatIsNotOneCompleteTypeIsRefused) {
           std::string("("), std::string("()"), std::string("(y"), std::string("(z)"),
           std::string("{sv}"), std::string("a{s}"), std::string("a{svv}"), std::string("a{vs}"),
           std::string("a{ays}"), std::string(")"), deep + "y"}) {
-        EXPECT_FALSE(valueFits(signature, List{})) << signature;
-        EXPECT_EQ(appendValue(message_, signature, List{}), -EINVAL) << signature;
+        EXPECT_FALSE(valueFits(signature, listOf())) << signature;
+        EXPECT_EQ(appendValue(message_, signature, listOf()), -EINVAL) << signature;
     }
 }
 
@@ -143,9 +142,9 @@ TEST(ValueFits, whatCanTravel) {
     EXPECT_TRUE(valueFits("t", -1));
     EXPECT_TRUE(valueFits("o", "/a"));
     EXPECT_TRUE(valueFits("g", "a{sv}"));
-    EXPECT_TRUE(valueFits("ab", List{true}));
-    EXPECT_TRUE(valueFits("a{sv}", List{List{"key", List{"as", List{}}}}));
-    EXPECT_TRUE(valueFits(std::string(32, 'a') + "y", List{}));
+    EXPECT_TRUE(valueFits("ab", listOf(true)));
+    EXPECT_TRUE(valueFits("a{sv}", listOf(listOf("key", listOf("as", listOf())))));
+    EXPECT_TRUE(valueFits(std::string(32, 'a') + "y", listOf()));
 }
 
 } // namespace

@@ -13,7 +13,7 @@ struct ErrnoError {
     ErrnoError& operator=(const ErrnoError&) = delete;
     ~ErrnoError() { sd_bus_error_free(&error); }
 
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
 };
 
 std::string textOrNothing(const char* text) {

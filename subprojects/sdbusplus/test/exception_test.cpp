@@ -35,15 +35,15 @@ TEST(SdBusError, ofAnErrnoThatDBusHasAnErrorForBearsThatName) {
 }
 
 TEST(SdBusError, ofAnErrorBearsItsTexts) {
-    const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST("a.b.Broken", "it broke");
+    const sd_bus_error error{"a.b.Broken", "it broke", 0};
     expect(SdBusError(error, "sd_bus_call"),
            {"a.b.Broken", "it broke", "sd_bus_call: a.b.Broken: it broke"});
 }
 
 TEST(SdBusError, leavesOutWhatTheErrorDoesNotHave) {
-    const sd_bus_error nameless = SD_BUS_ERROR_NULL;
+    const sd_bus_error nameless{};
     expect(SdBusError(nameless, "sd_bus_call"), {"", "", "sd_bus_call"});
-    const sd_bus_error textless = SD_BUS_ERROR_MAKE_CONST("a.b.Broken", nullptr);
+    const sd_bus_error textless{"a.b.Broken", nullptr, 0};
     expect(SdBusError(textless, "sd_bus_call"), {"a.b.Broken", "", "sd_bus_call: a.b.Broken"});
 }
 

@@ -65,7 +65,7 @@ TEST(Message, knowsAnErrorReply) {
     message_t request = underConstruction(peer);
     ASSERT_GE(sd_bus_message_seal(request.get(), 1, 0), 0);
     sd_bus_message* raw = nullptr;
-    const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST("a.b.Broken", "it broke");
+    const sd_bus_error error{"a.b.Broken", "it broke", 0};
     ASSERT_GE(sd_bus_message_new_method_error(request.get(), &raw, &error), 0);
     EXPECT_TRUE(message_t(raw, std::false_type()).is_method_error());
     EXPECT_FALSE(received(nothing).is_method_error());

@@ -27,8 +27,8 @@ sd_bus* connected(int socket, bool server) {
     require(sd_bus_new(&raw));
     require(sd_bus_set_fd(raw, socket, socket));
     if (server) {
-        require(sd_bus_set_server(
-            raw, 1, SD_ID128_MAKE(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16)));
+        const sd_id128_t identity{.bytes = {1, 2, 3}};
+        require(sd_bus_set_server(raw, 1, identity));
         require(sd_bus_set_anonymous(raw, 1));
     }
     require(sd_bus_start(raw));

@@ -55,7 +55,7 @@ private:
         Error& operator=(const Error&) = delete;
         ~Error() { sd_bus_error_free(&content); }
 
-        sd_bus_error content = SD_BUS_ERROR_NULL;
+        sd_bus_error content{};
     };
 
     std::unique_ptr<sd_bus, Close> bus_;
