@@ -1,0 +1,227 @@
+// State of the core: its tables, and what looks into them.
+#include "standin/i2c_bus/core/internal.h"
+
+void busCoreInit(struct BusCore* core) {
+    memset(core, 0, sizeof(*core));
+}
+
+// Names are compared whole, so nothing may stand behind the terminator.
+static void setName(char* name, const char* text) {
+    uint32_t i = 0;
+    memset(name, 0, CONTROL_TEXT_SIZE);
+    for (; i < CONTROL_TEXT_SIZE - 1 && text[i] != '\0'; ++i) {
+        name[i] = text[i];
+    }
+}
+
+struct BusCoreBus* busCoreFindBus(struct BusCore* core, uint32_t number) {
+    for (uint32_t i = 0; i < core->busCount; ++i) {
+        if (core->buses[i].number == number) {
+            return &core->buses[i];
+        }
+    }
+    return NULL;
+}
+
+struct BusCoreDevice* busCoreFindDevice(struct BusCore* core, uint32_t bus, uint32_t address) {
+    for (uint32_t i = 0; i < core->deviceCount; ++i) {
+        if (core->devices[i].bus == bus && core->devices[i].address == address) {
+            return &core->devices[i];
+        }
+    }
+    return NULL;
+}
+
+struct BusCoreProperty* busCoreFindProperty(struct BusCore* core, uint32_t bus, uint32_t target,
+                                            uint32_t id) {
+    for (uint32_t i = 0; i < core->propertyCount; ++i) {
+        struct BusCoreProperty* property = &core->properties[i];
+        if (property->bus == bus && property->target == target && property->id == id) {
+            return property;
+        }
+    }
+    return NULL;
+}
+
+uint32_t busCoreNextBus(const struct BusCore* core) {
+    uint32_t next = 0;
+    for (uint32_t i = 0; i < core->busCount; ++i) {
+        if (core->buses[i].number >= next) {
+            next = core->buses[i].number + 1;
+        }
+    }
+    return next;
+}
+
+int busCoreAddBus(struct BusCore* core, uint32_t number) {
+    if (number > BUS_CORE_HIGHEST_BUS) {
+        return -EINVAL;
+    }
+    if (busCoreFindBus(core, number) != NULL) {
+        return -EEXIST;
+    }
+    if (core->busCount == BUS_CORE_BUSES) {
+        return -ENOSPC;
+    }
+    core->buses[core->busCount] = (struct BusCoreBus){.number = number};
+    ++core->busCount;
+    return 0;
+}
+
+int busCoreAddIndexNode(struct BusCore* core, uint32_t number, uint32_t parent, uint32_t index,
+                        const char* typeName) {
+    struct BusCoreBus* bus = NULL;
+    int result = 0;
+    if (busCoreFindBus(core, parent) == NULL) {
+        return -ENODEV;
+    }
+    result = busCoreAddBus(core, number);
+    if (result != 0) {
+        return result;
+    }
+    bus = busCoreFindBus(core, number);
+    bus->isIndexNode = true;
+    bus->parent = parent;
+    bus->index = index;
+    setName(bus->typeName, typeName);
+    return 0;
+}
+
+// The device at an address, new when there was none. Null when the table is full.
+static struct BusCoreDevice* deviceAt(struct BusCore* core, uint32_t bus, uint32_t address) {
+    struct BusCoreDevice* device = busCoreFindDevice(core, bus, address);
+    if (device == NULL && core->deviceCount < BUS_CORE_DEVICES) {
+        device = &core->devices[core->deviceCount];
+        ++core->deviceCount;
+        *device = (struct BusCoreDevice){.bus = bus, .address = address};
+    }
+    return device;
+}
+
+static int checkPlace(struct BusCore* core, uint32_t bus, uint32_t address) {
+    if (address == BUS_CORE_BUS_NODE || address > BUS_CORE_HIGHEST_ADDRESS) {
+        return -EINVAL;
+    }
+    return busCoreFindBus(core, bus) == NULL ? -ENODEV : 0;
+}
+
+int busCoreAddMemory(struct BusCore* core, uint32_t bus, uint32_t address, uint8_t* memory,
+                     uint32_t size, uint32_t pointerWidth, bool readOnly) {
+    struct BusCoreDevice* device = NULL;
+    const int result = checkPlace(core, bus, address);
+    if (result != 0) {
+        return result;
+    }
+    if (memory == NULL || (pointerWidth != 1 && pointerWidth != 2) || size == 0 ||
+        size > (uint32_t)1 << (8 * pointerWidth)) {
+        return -EINVAL;
+    }
+    device = deviceAt(core, bus, address);
+    if (device == NULL) {
+        return -ENOSPC;
+    }
+    if (device->memory != NULL) {
+        return -EEXIST;
+    }
+    device->memory = memory;
+    device->memorySize = size;
+    device->pointerWidth = pointerWidth;
+    device->readOnly = readOnly;
+    return 0;
+}
+
+int busCoreAddDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address, uint32_t index,
+                         const char* typeName) {
+    struct BusCoreDevice* device = NULL;
+    const int result = checkPlace(core, bus, address);
+    if (result != 0) {
+        return result;
+    }
+    device = deviceAt(core, bus, address);
+    if (device == NULL) {
+        return -ENOSPC;
+    }
+    if (device->hasNode) {
+        return -EEXIST;
+    }
+    device->hasNode = true;
+    device->index = index;
+    setName(device->typeName, typeName);
+    return 0;
+}
+
+static void forgetProperties(struct BusCore* core, uint32_t bus, uint32_t target) {
+    uint32_t kept = 0;
+    for (uint32_t i = 0; i < core->propertyCount; ++i) {
+        const struct BusCoreProperty property = core->properties[i];
+        if (property.bus != bus || property.target != target) {
+            core->properties[kept] = property;
+            ++kept;
+        }
+    }
+    core->propertyCount = kept;
+}
+
+int busCoreRemoveDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address) {
+    struct BusCoreDevice* device = busCoreFindDevice(core, bus, address);
+    if (device == NULL || !device->hasNode) {
+        return -ENODEV;
+    }
+    forgetProperties(core, bus, address);
+    device->hasNode = false;
+    if (device->memory == NULL) {
+        --core->deviceCount;
+        *device = core->devices[core->deviceCount];
+    }
+    return 0;
+}
+
+int busCoreSetProperty(struct BusCore* core, uint32_t bus, uint32_t target, uint32_t id,
+                       uint32_t value) {
+    struct BusCoreProperty* property = busCoreFindProperty(core, bus, target, id);
+    if (busCoreFindBus(core, bus) == NULL ||
+        (target != BUS_CORE_BUS_NODE && busCoreFindDevice(core, bus, target) == NULL)) {
+        return -ENODEV;
+    }
+    if (property == NULL) {
+        if (core->propertyCount == BUS_CORE_PROPERTIES) {
+            return -ENOSPC;
+        }
+        property = &core->properties[core->propertyCount];
+        ++core->propertyCount;
+    }
+    *property = (struct BusCoreProperty){.bus = bus, .target = target, .id = id, .value = value};
+    return 0;
+}
+
+int busCoreAddFault(struct BusCore* core, const struct BusCoreFault* fault) {
+    if (fault->error <= 0) {
+        return -EINVAL;
+    }
+    if (core->faultCount == BUS_CORE_FAULTS) {
+        return -ENOSPC;
+    }
+    core->faults[core->faultCount] = *fault;
+    ++core->faultCount;
+    return 0;
+}
+
+int busCoreFaultOf(const struct BusCore* core, uint32_t bus, uint32_t operation,
+                   uint32_t selector) {
+    for (uint32_t i = core->faultCount; i > 0; --i) {
+        const struct BusCoreFault* fault = &core->faults[i - 1];
+        if (fault->bus == bus && fault->operation == operation &&
+            (fault->anySelector || fault->selector == selector)) {
+            return fault->error;
+        }
+    }
+    return 0;
+}
+
+int busCoreOpen(struct BusCore* core, uint32_t bus) {
+    const int fault = busCoreFaultOf(core, bus, BUS_CORE_OPEN, 0);
+    if (fault != 0) {
+        return -fault;
+    }
+    return busCoreFindBus(core, bus) == NULL ? -ENOENT : 0;
+}

@@ -1,0 +1,244 @@
+// Control requests: what each command does to the state.
+#include "standin/i2c_bus/core/internal.h"
+
+// A property that the requester could not query comes with all bits set.
+static const uint32_t unknownValue = 0xFFFFFFFF;
+
+enum {
+    PROPERTY_8 = 8,
+    PROPERTY_10 = 10,
+    NODE_PROPERTIES = 2, // both, which every node that is created gets
+};
+
+static int checkTarget(struct BusCore* core, const struct BusCoreBus* bus, uint32_t target) {
+    if (target != BUS_CORE_BUS_NODE && busCoreFindDevice(core, bus->number, target) == NULL) {
+        return -ENODEV;
+    }
+    return 0;
+}
+
+static int findProperty(struct BusCore* core, const struct BusCoreBus* bus, uint32_t target,
+                        uint32_t id, struct BusCoreProperty** property) {
+    const int result = checkTarget(core, bus, target);
+    if (result != 0) {
+        return result;
+    }
+    *property = busCoreFindProperty(core, bus->number, target, id);
+    return *property == NULL ? -ENOENT : 0;
+}
+
+static int updateProperty(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
+                          uint8_t* reply) {
+    struct BusCoreProperty* property = NULL;
+    const int result = findProperty(core, bus, controlNumber(record, UPDATE_TARGET),
+                                    controlNumber(record, UPDATE_PROPERTY), &property);
+    (void)reply;
+    if (result == 0) {
+        property->value = controlNumber(record, UPDATE_VALUE);
+    }
+    return result;
+}
+
+static int getProperty(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
+                       uint8_t* reply) {
+    struct BusCoreProperty* property = NULL;
+    const int result = findProperty(core, bus, controlNumber(record, GET_TARGET),
+                                    controlNumber(record, GET_PROPERTY), &property);
+    if (result == 0) {
+        controlSetNumber(reply, 0, property->value);
+    }
+    return result;
+}
+
+// Whether a text field ends within itself; the text is copied with nothing behind its end.
+static bool takeText(char* text, const uint8_t* field) {
+    uint32_t length = 0;
+    memset(text, 0, CONTROL_TEXT_SIZE);
+    while (length < CONTROL_TEXT_SIZE && field[length] != 0) {
+        text[length] = (char)field[length];
+        ++length;
+    }
+    return length < CONTROL_TEXT_SIZE;
+}
+
+static void devicePath(char* text, uint32_t number) {
+    static const char prefix[] = "/dev/i2c-";
+    uint32_t length = sizeof(prefix) - 1;
+    uint32_t unit = 1;
+    memset(text, 0, CONTROL_TEXT_SIZE);
+    memcpy(text, prefix, length);
+    while (number / unit > 9) {
+        unit *= 10;
+    }
+    for (; unit > 0; unit /= 10) {
+        text[length] = (char)('0' + number / unit % 10);
+        ++length;
+    }
+}
+
+static void setNodeProperty(struct BusCore* core, uint32_t bus, uint32_t target, uint32_t id,
+                            uint32_t value) {
+    if (value != unknownValue) {
+        busCoreSetProperty(core, bus, target, id, value);
+    }
+}
+
+// A node gets the properties of its bus that the request brings along.
+static void answerNode(struct BusCore* core, uint32_t bus, uint32_t target, const uint8_t* record,
+                       uint8_t* reply) {
+    setNodeProperty(core, bus, target, PROPERTY_8, controlNumber(record, CREATE_PROPERTY_8));
+    setNodeProperty(core, bus, target, PROPERTY_10, controlNumber(record, CREATE_PROPERTY_10));
+    controlSetNumber(reply, 0, BUS_CORE_NODE_CREATED);
+    controlSetNumber(reply, 4, bus);
+}
+
+static const struct BusCoreBus* findIndexNode(const struct BusCore* core, uint32_t parent,
+                                              uint32_t index, const char* typeName) {
+    for (uint32_t i = 0; i < core->busCount; ++i) {
+        const struct BusCoreBus* bus = &core->buses[i];
+        if (bus->isIndexNode && bus->parent == parent && bus->index == index &&
+            memcmp(bus->typeName, typeName, CONTROL_TEXT_SIZE) == 0) {
+            return bus;
+        }
+    }
+    return NULL;
+}
+
+static int createIndexNode(struct BusCore* core, const struct BusCoreBus* parent,
+                           const char* typeName, const uint8_t* record, uint8_t* reply) {
+    const uint32_t index = controlNumber(record, CREATE_INDEX);
+    const struct BusCoreBus* existing = findIndexNode(core, parent->number, index, typeName);
+    const uint32_t number = busCoreNextBus(core);
+    if (existing != NULL) {
+        controlSetNumber(reply, 0, BUS_CORE_NODE_USED);
+        controlSetNumber(reply, 4, existing->number);
+        return 0;
+    }
+    if (busCoreAddIndexNode(core, number, parent->number, index, typeName) != 0) {
+        return -ENOSPC;
+    }
+    answerNode(core, number, BUS_CORE_BUS_NODE, record, reply);
+    return 0;
+}
+
+static int createDeviceNode(struct BusCore* core, const struct BusCoreBus* bus,
+                            const char* typeName, const uint8_t* record, uint8_t* reply) {
+    const uint32_t target = controlNumber(record, CREATE_TARGET);
+    const int result = busCoreAddDeviceNode(core, bus->number, target,
+                                            controlNumber(record, CREATE_INDEX), typeName);
+    if (result == 0) {
+        answerNode(core, bus->number, target, record, reply);
+    }
+    return result;
+}
+
+static int createNode(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
+                      uint8_t* reply) {
+    char typeName[CONTROL_TEXT_SIZE];
+    char path[CONTROL_TEXT_SIZE];
+    char expected[CONTROL_TEXT_SIZE] = "";
+    const bool isIndexNode = controlNumber(record, CREATE_TARGET) == BUS_CORE_BUS_NODE;
+    if (!isIndexNode) {
+        devicePath(expected, bus->number);
+    }
+    if (!takeText(typeName, record + CREATE_TYPE_NAME) ||
+        !takeText(path, record + CREATE_DEVICE_PATH) ||
+        memcmp(path, expected, CONTROL_TEXT_SIZE) != 0) {
+        return -EINVAL;
+    }
+    if (core->propertyCount > BUS_CORE_PROPERTIES - NODE_PROPERTIES) {
+        return -ENOSPC;
+    }
+    return isIndexNode ? createIndexNode(core, bus, typeName, record, reply)
+                       : createDeviceNode(core, bus, typeName, record, reply);
+}
+
+static int removeDevice(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
+                        uint8_t* reply) {
+    (void)reply;
+    return busCoreRemoveDeviceNode(core, bus->number, controlNumber(record, REMOVE_TARGET));
+}
+
+// While the clock is held low no device can answer; letting go of it is the recovery's last step.
+static int recoverBus(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
+                      uint8_t* reply) {
+    (void)core;
+    (void)reply;
+    switch (controlNumber(record, RECOVER_MODE)) {
+    case RECOVERY_RESET_STOP:
+        return 0;
+    case RECOVERY_HOLD_CLOCK_LOW:
+        bus->clockHeld = true;
+        return 0;
+    case RECOVERY_CLOCK_UNRAVEL:
+        bus->clockHeld = false;
+        return 0;
+    default:
+        return -EINVAL;
+    }
+}
+
+struct Command {
+    uint32_t number;
+    uint32_t replyLength;    // 0: the request is a single message
+    uint32_t selectorOffset; // of the field that tells faults apart
+    int (*run)(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record, uint8_t* reply);
+};
+
+static const struct Command commands[] = {
+    {CONTROL_UPDATE_PROPERTY, 0, UPDATE_PROPERTY, updateProperty},
+    {CONTROL_GET_PROPERTY, 4, GET_PROPERTY, getProperty},
+    {CONTROL_CREATE_NODE, 8, CREATE_TARGET, createNode},
+    {CONTROL_REMOVE_DEVICE, 0, REMOVE_TARGET, removeDevice},
+    {CONTROL_RECOVER_BUS, 0, RECOVER_MODE, recoverBus},
+};
+
+static const struct Command* findCommand(uint32_t number) {
+    for (uint32_t i = 0; i < sizeof(commands) / sizeof(commands[0]); ++i) {
+        if (commands[i].number == number) {
+            return &commands[i];
+        }
+    }
+    return NULL;
+}
+
+// Whether a message has this flag and no other but the one that a kernel adds.
+static bool isMarked(const struct i2c_msg* message, uint32_t flag) {
+    return (message->flags & ~(uint32_t)I2C_M_DMA_SAFE) == flag && message->addr == 0;
+}
+
+int busCoreControl(struct BusCore* core, struct BusCoreBus* bus, struct i2c_msg* messages,
+                   uint32_t count) {
+    const uint8_t* record = messages[0].buf;
+    const struct Command* command = NULL;
+    int result = 0;
+    if (!isMarked(&messages[0], CONTROL_FLAG)) {
+        return -EINVAL;
+    }
+    if (messages[0].len != CONTROL_RECORD_SIZE) {
+        return -EMSGSIZE;
+    }
+    if (!controlHasMagic(record)) {
+        return -EINVAL;
+    }
+    command = findCommand(controlNumber(record, CONTROL_COMMAND));
+    if (command == NULL) {
+        return -EOPNOTSUPP;
+    }
+    if (count != (command->replyLength == 0 ? 1U : 2U)) {
+        return -EINVAL;
+    }
+    if (command->replyLength != 0 && !isMarked(&messages[1], I2C_M_RD)) {
+        return -EINVAL;
+    }
+    if (command->replyLength != 0 && messages[1].len != command->replyLength) {
+        return -EMSGSIZE;
+    }
+    result = -busCoreFaultOf(core, bus->number, command->number,
+                             controlNumber(record, command->selectorOffset));
+    if (result == 0) {
+        result =
+            command->run(core, bus, record, command->replyLength != 0 ? messages[1].buf : NULL);
+    }
+    return result == 0 ? (int)count : result;
+}

@@ -1,0 +1,77 @@
+// The control record as the bus driver reads it.
+//
+// A request is a write of 164 bytes to address 0 under a message flag of the driver's own. Numbers
+// are unsigned, 32 bits, little-endian; texts have 16 bytes, NUL-terminated.
+//
+//     0  magic, the bytes "TESK"      4  command
+//
+//   4 update property                 6 create node (an index node when the target is 0)
+//     8  index                         18  index
+//    12  target address                30  property 10 of the bus
+//    16  property value                38  device part, eight numbers
+//    20  property ID                   70  target address
+//    24  device-type name              74  property 8 of the bus
+//   5 get property                     78  device-type name
+//     8  target address                94  device path of the bus, for a device node
+//    12  property ID                  7 remove device
+//       reply: 4 bytes, the value       8  target address
+//   8 recover bus                     6 has a reply of 8 bytes: node status, bus number
+//     8  recovery mode
+#pragma once
+
+#include "standin/i2c_bus/core/freestanding.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+enum {
+    CONTROL_FLAG = 0x0080, ///< marks the message; no flag of Linux
+    CONTROL_RECORD_SIZE = 164,
+    CONTROL_TEXT_SIZE = 16,
+};
+
+enum ControlCommand {
+    CONTROL_UPDATE_PROPERTY = 4,
+    CONTROL_GET_PROPERTY = 5,
+    CONTROL_CREATE_NODE = 6,
+    CONTROL_REMOVE_DEVICE = 7,
+    CONTROL_RECOVER_BUS = 8,
+};
+
+enum ControlOffset {
+    CONTROL_COMMAND = 4,
+    UPDATE_INDEX = 8,
+    UPDATE_TARGET = 12,
+    UPDATE_VALUE = 16,
+    UPDATE_PROPERTY = 20,
+    UPDATE_TYPE_NAME = 24,
+    GET_TARGET = 8,
+    GET_PROPERTY = 12,
+    CREATE_INDEX = 18,
+    CREATE_PROPERTY_10 = 30,
+    CREATE_DEVICE_PART = 38,
+    CREATE_TARGET = 70,
+    CREATE_PROPERTY_8 = 74,
+    CREATE_TYPE_NAME = 78,
+    CREATE_DEVICE_PATH = 94,
+    REMOVE_TARGET = 8,
+    RECOVER_MODE = 8,
+};
+
+enum RecoveryMode {
+    RECOVERY_RESET_STOP = 96,
+    RECOVERY_HOLD_CLOCK_LOW = 97,
+    RECOVERY_CLOCK_UNRAVEL = 98,
+};
+
+// Whether the 164 bytes at record begin with the magic.
+bool controlHasMagic(const uint8_t* record);
+
+// A number of a record or of a reply.
+uint32_t controlNumber(const uint8_t* bytes, uint32_t offset);
+void controlSetNumber(uint8_t* bytes, uint32_t offset, uint32_t value);
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,17 @@
+// What the core takes from its surroundings: fixed-width types, memory functions, error numbers and
+// the kernel's I2C message. In a kernel these come from the kernel, elsewhere from the C library
+// and the kernel's user headers, under the same names.
+#pragma once
+
+#ifdef __KERNEL__
+#include <linux/string.h>
+#include <linux/types.h>
+#else
+#include <stdbool.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+#endif
+
+#include <linux/errno.h>
+#include <linux/i2c.h>

@@ -1,0 +1,15 @@
+// What the core's files share with each other.
+#pragma once
+
+#include "standin/i2c_bus/core/bus_core.h"
+
+int busCoreControl(struct BusCore* core, struct BusCoreBus* bus, struct i2c_msg* messages,
+                   uint32_t count);
+int busCorePlain(struct BusCore* core, const struct BusCoreBus* bus, struct i2c_msg* messages,
+                 uint32_t count);
+
+// The error of the fault that fits, 0 when none does; of several the last one counts.
+int busCoreFaultOf(const struct BusCore* core, uint32_t bus, uint32_t operation, uint32_t selector);
+
+// The lowest number above all buses.
+uint32_t busCoreNextBus(const struct BusCore* core);

@@ -1,0 +1,247 @@
+#include "standin/i2c_bus/preload/bus_client.h"
+
+#include "standin/i2c_bus/wire.h"
+
+#include <errno.h>
+#include <linux/i2c-dev.h>
+#include <linux/i2c.h>
+#include <pthread.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+enum {
+    LONGEST_REQUEST = WIRE_MESSAGES + 2, // pieces: head, message heads, messages
+    LONGEST_REPLY = WIRE_MESSAGES + 1,
+};
+
+// What the kernel can do with an adapter that only transfers messages, as the server does.
+static const unsigned long functions = I2C_FUNC_I2C | I2C_FUNC_SMBUS_QUICK | I2C_FUNC_SMBUS_BYTE |
+                                       I2C_FUNC_SMBUS_BYTE_DATA | I2C_FUNC_SMBUS_WORD_DATA |
+                                       I2C_FUNC_SMBUS_PROC_CALL | I2C_FUNC_SMBUS_WRITE_BLOCK_DATA |
+                                       I2C_FUNC_SMBUS_I2C_BLOCK;
+
+static bool serverAddress(struct sockaddr_un* address) {
+    const char* const path = getenv(WIRE_ENVIRONMENT);
+    memset(address, 0, sizeof(*address));
+    address->sun_family = AF_UNIX;
+    if (path == NULL || strlen(path) >= sizeof(address->sun_path)) {
+        return false;
+    }
+    strcpy(address->sun_path, path);
+    return true;
+}
+
+static int failed(int error) {
+    errno = error;
+    return -1;
+}
+
+static size_t lengthOf(const struct iovec* pieces, size_t count) {
+    size_t length = 0;
+    for (size_t i = 0; i < count; ++i) {
+        length += pieces[i].iov_len;
+    }
+    return length;
+}
+
+// One request and its reply, the first piece of which is a WireReply. The other pieces are filled
+// when the server did what was asked for. Returns the result as an ioctl does.
+static int converse(int descriptor, struct iovec* request, size_t requestPieces,
+                    struct iovec* reply, size_t replyPieces) {
+    const struct WireReply* const head = reply[0].iov_base;
+    struct msghdr message = {.msg_iov = request, .msg_iovlen = requestPieces};
+    ssize_t length = -1;
+    do {
+        length = sendmsg(descriptor, &message, MSG_NOSIGNAL);
+    } while (length < 0 && errno == EINTR);
+    if (length < 0) {
+        return errno == EFAULT ? -1 : failed(EIO);
+    }
+    message = (struct msghdr){.msg_iov = reply, .msg_iovlen = replyPieces};
+    do { // the request is on its way: nothing may come between it and its reply
+        length = recvmsg(descriptor, &message, 0);
+    } while (length < 0 && errno == EINTR);
+    if (length < 0) {
+        return errno == EFAULT ? -1 : failed(EIO);
+    }
+    if ((size_t)length < sizeof(*head)) {
+        return failed(EIO);
+    }
+    if (head->result < 0) {
+        return failed(-head->result);
+    }
+    if ((size_t)length != lengthOf(reply, replyPieces)) {
+        return failed(EIO);
+    }
+    return head->result;
+}
+
+static int exchange(int descriptor, struct iovec* request, size_t requestPieces,
+                    struct iovec* reply, size_t replyPieces) {
+    static pthread_mutex_t oneAtATime = PTHREAD_MUTEX_INITIALIZER;
+    pthread_mutex_lock(&oneAtATime);
+    const int result = converse(descriptor, request, requestPieces, reply, replyPieces);
+    pthread_mutex_unlock(&oneAtATime);
+    return result;
+}
+
+// A request that is its head alone, with a reply of the same kind.
+static int ask(int descriptor, uint32_t kind, uint32_t argument) {
+    struct WireRequest request = {kind, argument};
+    struct WireReply reply = {0};
+    struct iovec sent = {&request, sizeof(request)};
+    struct iovec received = {&reply, sizeof(reply)};
+    return exchange(descriptor, &sent, 1, &received, 1);
+}
+
+int busOpen(uint32_t bus, bool closeOnExec) {
+    static const int room = WIRE_LONGEST;
+    struct sockaddr_un address;
+    if (!serverAddress(&address)) {
+        return failed(ENOENT);
+    }
+    const int descriptor = socket(AF_UNIX, SOCK_SEQPACKET | (closeOnExec ? SOCK_CLOEXEC : 0), 0);
+    if (descriptor < 0) {
+        return -1;
+    }
+    int error = ENXIO;
+    // The longest transfer is more than a socket takes of itself.
+    if (setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &room, sizeof(room)) == 0 &&
+        connect(descriptor, (const struct sockaddr*)&address, sizeof(address)) == 0) {
+        if (ask(descriptor, WIRE_OPEN, bus) == 0) {
+            return descriptor;
+        }
+        error = errno;
+    }
+    close(descriptor);
+    return failed(error);
+}
+
+bool busIsOpen(int descriptor) {
+    const int before = errno;
+    struct sockaddr_un server;
+    struct sockaddr_un peer;
+    socklen_t length = sizeof(peer);
+    memset(&peer, 0, sizeof(peer));
+    const bool isOurs = serverAddress(&server) &&
+                        getpeername(descriptor, (struct sockaddr*)&peer, &length) == 0 &&
+                        peer.sun_family == AF_UNIX && length <= sizeof(peer) &&
+                        strncmp(peer.sun_path, server.sun_path, sizeof(peer.sun_path)) == 0;
+    errno = before;
+    return isOurs;
+}
+
+static int transfer(int descriptor, const struct i2c_rdwr_ioctl_data* given) {
+    struct WireRequest head = {WIRE_TRANSFER, 0};
+    struct WireReply result = {0};
+    struct WireMessage messages[WIRE_MESSAGES];
+    struct iovec request[LONGEST_REQUEST] = {{&head, sizeof(head)}, {messages, 0}};
+    struct iovec reply[LONGEST_REPLY] = {{&result, sizeof(result)}};
+    size_t requestPieces = 2;
+    size_t replyPieces = 1;
+    if (given == NULL) {
+        return failed(EFAULT);
+    }
+    if (given->msgs == NULL || given->nmsgs == 0 || given->nmsgs > WIRE_MESSAGES) {
+        return failed(EINVAL);
+    }
+    for (uint32_t i = 0; i < given->nmsgs; ++i) {
+        const struct i2c_msg* const message = &given->msgs[i];
+        const struct iovec piece = {message->buf, message->len};
+        if (message->len > WIRE_MESSAGE_LENGTH) {
+            return failed(EINVAL);
+        }
+        messages[i] = (struct WireMessage){message->addr, message->flags, message->len};
+        if ((message->flags & I2C_M_RD) != 0) {
+            reply[replyPieces++] = piece;
+        } else {
+            request[requestPieces++] = piece;
+        }
+    }
+    head.argument = given->nmsgs;
+    request[1].iov_len = given->nmsgs * sizeof(messages[0]);
+    return exchange(descriptor, request, requestPieces, reply, replyPieces);
+}
+
+// Bytes of the data of an SMBus access; 0 when it has none, or is unknown.
+static size_t smbusDataSize(const struct i2c_smbus_ioctl_data* given) {
+    switch (given->size) {
+    case I2C_SMBUS_BYTE:
+        return given->read_write == I2C_SMBUS_READ ? 1 : 0;
+    case I2C_SMBUS_BYTE_DATA:
+        return 1;
+    case I2C_SMBUS_WORD_DATA:
+    case I2C_SMBUS_PROC_CALL:
+        return 2;
+    case I2C_SMBUS_BLOCK_DATA:
+    case I2C_SMBUS_BLOCK_PROC_CALL:
+    case I2C_SMBUS_I2C_BLOCK_BROKEN:
+    case I2C_SMBUS_I2C_BLOCK_DATA:
+        return WIRE_SMBUS_DATA;
+    default:
+        return 0;
+    }
+}
+
+static int smbus(int descriptor, const struct i2c_smbus_ioctl_data* given) {
+    struct WireRequest head = {WIRE_SMBUS, 0};
+    struct WireReply result = {0};
+    struct WireSmbus access = {0};
+    uint8_t answer[WIRE_SMBUS_DATA];
+    struct iovec request[] = {{&head, sizeof(head)}, {&access, sizeof(access)}};
+    struct iovec reply[] = {{&result, sizeof(result)}, {answer, sizeof(answer)}};
+    if (given == NULL) {
+        return failed(EFAULT);
+    }
+    const size_t size = smbusDataSize(given);
+    const bool isRead = given->read_write == I2C_SMBUS_READ;
+    if (given->read_write > I2C_SMBUS_READ || given->size > I2C_SMBUS_I2C_BLOCK_DATA ||
+        (size != 0 && given->data == NULL)) {
+        return failed(EINVAL);
+    }
+    access.isRead = isRead;
+    access.command = given->command;
+    access.size = (uint16_t)given->size;
+    if (given->size == I2C_SMBUS_I2C_BLOCK_DATA && isRead) {
+        access.data[0] = given->data->block[0]; // how many bytes; the rest is to be filled
+    } else if (size != 0 && (!isRead || given->size == I2C_SMBUS_PROC_CALL ||
+                             given->size == I2C_SMBUS_BLOCK_PROC_CALL)) {
+        memcpy(access.data, given->data, size);
+    }
+    const int status = exchange(descriptor, request, 2, reply, 2);
+    if (status >= 0 && size != 0 && (isRead || given->size == I2C_SMBUS_PROC_CALL)) {
+        memcpy(given->data, answer, size);
+    }
+    return status;
+}
+
+int busIoctl(int descriptor, unsigned long request, void* argument) {
+    switch (request) {
+    case I2C_RDWR:
+        return transfer(descriptor, argument);
+    case I2C_SMBUS:
+        return smbus(descriptor, argument);
+    case I2C_SLAVE:
+        return ask(descriptor, WIRE_SLAVE, (uint32_t)(uintptr_t)argument);
+    case I2C_SLAVE_FORCE:
+        return ask(descriptor, WIRE_SLAVE_FORCE, (uint32_t)(uintptr_t)argument);
+    case I2C_FUNCS:
+        if (argument == NULL) {
+            return failed(EFAULT);
+        }
+        memcpy(argument, &functions, sizeof(functions));
+        return 0;
+    case I2C_RETRIES:
+    case I2C_TIMEOUT:
+        return 0; // there is nothing to wait for
+    case I2C_TENBIT:
+    case I2C_PEC:
+        return argument == NULL ? 0 : failed(EINVAL); // can be off, not on
+    default:
+        return failed(ENOTTY);
+    }
+}

@@ -1,0 +1,16 @@
+// The client's side of a bus: one connection to the server stands for one open device.
+#pragma once
+
+#include <stdbool.h>
+#include <stdint.h>
+
+// Opens a bus of the server that the environment names. A descriptor, or -1 with the errno that
+// the server decides; ENOENT when the environment names none, ENXIO when it does not answer.
+int busOpen(uint32_t bus, bool closeOnExec);
+
+// Whether a descriptor is one of busOpen(). Leaves errno as it is.
+bool busIsOpen(int descriptor);
+
+// An ioctl of the I2C range on such a descriptor, with the results of the kernel's I2C devices.
+// Threads may share a descriptor; processes that do must take turns.
+int busIoctl(int descriptor, unsigned long request, void* argument);

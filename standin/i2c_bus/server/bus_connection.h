@@ -1,0 +1,47 @@
+// One client of the bus server: an open /dev/i2c-N.
+#pragma once
+
+#include "standin/i2c_bus/core/bus_core.h"
+#include "standin/i2c_bus/wire.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace standin {
+
+/// Writes down one control transaction.
+using TransactionLog = std::function<void(const std::string& line)>;
+
+/// Answers one client's requests, whatever they hold.
+class BusConnection {
+public:
+    /// Both are to outlive the connection. No log, no lines.
+    BusConnection(BusCore& core, const TransactionLog& log) : core_(&core), log_(&log) {}
+
+    /// Answers one request.
+    ///
+    /// @param request  one datagram; its write messages are handed to the core where they lie.
+    /// @param reply    receives the reply, which is WIRE_LONGEST bytes at most.
+    /// @return false when the client does not keep to the wire format, and cannot go on.
+    [[nodiscard]] bool answer(std::span<std::uint8_t> request, std::vector<std::uint8_t>& reply);
+
+private:
+    [[nodiscard]] int open(std::uint32_t bus);
+    [[nodiscard]] int setAddress(std::uint32_t address, bool force);
+    [[nodiscard]] std::optional<int> transfer(std::uint32_t count, std::span<std::uint8_t> rest,
+                                              std::vector<std::uint8_t>& reply);
+    [[nodiscard]] std::optional<int> access(std::span<const std::uint8_t> rest,
+                                            std::vector<std::uint8_t>& reply);
+
+    BusCore* core_;
+    const TransactionLog* log_;
+    std::optional<std::uint32_t> bus_; ///< once it is open
+    std::uint16_t address_ = 0;        ///< of SMBus accesses
+};
+
+} // namespace standin

@@ -1,0 +1,151 @@
+#include "standin/i2c_bus/server/bus_server.h"
+
+#include "standin/i2c_bus/wire.h"
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <fcntl.h>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <system_error>
+#include <utility>
+
+namespace standin {
+
+namespace {
+
+void check(int result, const std::string& what) {
+    if (result < 0) {
+        throw std::system_error(-result, std::generic_category(), what);
+    }
+}
+
+Descriptor listenOn(const std::string& path) {
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    if (path.size() >= sizeof address.sun_path) {
+        check(-ENAMETOOLONG, path);
+    }
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    Descriptor listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (listener.number() < 0 ||
+        bind(listener.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(listener.number(), SOMAXCONN) != 0) {
+        check(-errno, path);
+    }
+    return listener;
+}
+
+// Whoever reads the log after a transaction finds it there, whole.
+TransactionLog logTo(const std::string& path) {
+    if (path.empty()) {
+        return {};
+    }
+    const auto file = std::make_shared<Descriptor>(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0666));
+    if (file->number() < 0) {
+        check(-errno, path);
+    }
+    return [file](const std::string& line) {
+        const std::string whole = line + '\n';
+        (void)!write(file->number(), whole.data(), whole.size()); // a full disk fails no request
+    };
+}
+
+} // namespace
+
+struct BusServer::Client {
+    Client(BusServer& owner, Descriptor accepted)
+        : server(&owner),
+          socket(std::move(accepted)),
+          connection(owner.state_.core(), owner.log_) {}
+
+    BusServer* server;
+    Descriptor socket;
+    EventSource source; // gone before its descriptor is closed
+    BusConnection connection;
+};
+
+BusServer::BusServer(sd_event* loop, const std::string& path, BusState state,
+                     const std::string& log)
+    : loop_(loop),
+      state_(std::move(state)),
+      log_(logTo(log)),
+      listener_(listenOn(path)),
+      request_(WIRE_LONGEST) {
+    sd_event_source* source = nullptr;
+    check(sd_event_add_io(loop_, &source, listener_.number(), EPOLLIN, onConnect, this), path);
+    listening_.reset(source);
+}
+
+BusServer::~BusServer() = default;
+
+int BusServer::onConnect(sd_event_source* /*source*/, int /*descriptor*/, std::uint32_t /*events*/,
+                         void* server) {
+    try {
+        static_cast<BusServer*>(server)->accept();
+    } catch (const std::exception&) {
+        return 0; // out of memory: who wanted in is turned away
+    }
+    return 0;
+}
+
+int BusServer::onRequest(sd_event_source* /*source*/, int /*descriptor*/, std::uint32_t /*events*/,
+                         void* client) {
+    auto& from = *static_cast<Client*>(client);
+    bool served = false;
+    try {
+        served = from.server->serve(from);
+    } catch (const std::exception&) {
+        served = false; // out of memory: the one client goes, the others stay
+    }
+    if (!served) {
+        from.server->drop(from);
+    }
+    return 0;
+}
+
+void BusServer::accept() {
+    Descriptor accepted(
+        accept4(listener_.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (accepted.number() < 0) {
+        // Out of descriptors: who waits is let in once another client has gone.
+        if (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS) {
+            sd_event_source_set_enabled(listening_.get(), SD_EVENT_OFF);
+        }
+        return;
+    }
+    const int socket = accepted.number();
+    constexpr int room = WIRE_LONGEST;
+    (void)setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
+    Client& client = clients_.emplace_back(*this, std::move(accepted));
+    sd_event_source* source = nullptr;
+    if (sd_event_add_io(loop_, &source, socket, EPOLLIN, onRequest, &client) < 0) {
+        clients_.pop_back();
+        return;
+    }
+    client.source.reset(source);
+}
+
+bool BusServer::serve(Client& client) {
+    const int socket = client.socket.number();
+    const ssize_t length = recv(socket, request_.data(), request_.size(), MSG_TRUNC);
+    if (length < 0) {
+        return errno == EAGAIN || errno == EINTR;
+    }
+    if (length == 0 || static_cast<std::size_t>(length) > request_.size() ||
+        !client.connection.answer(std::span(request_).first(static_cast<std::size_t>(length)),
+                                  reply_)) {
+        return false;
+    }
+    return send(socket, reply_.data(), reply_.size(), MSG_NOSIGNAL) ==
+           static_cast<ssize_t>(reply_.size());
+}
+
+void BusServer::drop(const Client& client) {
+    clients_.remove_if([&](const Client& each) { return &each == &client; });
+    sd_event_source_set_enabled(listening_.get(), SD_EVENT_ON);
+}
+
+} // namespace standin
