@@ -4,6 +4,10 @@
 #include <stdbool.h>
 #include <stdint.h>
 
+#ifdef __cplusplus
+extern "C" {
+#endif
+
 // Opens a bus of the server that the environment names. A descriptor, or -1 with the errno that
 // the server decides; ENOENT when the environment names none, ENXIO when it does not answer.
 int busOpen(uint32_t bus, bool closeOnExec);
@@ -14,3 +18,7 @@ bool busIsOpen(int descriptor);
 // An ioctl of the I2C range on such a descriptor, with the results of the kernel's I2C devices.
 // Threads may share a descriptor; processes that do must take turns.
 int busIoctl(int descriptor, unsigned long request, void* argument);
+
+#ifdef __cplusplus
+}
+#endif

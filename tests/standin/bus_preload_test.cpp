@@ -1,0 +1,231 @@
+// Whole programs on the stand-in's buses: what the preload library makes of their calls.
+#include "standin/i2c_bus/wire.h"
+#include "tests/standin/running_bus_server.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string_view>
+
+namespace standin {
+namespace {
+
+std::string fromEnvironment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+BusState boardWithEeprom() {
+    BusState state;
+    BusCore& core = state.core();
+    EXPECT_EQ(busCoreAddBus(&core, 5), 0);
+    EXPECT_EQ(busCoreAddBus(&core, 6), 0);
+    EXPECT_EQ(busCoreSetProperty(&core, 5, 0, 8, 17), 0);
+    EXPECT_EQ(busCoreSetProperty(&core, 5, 0, 10, 0x22), 0);
+    std::vector<std::uint8_t> content(256, 0xFF);
+    std::ranges::copy(std::string_view("ZOLT EEPROM\x01\x02\x03\x7F."), content.begin());
+    EXPECT_EQ(state.addMemory(5, 0x50, content, 1, false), 0);
+    EXPECT_EQ(state.addMemory(5, 0x57, {0xAB}, 2, true), 0);
+    const BusCoreFault fault{
+        .bus = 6, .operation = BUS_CORE_OPEN, .anySelector = true, .selector = 0, .error = EACCES};
+    EXPECT_EQ(busCoreAddFault(&core, &fault), 0);
+    return state;
+}
+
+class Preload : public testing::Test {
+protected:
+    // What a shell command prints on both its outputs, and its exit status behind it.
+    [[nodiscard]] std::string run(const std::string& command) const {
+        return shell(WIRE_ENVIRONMENT "=" + server_.socket(), command);
+    }
+    // The shell itself is a program on the buses, too.
+    [[nodiscard]] static std::string shell(const std::string& variable,
+                                           const std::string& command) {
+        // An instrumented program wants its runtime in front; ours need not come behind it.
+        setenv("ON_THE_BUSES", ("exec 2>&1; " + command).c_str(), 1);
+        FILE* const pipe =
+            popen(("exec env ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=" +
+                   fromEnvironment("I2C_PRELOAD") + " " + variable + " sh -c \"$ON_THE_BUSES\"")
+                      .c_str(),
+                  "r");
+        std::string output;
+        std::array<char, 4096> piece;
+        for (std::size_t length = 0;
+             (length = std::fread(piece.data(), 1, piece.size(), pipe)) > 0;) {
+            output.append(piece.data(), length);
+        }
+        const int status = pclose(pipe);
+        return output + "[" + std::to_string(WEXITSTATUS(status)) + "]";
+    }
+    [[nodiscard]] std::string log() const {
+        std::ostringstream content;
+        content << std::ifstream(server_.log()).rdbuf();
+        return content.str();
+    }
+    static std::string probe() { return fromEnvironment("OPEN_PROBE"); }
+    static std::string tool() { return fromEnvironment("ZOLT_TEST"); }
+
+    RunningBusServer server_{boardWithEeprom()};
+};
+
+// What the probe says when every name gives the same.
+std::string everyName(const std::string& outcome) {
+    std::string text;
+    for (const char* const name :
+         {"open", "open64", "__open", "__open64", "__open_2", "__open64_2", "openat", "openat64",
+          "__openat_2", "__openat64_2", "fopen", "fopen64"}) {
+        const bool closes = outcome.size() < 5 && std::string_view(name) == "open64";
+        text.append(name).append(": ").append(outcome).append(closes ? ", closed on exec\n" : "\n");
+    }
+    return text + "[0]";
+}
+
+TEST_F(Preload, everyWayToOpenABusGivesOne) {
+    EXPECT_EQ(run(probe() + " /dev/i2c-5"), everyName("bus"));
+}
+
+TEST_F(Preload, theServersRefusalIsWhatEveryWayGives) {
+    EXPECT_EQ(run(probe() + " /dev/i2c-6"), everyName("Permission denied"));
+    EXPECT_EQ(run(probe() + " /dev/i2c-7"), everyName("No such file or directory"));
+}
+
+TEST_F(Preload, withoutAServerThereIsNoBus) {
+    EXPECT_EQ(shell("", probe() + " /dev/i2c-5"), everyName("No such file or directory"));
+}
+
+TEST_F(Preload, whatIsNoBusIsLeftAlone) {
+    EXPECT_EQ(run(probe() + " /dev/null"), everyName("file"));
+    for (const char* const path : {"/dev/i2c-", "/dev/i2c-05", "/dev/i2c-5x", "/dev/i2c--1",
+                                   "/dev/i2c-99999999999", "/dev/i2c/5"}) {
+        EXPECT_EQ(run(probe() + " " + path), everyName("No such file or directory"));
+    }
+}
+
+TEST_F(Preload, aNewFileHasTheModeThatItIsCreatedWith) {
+    EXPECT_EQ(run("cd $(mktemp -d) && umask 027 && : > new && stat -c %a new && rm new && "
+                  "rmdir $PWD"),
+              "640\n[0]");
+}
+
+TEST_F(Preload, anOpenBusIsInherited) {
+    EXPECT_EQ(run("exec 3<>/dev/i2c-5; " + probe() + " <&3"), "inherited: bus\n[0]");
+    EXPECT_EQ(run(probe() + " </dev/null"), "inherited: file\n[0]");
+}
+
+class I2cTools : public Preload {
+protected:
+    void SetUp() override {
+        if (run("PATH=$PATH:/usr/sbin:/sbin command -v i2ctransfer >/dev/null") != "[0]") {
+            GTEST_SKIP() << "i2c-tools is not installed";
+        }
+    }
+    [[nodiscard]] std::string tools(const std::string& command) const {
+        return run("PATH=$PATH:/usr/sbin:/sbin; " + command);
+    }
+};
+
+TEST_F(I2cTools, aTransferReadsTheEeprom) {
+    EXPECT_EQ(tools("i2ctransfer -y 5 w1@0x50 0x05 r6"), "0x45 0x45 0x50 0x52 0x4f 0x4d\n[0]");
+    EXPECT_EQ(tools("i2ctransfer -y 5 w2@0x57 0x00 0x00 r1"), "0xab\n[0]");
+}
+
+TEST_F(I2cTools, aTransferWritesTheEeprom) {
+    EXPECT_EQ(tools("i2ctransfer -y 5 w3@0x50 0x10 0x61 0x62 && "
+                    "i2ctransfer -y 5 w1@0x50 0x10 r3"),
+              "0x61 0x62 0xff\n[0]");
+}
+
+TEST_F(I2cTools, whereThereIsNoDeviceATransferFails) {
+    EXPECT_EQ(tools("i2ctransfer -y 5 r1@0x51"),
+              "Error: Sending messages failed: No such device or address\n[1]");
+    EXPECT_EQ(tools("i2ctransfer -y 7 r1@0x50"),
+              "Error: Could not open file `/dev/i2c-7' or `/dev/i2c/7': "
+              "No such file or directory\n[1]");
+    EXPECT_EQ(tools("i2ctransfer -y 6 r1@0x50"),
+              "Error: Could not open file `/dev/i2c-6': Permission denied\nRun as root?\n[1]");
+}
+
+TEST_F(I2cTools, aDumpShowsTheEeprom) {
+    const std::string expected =
+        "     0  1  2  3  4  5  6  7  8  9  a  b  c  d  e  f    0123456789abcdef\n"
+        "00: 5a 4f 4c 54 20 45 45 50 52 4f 4d 01 02 03 7f 2e    ZOLT EEPROM????.\n"
+        "10: ff ff ff ff ff ff ff ff ff ff ff ff ff ff ff ff    ................\n[0]";
+    EXPECT_EQ(tools("i2cdump -y -r 0x00-0x1f 5 0x50 b"), expected);
+    EXPECT_EQ(tools("i2cdump -y -r 0x00-0x1f 5 0x50 c"), expected);
+    EXPECT_EQ(tools("i2cdump -y -r 0x00-0x1f 5 0x50 i"), expected);
+}
+
+TEST_F(I2cTools, aDumpOfWordsShowsTheEeprom) {
+    const std::string start = "     0,8  1,9  2,a  3,b  4,c  5,d  6,e  7,f\n"
+                              "00: 4f5a 4c4f 544c 2054 4520 4545 5045 5250 \n"
+                              "08: 4f52 4d4f 014d 0201 0302 7f03 2e7f ff2e \n";
+    EXPECT_EQ(tools("i2cdump -y 5 0x50 w").substr(0, start.size()), start);
+}
+
+TEST_F(I2cTools, aScanFindsTheDevices) {
+    EXPECT_EQ(tools("i2cdetect -y 5 0x50 0x57"),
+              "     0  1  2  3  4  5  6  7  8  9  a  b  c  d  e  f\n"
+              "00:                                                 \n"
+              "10:                                                 \n"
+              "20:                                                 \n"
+              "30:                                                 \n"
+              "40:                                                 \n"
+              "50: 50 -- -- -- -- -- -- 57                         \n"
+              "60:                                                 \n"
+              "70:                                                 \n[0]");
+}
+
+TEST_F(I2cTools, oneByteIsSetAndGot) {
+    EXPECT_EQ(tools("i2cset -y 5 0x50 0x20 0x77 && i2cget -y 5 0x50 0x20"), "0x77\n[0]");
+}
+
+TEST_F(Preload, theToolCreatesNodesThatOutliveIt) {
+    EXPECT_EQ(run(tool() + " -o 9 -d 24 -i 3 -n 5 -t 80"),
+              "Index Node Status:Node Status: [0] &  Name: [/dev/i2c-7]\n"
+              "Device Node Status: [0] &  Name: [/dev/i2c-7]\n[0]");
+    EXPECT_EQ(run(tool() + " -o 9 -d 24 -i 3 -n 5 -t 80"),
+              "Index Node Status:Node Status: [1] &  Name: [/dev/i2c-7]\n"
+              "Status is -1 (File exists)\n"
+              "Device Node Creation Failed.\n[0]");
+    const std::string queries = " get-property target=0x00 property=8 -> 2 value=0x00000011\n";
+    const std::string others = " get-property target=0x00 property=10 -> 2 value=0x00000022\n";
+    const std::string index =
+        "/dev/i2c-5 create-node index=3 target=0x00 property8=0x00000011 property10=0x00000022 "
+        "device=0,0,0,0,0,0,0,0 type=\"PUCK\" path=\"\" -> 2 status=";
+    const std::string device =
+        "/dev/i2c-7 create-node index=3 target=0x50 property8=0x00000011 property10=0x00000022 "
+        "device=16,0,0,100,256,40,0,0 type=\"PUCK\" path=\"/dev/i2c-7\" -> ";
+    const std::string parent = "/dev/i2c-5" + queries + "/dev/i2c-5" + others;
+    const std::string node = "/dev/i2c-7" + queries + "/dev/i2c-7" + others;
+    EXPECT_EQ(log(), parent + index + "0 bus=7\n" + node + device + "2 status=0 bus=7\n" + //
+                         parent + index + "1 bus=7\n" + node + device + "-17 EEXIST\n");
+}
+
+TEST_F(Preload, theToolRecoversABus) {
+    EXPECT_EQ(run("echo 5 | " + tool() + " -o 15"), "Enter Node Num:"
+                                                    "Status [1] for node name: [/dev/i2c-5]\n"
+                                                    "Status [1] for node name: [/dev/i2c-5]\n"
+                                                    "Status [1] for node name: [/dev/i2c-5]\n[0]");
+    EXPECT_EQ(log(), "/dev/i2c-5 recover-bus mode=96 -> 1\n"
+                     "/dev/i2c-5 recover-bus mode=97 -> 1\n"
+                     "/dev/i2c-5 recover-bus mode=98 -> 1\n");
+}
+
+TEST_F(Preload, twoToolsAtOnceKeepTheStateWhole) {
+    // Each creates 30 nodes; every one is a bus of its own, and none is missing.
+    const std::string creating =
+        "for i in $(seq 30); do " + tool() + " -o 9 -d $1 -i $i -n 5 -t 80; done";
+    EXPECT_EQ(run("create() { " + creating +
+                  "; }; (create 24 & create 12; wait) | "
+                  "grep -c '^Device Node Status: .0. '"),
+              "60\n[0]");
+    EXPECT_EQ(run("for i in $(seq 7 66); do : <>/dev/i2c-$i || exit; done"), "[0]");
+    EXPECT_EQ(run(": <>/dev/i2c-67 && echo there").find("there"), std::string::npos);
+}
+
+} // namespace
+} // namespace standin

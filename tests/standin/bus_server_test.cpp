@@ -1,0 +1,333 @@
+// The bus server over its socket: clients of the preload library's code, and clients of no manners.
+#include "standin/i2c_bus/server/bus_server.h"
+
+#include "standin/i2c_bus/preload/bus_client.h"
+#include "standin/i2c_bus/wire.h"
+#include "tests/standin/control_request.h"
+#include "tests/standin/running_bus_server.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <linux/i2c-dev.h>
+#include <poll.h>
+#include <set>
+#include <sstream>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <system_error>
+#include <thread>
+
+namespace standin {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+BusState twoBuses() {
+    BusState state;
+    EXPECT_EQ(busCoreAddBus(&state.core(), 5), 0);
+    EXPECT_EQ(busCoreAddBus(&state.core(), 6), 0);
+    EXPECT_EQ(state.addMemory(5, 0x50, {10, 11, 12, 13}, 1, false), 0);
+    EXPECT_EQ(busCoreAddDeviceNode(&state.core(), 5, 0x51, 0, ""), 0);
+    EXPECT_EQ(busCoreSetProperty(&state.core(), 5, 0, 8, 42), 0);
+    const BusCoreFault fault{
+        .bus = 6, .operation = BUS_CORE_OPEN, .anySelector = true, .selector = 0, .error = EACCES};
+    EXPECT_EQ(busCoreAddFault(&state.core(), &fault), 0);
+    return state;
+}
+
+class BusServerTest : public testing::Test {
+protected:
+    BusServerTest() { setenv(WIRE_ENVIRONMENT, server_.socket().c_str(), 1); }
+
+    static int rdwr(int bus, std::vector<i2c_msg>& messages) {
+        i2c_rdwr_ioctl_data data{.msgs = messages.data(),
+                                 .nmsgs = static_cast<std::uint32_t>(messages.size())};
+        return busIoctl(bus, I2C_RDWR, &data);
+    }
+    static int rdwr(int bus, ControlRequest& request) { return rdwr(bus, request.messages); }
+
+    [[nodiscard]] Descriptor rawClient() const {
+        Descriptor client(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+        server_.socket().copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(
+            connect(client.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+            0);
+        return client;
+    }
+
+    RunningBusServer server_{twoBuses()};
+};
+
+TEST_F(BusServerTest, theServerDecidesWhatOpens) {
+    const Descriptor bus(busOpen(5, true));
+    EXPECT_GE(bus.number(), 0);
+    EXPECT_TRUE(busIsOpen(bus.number()));
+    EXPECT_EQ(busOpen(6, true), -1);
+    EXPECT_EQ(errno, EACCES);
+    EXPECT_EQ(busOpen(7, true), -1);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(BusServerTest, withoutAServerNothingOpens) {
+    unsetenv(WIRE_ENVIRONMENT);
+    EXPECT_EQ(busOpen(5, true), -1);
+    EXPECT_EQ(errno, ENOENT);
+    setenv(WIRE_ENVIRONMENT, (server_.socket() + "x").c_str(), 1);
+    EXPECT_EQ(busOpen(5, true), -1);
+    EXPECT_EQ(errno, ENXIO);
+    setenv(WIRE_ENVIRONMENT, std::string(200, 'x').c_str(), 1);
+    EXPECT_EQ(busOpen(5, true), -1);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(BusServerTest, otherDescriptorsAreNoBuses) {
+    errno = 7;
+    EXPECT_FALSE(busIsOpen(STDIN_FILENO));
+    EXPECT_FALSE(busIsOpen(-1));
+    EXPECT_FALSE(busIsOpen(Descriptor(socket(AF_UNIX, SOCK_STREAM, 0)).number()));
+    EXPECT_EQ(errno, 7);
+}
+
+TEST_F(BusServerTest, aControlTransactionIsAnswered) {
+    const Descriptor bus(busOpen(5, true));
+    ControlRequest request = getProperty(0, 8);
+    EXPECT_EQ(rdwr(bus.number(), request), 2);
+    EXPECT_EQ(request.replyWord(0), 42);
+}
+
+TEST_F(BusServerTest, aRefusalLeavesTheReplyAlone) {
+    const Descriptor bus(busOpen(5, true));
+    ControlRequest request = getProperty(0, 9);
+    std::ranges::fill(request.reply, std::uint8_t{0xEE});
+    EXPECT_EQ(rdwr(bus.number(), request), -1);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(request.reply, Bytes(4, 0xEE));
+}
+
+TEST_F(BusServerTest, theLongestTransferGoesBothWays) {
+    const Descriptor bus(busOpen(5, true));
+    std::vector<Bytes> areas(42, Bytes(8192, 0));
+    std::vector<i2c_msg> messages;
+    for (Bytes& area : areas) {
+        messages.push_back({.addr = 0x50, .flags = 0, .len = 8192, .buf = area.data()});
+    }
+    EXPECT_EQ(rdwr(bus.number(), messages), 42);
+    for (i2c_msg& message : messages) {
+        message.flags = I2C_M_RD;
+    }
+    areas[41][8191] = 1;
+    EXPECT_EQ(rdwr(bus.number(), messages), 42);
+    EXPECT_EQ(areas[41][8191], 0);
+}
+
+TEST_F(BusServerTest, argumentsAreCheckedAsTheKernelDoes) {
+    const Descriptor bus(busOpen(5, true));
+    const auto refused = [&](unsigned long request, void* argument) {
+        errno = 0;
+        EXPECT_EQ(busIoctl(bus.number(), request, argument), -1);
+        return errno;
+    };
+    std::uint8_t byte = 0;
+    std::vector<i2c_msg> messages(43, {.addr = 0x50, .flags = 0, .len = 0, .buf = &byte});
+    i2c_rdwr_ioctl_data data{.msgs = messages.data(), .nmsgs = 0};
+    EXPECT_EQ(refused(I2C_RDWR, &data), EINVAL);
+    data.nmsgs = 43;
+    EXPECT_EQ(refused(I2C_RDWR, &data), EINVAL);
+    data = {.msgs = nullptr, .nmsgs = 1};
+    EXPECT_EQ(refused(I2C_RDWR, &data), EINVAL);
+    EXPECT_EQ(refused(I2C_RDWR, nullptr), EFAULT);
+    EXPECT_EQ(refused(I2C_SMBUS, nullptr), EFAULT);
+    EXPECT_EQ(refused(I2C_FUNCS, nullptr), EFAULT);
+    data = {.msgs = messages.data(), .nmsgs = 1};
+    messages[0].len = 8193;
+    EXPECT_EQ(refused(I2C_RDWR, &data), EINVAL);
+    messages[0].len = 4;
+    messages[0].buf = nullptr; // not the caller's to read
+    EXPECT_EQ(refused(I2C_RDWR, &data), EFAULT);
+    i2c_smbus_ioctl_data access{
+        .read_write = 2, .command = 0, .size = I2C_SMBUS_QUICK, .data = nullptr};
+    EXPECT_EQ(refused(I2C_SMBUS, &access), EINVAL);
+    access = {.read_write = 1, .command = 0, .size = 9, .data = nullptr};
+    EXPECT_EQ(refused(I2C_SMBUS, &access), EINVAL);
+    access = {.read_write = 1, .command = 0, .size = I2C_SMBUS_BYTE, .data = nullptr};
+    EXPECT_EQ(refused(I2C_SMBUS, &access), EINVAL);
+    EXPECT_EQ(refused(I2C_TENBIT, &byte), EINVAL);
+    EXPECT_EQ(refused(I2C_PEC, &byte), EINVAL);
+    EXPECT_EQ(refused(0x07FF, &byte), ENOTTY);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_TENBIT, nullptr), 0);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_PEC, nullptr), 0);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_RETRIES, nullptr), 0);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_TIMEOUT, nullptr), 0);
+}
+
+TEST_F(BusServerTest, aBusTellsWhatItCanDo) {
+    const Descriptor bus(busOpen(5, true));
+    unsigned long functions = 0;
+    EXPECT_EQ(busIoctl(bus.number(), I2C_FUNCS, &functions), 0);
+    EXPECT_EQ(functions, 0x0EFF0001);
+}
+
+TEST_F(BusServerTest, smbusAccessesAreServed) {
+    const Descriptor bus(busOpen(5, true));
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SLAVE, reinterpret_cast<void*>(0x51)), -1);
+    EXPECT_EQ(errno, EBUSY);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SLAVE_FORCE, reinterpret_cast<void*>(0x51)), 0);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SLAVE, reinterpret_cast<void*>(0x50)), 0);
+    i2c_smbus_data data{};
+    i2c_smbus_ioctl_data access{
+        .read_write = I2C_SMBUS_READ, .command = 1, .size = I2C_SMBUS_WORD_DATA, .data = &data};
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SMBUS, &access), 0);
+    EXPECT_EQ(data.word, 0x0C0B);
+    data.block[0] = 3;
+    access.size = I2C_SMBUS_I2C_BLOCK_DATA;
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SMBUS, &access), 0);
+    EXPECT_EQ(Bytes(data.block, data.block + 4), (Bytes{3, 11, 12, 13}));
+    data.byte = 99;
+    access = {
+        .read_write = I2C_SMBUS_WRITE, .command = 2, .size = I2C_SMBUS_BYTE_DATA, .data = &data};
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SMBUS, &access), 0);
+    access = {
+        .read_write = I2C_SMBUS_WRITE, .command = 0, .size = I2C_SMBUS_PROC_CALL, .data = &data};
+    data.word = 0x0201;
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SMBUS, &access), 0);
+    EXPECT_EQ(data.word, 0x0D63); // 99 from where it was written, and the byte behind it
+}
+
+TEST_F(BusServerTest, theLogHoldsEveryControlTransactionBeforeItsAnswer) {
+    const Descriptor bus(busOpen(5, true));
+    ControlRequest create = createNode(3, 0, "PUCK", "");
+    ControlRequest query = getProperty(0x33, 8);
+    EXPECT_EQ(rdwr(bus.number(), create), 2);
+    EXPECT_EQ(rdwr(bus.number(), query), -1);
+    std::ostringstream log;
+    log << std::ifstream(server_.log()).rdbuf();
+    EXPECT_EQ(log.str(),
+              "/dev/i2c-5 create-node index=3 target=0x00 property8=0x00000000 "
+              "property10=0x00000000 device=0,0,0,0,0,0,0,0 type=\"PUCK\" path=\"\" -> 2 status=0 "
+              "bus=7\n"
+              "/dev/i2c-5 get-property target=0x33 property=8 -> -19 ENODEV\n");
+}
+
+TEST_F(BusServerTest, duplicatesAndThreadsShareOneOpenBus) {
+    const Descriptor bus(busOpen(5, true));
+    const Descriptor copy(dup(bus.number()));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&, i] {
+            const int number = i % 2 == 0 ? bus.number() : copy.number();
+            for (int round = 0; round < 200; ++round) {
+                ControlRequest request = getProperty(0, 8);
+                EXPECT_EQ(rdwr(number, request), 2);
+                EXPECT_EQ(request.replyWord(0), 42);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+TEST_F(BusServerTest, clientsAtOnceKeepTheStateWhole) {
+    constexpr std::uint32_t clients = 4;
+    constexpr std::uint32_t nodes = 20;
+    std::vector<std::thread> threads;
+    std::vector<std::vector<std::uint32_t>> created(clients);
+    for (std::uint32_t client = 0; client < clients; ++client) {
+        threads.emplace_back([&, client] {
+            const Descriptor bus(busOpen(5, true));
+            for (std::uint32_t i = 0; i < nodes; ++i) {
+                ControlRequest request = createNode(client * nodes + i, 0, "PUCK", "");
+                EXPECT_EQ(rdwr(bus.number(), request), 2);
+                created[client].push_back(request.replyWord(4));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    std::set<std::uint32_t> buses;
+    for (const auto& each : created) {
+        buses.insert(each.begin(), each.end());
+    }
+    EXPECT_EQ(buses.size(), clients * nodes); // every node is a bus of its own
+    EXPECT_EQ(*buses.begin(), 7);
+    EXPECT_EQ(*buses.rbegin(), 6 + clients * nodes);
+}
+
+// Whether the other end has hung up; waits for it.
+bool isDropped(const Descriptor& client) {
+    pollfd waiting{.fd = client.number(), .events = POLLIN, .revents = 0};
+    std::uint8_t byte = 0;
+    return poll(&waiting, 1, 10000) == 1 && recv(client.number(), &byte, 1, MSG_DONTWAIT) <= 0;
+}
+
+TEST_F(BusServerTest, aClientOfNoMannersIsDroppedAlone) {
+    const Descriptor bus(busOpen(5, true));
+    const Descriptor silent = rawClient();
+    const Descriptor rude = rawClient();
+    EXPECT_EQ(send(rude.number(), "x", 1, 0), 1);
+    EXPECT_TRUE(isDropped(rude));
+
+    const Descriptor large = rawClient();
+    const int room = 400000;
+    setsockopt(large.number(), SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
+    const Bytes tooLong(WIRE_LONGEST + 1);
+    EXPECT_EQ(send(large.number(), tooLong.data(), tooLong.size(), 0),
+              static_cast<ssize_t>(tooLong.size()));
+    EXPECT_TRUE(isDropped(large));
+
+    ControlRequest request = getProperty(0, 8);
+    EXPECT_EQ(rdwr(bus.number(), request), 2);
+}
+
+TEST_F(BusServerTest, aClientThatTakesNoRepliesIsDroppedAlone) {
+    const Descriptor bus(busOpen(5, true));
+    const Descriptor deaf = rawClient();
+    const WireRequest open{WIRE_OPEN, 5};
+    EXPECT_EQ(send(deaf.number(), &open, sizeof open, 0), sizeof open);
+    const WireRequest slave{WIRE_SLAVE, 0x50};
+    // It goes on until the server hangs up; the test's own limit is the time.
+    while (send(deaf.number(), &slave, sizeof slave, MSG_NOSIGNAL) > 0) {
+    }
+    EXPECT_TRUE(errno == EPIPE || errno == ECONNRESET) << errno;
+    ControlRequest request = getProperty(0, 8);
+    EXPECT_EQ(rdwr(bus.number(), request), 2);
+}
+
+TEST_F(BusServerTest, aServerThatGoesFailsWhoIsLeft) {
+    const Descriptor bus(busOpen(5, true));
+    server_.stop();
+    ControlRequest request = getProperty(0, 8);
+    EXPECT_EQ(rdwr(bus.number(), request), -1);
+    EXPECT_EQ(errno, EIO);
+}
+
+TEST(BusServerStart, aSocketThatCannotBeHadIsToldWithItsPath) {
+    sd_event* loop = nullptr;
+    ASSERT_GE(sd_event_new(&loop), 0);
+    const std::string tooLong = "/" + std::string(200, 'x');
+    for (const std::string& path : {std::string("/nonexistent/i2c"), tooLong}) {
+        try {
+            const BusServer server(loop, path, BusState());
+            ADD_FAILURE() << path;
+        } catch (const std::system_error& error) {
+            EXPECT_NE(std::string(error.what()).find(path), std::string::npos);
+        }
+    }
+    sd_event_unref(loop);
+}
+
+TEST(BusServerStart, aLogThatCannotBeHadIsToldWithItsPath) {
+    sd_event* loop = nullptr;
+    ASSERT_GE(sd_event_new(&loop), 0);
+    EXPECT_THROW(BusServer(loop, testing::TempDir() + "/never", BusState(), "/nonexistent/log"),
+                 std::system_error);
+    sd_event_unref(loop);
+}
+
+} // namespace
+} // namespace standin

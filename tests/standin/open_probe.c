@@ -1,0 +1,62 @@
+// Opens a path by every name that the C library has for it, and says what each gave: "bus" for a
+// descriptor that answers as an I2C bus, "file" for any other, or the error. Without a path it asks
+// the descriptor on standard input, which another program has opened.
+#undef _FILE_OFFSET_BITS
+#undef _FORTIFY_SOURCE
+
+#include <errno.h>
+#include <fcntl.h>
+#include <linux/i2c-dev.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+// NOLINTBEGIN(bugprone-reserved-identifier): these are the C library's names.
+int __open(const char* path, int flags, ...);
+int __open64(const char* path, int flags, ...);
+int __open_2(const char* path, int flags);
+int __open64_2(const char* path, int flags);
+int __openat_2(int directory, const char* path, int flags);
+int __openat64_2(int directory, const char* path, int flags);
+// NOLINTEND(bugprone-reserved-identifier)
+
+static void tell(const char* name, int descriptor) {
+    unsigned long functions = 0;
+    if (descriptor < 0) {
+        printf("%s: %s\n", name, strerror(errno));
+        return;
+    }
+    const char* const kind = ioctl(descriptor, I2C_FUNCS, &functions) == 0 ? "bus" : "file";
+    const int flags = fcntl(descriptor, F_GETFD);
+    printf("%s: %s%s\n", name, kind, (flags & FD_CLOEXEC) != 0 ? ", closed on exec" : "");
+    close(descriptor);
+}
+
+static void tellStream(const char* name, FILE* stream) {
+    tell(name, stream == NULL ? -1 : fcntl(fileno(stream), F_DUPFD, 0));
+    if (stream != NULL) {
+        fclose(stream);
+    }
+}
+
+int main(int argc, char* argv[]) {
+    if (argc != 2) {
+        tell("inherited", dup(STDIN_FILENO));
+        return 0;
+    }
+    const char* const path = argv[1];
+    tell("open", open(path, O_RDWR));
+    tell("open64", open64(path, O_RDWR | O_CLOEXEC));
+    tell("__open", __open(path, O_RDWR));
+    tell("__open64", __open64(path, O_RDWR));
+    tell("__open_2", __open_2(path, O_RDWR));
+    tell("__open64_2", __open64_2(path, O_RDWR));
+    tell("openat", openat(AT_FDCWD, path, O_RDWR));
+    tell("openat64", openat64(-1, path, O_RDWR));
+    tell("__openat_2", __openat_2(AT_FDCWD, path, O_RDWR));
+    tell("__openat64_2", __openat64_2(AT_FDCWD, path, O_RDWR));
+    tellStream("fopen", fopen(path, "r+"));
+    tellStream("fopen64", fopen64(path, "r+e"));
+    return 0;
+}
