@@ -1,0 +1,185 @@
+#include "standin/launcher/published_board.h"
+
+#include "standin/board/board_loader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace standin {
+namespace {
+
+constexpr const char* interfacePrefix = "com.tesk.bmc.zolt.";
+constexpr const char* pathPrefix = "/com/tesk/bmc/zolt/";
+
+std::string text(const Value& value) {
+    struct Texts {
+        std::string operator()(bool truth) const { return truth ? "true" : "false"; }
+        std::string operator()(std::int64_t number) const { return std::to_string(number); }
+        std::string operator()(double number) const { return std::to_string(number); }
+        std::string operator()(const std::string& string) const { return "'" + string + "'"; }
+        std::string operator()(const Value::List& list) const {
+            std::string all;
+            for (const Value& each : list) {
+                all += (all.empty() ? "" : " ") + text(each);
+            }
+            return "[" + all + "]";
+        }
+    };
+    return std::visit(Texts{}, value.content);
+}
+
+// An interface of an object as lines "NAME SIGNATURE VALUE"; none when it is not published.
+std::string published(const ServiceModel& model, const std::string& path,
+                      const std::string& interface) {
+    for (const PublishedInterface& each : model.interfaces) {
+        if (each.path == pathPrefix + path && each.interface == interfacePrefix + interface) {
+            std::string lines;
+            for (const Property& property : each.properties) {
+                lines +=
+                    property.name + " " + property.signature + " " + text(property.value) + "\n";
+            }
+            return lines;
+        }
+    }
+    return "not published";
+}
+
+ServiceModel publish(const std::string& description) {
+    return publishBoard(parseBoard(description, "b"));
+}
+
+// A module with the given fields in its payload.
+std::string module(const std::string& type, int deviceClass) {
+    return "[[slot]]\nid = 7\n[slot.module]\ntype = '" + type + "'\nobject = 'one'\n" +
+           "format_version = 3\ndevice_class = " + std::to_string(deviceClass) +
+           "\ndevice_id = 0x1234\nvendor_id = 0x0B\ndevice_version = 2\nxwires = 5\npwires = 7\n" +
+           "target_type = 3\ntarget_address = 0x50\n";
+}
+
+TEST(PublishedBoard, cardHasFourEndPointsWhateverItsPayloadHas) {
+    EXPECT_EQ(published(publish(module("riser", 0x11) +
+                                "[[slot.module.end_point]]\npicpwr_index = 1\ntype = 2\n"),
+                        "riser/one", "cemCIR"),
+              "PayloadFrmtVer y 3\nDeviceClass y 17\nStaticPaylodSize y 3\nDeviceId q 4660\n"
+              "VendorId q 11\nDeviceVer y 2\nNumWires y 87\nTargetI2cDevType y 97\n"
+              "TargetI2cDevAddr y 80\nEndPoint0 (yyyyyy) [16 64 0 0 0 0]\n"
+              "EndPoint1 (yyyyyy) [0 0 0 0 0 0]\nEndPoint2 (yyyyyy) [0 0 0 0 0 0]\n"
+              "EndPoint3 (yyyyyy) [0 0 0 0 0 0]\nchecksum y 62\n");
+}
+
+TEST(PublishedBoard, puckAndFanControllerHaveNamesOfTheirOwn) {
+    const std::string properties =
+        "StaticPaylodSize y 2\nDeviceId q 4660\nVendorId q 11\nDeviceVer y 2\nNumPwires y 87\n"
+        "TargetI2cGpioDevType y 96\nTargetI2cGpioDevAddr y 80\n";
+    EXPECT_EQ(published(publish(module("puck", 0x1A)), "puck/one", "puckCIR"),
+              "PayloadFrmtVer y 3\nDeviceClass y 26\n" + properties + "checksum y 135\n");
+    EXPECT_EQ(published(publish(module("rfc", 0x1B)), "rfc/one", "rfcCIR"),
+              "PayloadFrmtVer y 3\nDeviceClass y 27\n" + properties + "checksum y 134\n");
+}
+
+TEST(PublishedBoard, backplaneHasSixteenEndPointsBehindItsDescriptor) {
+    const std::string lines =
+        published(publish(module("bp", 0x2A) + "[[slot.module.end_point]]\npicpwr_index = 9\n" +
+                          "[slot.module.backplane]\nbay_id = 5\n"),
+                  "bp/one", "backplaneCIR");
+    EXPECT_EQ(std::ranges::count(lines, '\n'), 9 + 16 + 1);
+    EXPECT_NE(lines.find("EndPoint0 (yyyyyy) [144 0 0 0 0 0]\nEndPoint1 (yyyyyy) [0 0"),
+              std::string::npos);
+    EXPECT_NE(lines.find("EndPoint15 (yyyyyy) [0 0 0 0 0 0]\nchecksum y "), std::string::npos);
+}
+
+TEST(PublishedBoard, everyTypeHasAManager) {
+    std::vector<std::string> expected;
+    for (const char* const type : {"bp", "puck", "rfc", "riser", "ftulm", "karnRaid", "karnNonRaid",
+                                   "rida", "flop", "bi", "battery"}) {
+        expected.push_back(std::string(pathPrefix) + type);
+    }
+    EXPECT_EQ(publish("").managers, expected);
+}
+
+TEST(PublishedBoard, moduleWithoutANameIsNamedAfterItsSlot) {
+    const auto model = publish("[[slot]]\nid = 7\n[slot.module]\ntype = 'flop'\n");
+    EXPECT_NE(published(model, "flop/flop7", "cemCIR"), "not published");
+}
+
+TEST(PublishedBoard, moduleWithoutATypeIsNotPublished) {
+    EXPECT_EQ(publish("[[slot]]\nid = 7\n[slot.module]\nobject = 'x'\n").interfaces.size(), 1U);
+}
+
+TEST(PublishedBoard, informationObject) {
+    EXPECT_EQ(published(publish(""), "info", "pcardInfo"),
+              "FRUreadComplete b true\nSlotMappingComplete b true\n");
+    EXPECT_EQ(published(publish("[service.info]\nCount = 3\nOdd = {signature = 'as', "
+                                "value = ['a', 'b']}\nName = 'x'\n"),
+                        "info", "pcardInfo"),
+              "Count q 3\nName s 'x'\nOdd as ['a' 'b']\n");
+}
+
+TEST(PublishedBoard, objectsChange) {
+    const auto model = publish(module("puck", 0x1A) + R"(
+[[service.object]]
+path = "puck/one"
+interface = "puckCIR"
+without = ["PayloadFrmtVer", "checksum"]
+[service.object.properties]
+DeviceId = { signature = "y", value = 5 }
+More = true
+[[service.object]]
+path = "/com/tesk/bmc/zolt/puck/two"
+interface = "com.tesk.bmc.zolt.other"
+)");
+    EXPECT_EQ(published(model, "puck/one", "puckCIR"),
+              "DeviceClass y 26\nStaticPaylodSize y 2\nDeviceId y 5\nVendorId q 11\n"
+              "DeviceVer y 2\nNumPwires y 87\nTargetI2cGpioDevType y 96\n"
+              "TargetI2cGpioDevAddr y 80\nMore b true\n");
+    EXPECT_EQ(published(model, "puck/two", "other"), "");
+}
+
+TEST(PublishedBoard, faultsComeBeforeTheDescriptionsOrders) {
+    const auto model = publish("faults = ['object bp/bp1', 'object /a/b error com.Error']\n"
+                               "[[service.order]]\npath = 'bp'\ndelay_ms = 5\nafter = 2\n"
+                               "action = 'reply'\nsignature = 'y'\nvalue = 7\n");
+    ASSERT_EQ(model.orders.size(), 3U);
+    EXPECT_EQ(model.orders[0].path, "/a/b");
+    EXPECT_EQ(model.orders[0].name, "com.Error");
+    EXPECT_EQ(model.orders[1].path, "/com/tesk/bmc/zolt/bp/bp1");
+    EXPECT_EQ(model.orders[1].name, "org.freedesktop.DBus.Error.Failed");
+    EXPECT_EQ(model.orders[2].path, "/com/tesk/bmc/zolt/bp");
+    EXPECT_EQ(model.orders[2].after, 2);
+    EXPECT_EQ(model.orders[2].delay, std::chrono::milliseconds(5));
+    EXPECT_EQ(model.orders[2].signature, "y");
+    EXPECT_EQ(text(model.orders[2].value), "7");
+}
+
+TEST(PublishedBoard, refusesWhatCannotBe) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"[service]\nabsent = true", "b:2: service: 'absent' is not a key here"},
+        {"[[service.object]]\npath = 'bp/x'", "b:1: object: needs 'path' and 'interface'"},
+        {"[service.info]\nCount = 65536",
+         "b:2: 'Count' is no truth value, 16-bit number or text; write "
+         "{ signature = ..., value = ... }"},
+        {"[service.info]\nCount = 2020-01-01",
+         "b:2: 'Count' is no truth value, 16-bit number or text; write "
+         "{ signature = ..., value = ... }"},
+        {"[service.info]\nA = {signature = 'y', value = 256}",
+         "b:2: 'value' does not fit the signature 'y'"},
+        {"[service.info]\nA = {signature = 'yy', value = 1}",
+         "b:2: 'value' does not fit the signature 'yy'"},
+        {"[service.info]\nA = {value = 1}", "b:2: 'value' does not fit the signature ''"},
+        {"[service.info]\nA = {signature = 'y'}", "b:2: 'value' does not fit the signature 'y'"},
+        {"[[service.order]]\naction = 'explode'",
+         "b:2: order: 'action' must be answer, error, reply or leave"},
+    };
+    for (const auto& [description, message] : cases) {
+        try {
+            (void)parseBoard(description, "b");
+            ADD_FAILURE() << "taken: " << description;
+        } catch (const BoardError& error) {
+            EXPECT_STREQ(error.what(), message) << description;
+        }
+    }
+}
+
+} // namespace
+} // namespace standin
