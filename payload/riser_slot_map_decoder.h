@@ -1,18 +1,25 @@
 // The riser slot mapping blob: which riser configuration is fitted, and how its slots are wired.
 //
-//   0..1    riser configuration, major and minor     55..57  embedded OCP NIC: presence, slot
-//   number, 2..49   its description, NUL-padded text                 slot type 50..54  KARN card:
-//   presence, HWUID (high byte    58      number of PICPWR slot records
-//           first), slot number, slot type           59      the records, then the checksum
+//   0..1    riser configuration, major and minor
+//   2..49   its description, NUL-padded text
+//   50..54  KARN card: presence, HWUID (high byte first), slot number, slot type
+//   55..57  embedded OCP NIC: presence, slot number, slot type
+//   58      number of PICPWR slot records
+//   59      the records, then the checksum
 //
 // A record, with N downstream links (DSLs) and M card slots:
 //
-//   0       PICPWR ID                                20      N
-//   1       length of the record in bytes            21      the DSLs, N bytes
-//   2..9    location of the riser, text              21+N    M
-//   10..17  part number of the assembly, text        22+N    number and type of each slot, 2*M
-//   bytes 18..19  HWUID, high byte first                   22+N+2M number of DSL payloads
-//                                                    23+N+2M how each DSL is routed, 4*N bytes
+//   0        PICPWR ID
+//   1        length of the record in bytes
+//   2..9     location of the riser, text
+//   10..17   part number of the assembly, text
+//   18..19   HWUID, high byte first
+//   20       N
+//   21       the DSLs, N bytes
+//   21+N     M
+//   22+N     number and type of each slot, 2*M bytes
+//   22+N+2M  number of DSL payloads
+//   23+N+2M  how each DSL is routed, 4*N bytes
 #pragma once
 
 #include "payload/field.h"
