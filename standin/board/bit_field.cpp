@@ -2,6 +2,15 @@
 
 namespace standin {
 
+std::uint32_t BitField::decode(std::span<const std::uint8_t> record) const {
+    const auto lowerBits = static_cast<unsigned>(high - low + 1);
+    const auto get = [&](std::uint8_t at, unsigned shift, unsigned width) {
+        return (unsigned{record[at]} >> shift) & ((1U << width) - 1);
+    };
+    const std::uint32_t lower = get(offset, low, lowerBits);
+    return upperBits == 0 ? lower : lower | get(upperOffset, 0, upperBits) << lowerBits;
+}
+
 void BitField::encode(std::uint32_t value, std::span<std::uint8_t> record) const {
     const auto put = [&](std::uint8_t at, unsigned shift, unsigned width, std::uint32_t bits) {
         const auto mask = ((1U << width) - 1) << shift;

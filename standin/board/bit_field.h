@@ -40,6 +40,9 @@ struct BitField {
         return (1U << (high - low + 1 + upperBits)) - 1;
     }
 
+    /// The field's value in the record.
+    [[nodiscard]] std::uint32_t decode(std::span<const std::uint8_t> record) const;
+
     /// Puts a value into the record; the bits around the field stay as they are.
     void encode(std::uint32_t value, std::span<std::uint8_t> record) const;
 };

@@ -3,6 +3,7 @@
 // Everything that a command sees of the board is derived from this.
 #pragma once
 
+#include "standin/board/bytes.h"
 #include "standin/board/fault_rule.h"
 #include "standin/service/model.h"
 
@@ -14,8 +15,6 @@
 #include <vector>
 
 namespace standin {
-
-using Bytes = std::vector<std::uint8_t>;
 
 constexpr unsigned slotCount = 63;
 
@@ -39,8 +38,9 @@ struct Slot {
 
 /// An object of the HAL's configuration.
 struct HalObject {
-    bool interruptCallback = false;    ///< one is registered when the object is handed out
-    std::int32_t unregisterStatus = 0; ///< what taking it back returns
+    bool interruptCallback = false;       ///< one is registered when the object is handed out
+    std::int32_t unregisterStatus = 0;    ///< what taking it back returns
+    std::uint32_t mostBytes = 0xFFFFFFFF; ///< a bulk read delivers no more, and succeeds
 };
 
 /// A register of one instance of a module class, beyond the slots.

@@ -2,13 +2,13 @@
 
 #include "standin/board/control_registers.h"
 #include "standin/board/cpld_map.h"
+#include "standin/board/described_once.h"
 #include "standin/board/module.h"
 #include "standin/board/number.h"
 #include "standin/board/riser_map.h"
 #include "standin/board/service_description.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -34,6 +34,38 @@ void readDslIds(TomlTable& table, Slot& slot) {
     std::ranges::copy(ids, slot.dslIds.begin());
 }
 
+// The types by which the service sorts modules, as its object paths have them.
+constexpr std::string_view moduleTypes[] = {
+    "bp",          "puck", "rfc",  "riser", "ftulm",   "karnRaid",
+    "karnNonRaid", "rida", "flop", "bi",    "battery",
+};
+
+bool isPathElement(std::string_view text) {
+    constexpr std::string_view characters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
+    return !text.empty() && text.find_first_not_of(characters) == std::string_view::npos;
+}
+
+// Where the service publishes a module; one without a type is not published.
+void readObjectPath(TomlTable& module, Slot& slot) {
+    const auto type = module.text("type");
+    const auto object = module.text("object");
+    if (type.has_value() != object.has_value()) {
+        module.place().refuse("module: 'type' and 'object' go together");
+    }
+    if (!type) {
+        return;
+    }
+    if (std::ranges::find(moduleTypes, *type) == std::end(moduleTypes)) {
+        module.place("type").refuse("module: '" + *type + "' is no type of the service");
+    }
+    if (!isPathElement(*object)) {
+        module.place("object").refuse("module: 'object' must be letters, digits and underscores");
+    }
+    slot.moduleType = *type;
+    slot.objectName = *object;
+}
+
 // A slot's payload and OEM area: the module's, or bytes as they stand.
 void readModuleBytes(TomlTable& table, Slot& slot) {
     slot.payload = table.bytes("payload").value_or(Bytes{});
@@ -45,8 +77,7 @@ void readModuleBytes(TomlTable& table, Slot& slot) {
         ModuleBytes bytes = readModule(*module);
         slot.payload = std::move(bytes.payload);
         slot.oemArea = std::move(bytes.oemArea);
-        slot.moduleType = module->text("type").value_or("");
-        slot.objectName = module->text("object").value_or("");
+        readObjectPath(*module, slot);
         module->finish();
     }
     if (slot.payload.size() > longestPayload) {
@@ -73,17 +104,12 @@ void placePayload(TomlTable& table, Slot& slot, std::uint32_t& nextOffset) {
 }
 
 void readSlots(TomlTable& root, Board& board) {
-    std::array<unsigned, slotCount + 1> describedAt{};
+    DescribedOnce described("slot");
     std::uint32_t nextOffset = 0;
     root.eachTable("slot", [&](TomlTable& table) {
         Slot slot;
         slot.id = static_cast<std::uint8_t>(table.requiredInteger("id", 1, slotCount));
-        const Place place = table.place("id");
-        if (describedAt[slot.id] != 0) {
-            place.refuse("slot: " + std::to_string(slot.id) + " is described already, at line " +
-                         std::to_string(describedAt[slot.id]));
-        }
-        describedAt[slot.id] = place.line;
+        described.note(slot.id, table.place("id"));
         slot.dstat = byteOr0(table, "dstat", 3);
         slot.dbyp = table.boolean("dbyp").value_or(false);
         slot.dpen = table.boolean("dpen").value_or(false);
@@ -123,6 +149,9 @@ void readHalObjects(TomlTable& root, Board& board) {
                 ->integer("unregister_status", std::numeric_limits<std::int32_t>::min(),
                           std::numeric_limits<std::int32_t>::max())
                 .value_or(0));
+        if (const auto most = table->integer("most_bytes", 0, payloadBlockSize)) {
+            object.mostBytes = static_cast<std::uint32_t>(*most);
+        }
         table->finish();
     }
     hal->finish();

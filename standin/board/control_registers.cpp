@@ -1,9 +1,9 @@
 #include "standin/board/control_registers.h"
 
 #include "standin/board/bit_field.h"
+#include "standin/board/described_once.h"
 
 #include <array>
-#include <limits>
 
 namespace standin {
 
@@ -122,18 +122,18 @@ std::string nameOf(const ControlClass& kind, unsigned instance, const ControlFie
 void store(const ControlClass& kind, unsigned instance, const Instance& bytes, Board& board) {
     const auto address = static_cast<std::uint16_t>(kind.base + kind.stride * (instance - 1));
     for (const ControlField& field : kind.fields) {
-        const BitField& bits = field.bits;
-        const auto low = static_cast<std::uint8_t>((bytes[bits.offset] >> bits.low) &
-                                                   ((1U << (bits.high - bits.low + 1)) - 1));
-        Bytes value{low};
-        board.controlBytes[static_cast<std::uint16_t>(address + bits.offset)] = bytes[bits.offset];
-        if (bits.upperBits != 0) {
-            value.push_back(bytes[bits.upperOffset]);
-            board.controlBytes[static_cast<std::uint16_t>(address + bits.upperOffset)] =
-                bytes[bits.upperOffset];
+        const auto storeRaw = [&](std::uint8_t offset) {
+            board.controlBytes[static_cast<std::uint16_t>(address + offset)] = bytes[offset];
+        };
+        const std::uint32_t bits = field.bits.decode(bytes);
+        Bytes value{static_cast<std::uint8_t>(bits & 0xFF)};
+        storeRaw(field.bits.offset);
+        if (field.bits.upperBits != 0) {
+            value.push_back(static_cast<std::uint8_t>(bits >> 8));
+            storeRaw(field.bits.upperOffset);
         }
         if (!field.suffix.empty()) {
-            board.controlRegisters.push_back({nameOf(kind, instance, field), value});
+            board.controlRegisters.push_back({nameOf(kind, instance, field), std::move(value)});
         }
     }
 }
@@ -146,18 +146,12 @@ void readFields(TomlTable& table, const ControlClass& kind, Instance& bytes) {
 
 void readClass(TomlTable& root, const ControlClass& kind, Board& board) {
     std::vector<Instance> instances(kind.instances);
-    std::vector<unsigned> describedAt(kind.instances);
+    DescribedOnce described{std::string(kind.key)};
     root.eachTable(kind.key, [&](TomlTable& table) {
         const auto id = kind.instances == 1 ? table.integer("id", 1, 1).value_or(1)
                                             : table.requiredInteger("id", 1, kind.instances);
-        const auto at = static_cast<std::size_t>(id - 1);
-        if (describedAt[at] != 0) {
-            table.place().refuse(std::string(kind.key) + ": " + std::to_string(id) +
-                                 " is described already, at line " +
-                                 std::to_string(describedAt[at]));
-        }
-        describedAt[at] = table.place().line;
-        readFields(table, kind, instances[at]);
+        described.note(id, table.place("id"));
+        readFields(table, kind, instances[static_cast<std::size_t>(id - 1)]);
     });
     for (unsigned instance = 1; instance <= kind.instances; ++instance) {
         store(kind, instance, instances[instance - 1], board);

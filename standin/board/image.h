@@ -48,6 +48,7 @@ struct ImageObject {
     std::uint32_t readFault;
     std::int32_t unregisterStatus;
     std::uint32_t interruptCallback;
+    std::uint32_t mostBytes; ///< delivered by one read
 };
 
 struct ImageHeader {

@@ -111,7 +111,8 @@ void appendObjects(const Board& board, Layout& layout) {
                            .missingFault = faultFor(board, FaultKind::halObject, fits),
                            .readFault = faultFor(board, FaultKind::halRead, fits),
                            .unregisterStatus = object.unregisterStatus,
-                           .interruptCallback = object.interruptCallback ? 1U : 0U});
+                           .interruptCallback = object.interruptCallback ? 1U : 0U,
+                           .mostBytes = object.mostBytes});
     }
     layout.header().objects = layout.append(std::span<const ImageObject>(objects));
 }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 
 namespace standin {
 
@@ -133,8 +132,7 @@ Bytes readPayload(TomlTable& table) {
     default:
         readEndPoints(table, payload);
     }
-    // In whole units, the checksum last. A payload of full length has 248 bytes, of which 247 can
-    // be fetched.
+    // In whole units, the checksum last.
     const std::size_t units = payload.size() / lengthUnit + 1;
     payload.resize(units * lengthUnit - 1);
     lengthField.encode(static_cast<std::uint32_t>(units), payload);
@@ -185,10 +183,6 @@ Bytes readOemArea(TomlTable& table) {
 }
 
 } // namespace
-
-std::uint8_t checksumOf(std::span<const std::uint8_t> bytes) {
-    return static_cast<std::uint8_t>(-std::accumulate(bytes.begin(), bytes.end(), 0));
-}
 
 ModuleBytes readModule(TomlTable& table) {
     return {.payload = readPayload(table), .oemArea = readOemArea(table)};

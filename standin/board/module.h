@@ -9,15 +9,12 @@
 //   0 its own length, 1 number of descriptors, 2.. descriptors, then the checksum.
 #pragma once
 
+#include "standin/board/bytes.h"
 #include "standin/board/toml_table.h"
 
 #include <cstdint>
-#include <span>
-#include <vector>
 
 namespace standin {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// Device classes with a layout of their own.
 constexpr std::uint8_t puckDeviceClass = 0x1A;
@@ -33,8 +30,5 @@ struct ModuleBytes {
 /// Encodes the module that a table describes. A field that is given against the facts (a length, a
 /// count, a checksum) stands as it was given.
 [[nodiscard]] ModuleBytes readModule(TomlTable& table);
-
-/// The byte that makes all bytes of a record add up to 0.
-[[nodiscard]] std::uint8_t checksumOf(std::span<const std::uint8_t> bytes);
 
 } // namespace standin

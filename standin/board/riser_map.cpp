@@ -2,7 +2,6 @@
 
 #include "standin/board/bit_field.h"
 #include "standin/board/cpld_map.h"
-#include "standin/board/module.h"
 
 #include <algorithm>
 #include <array>
@@ -42,12 +41,7 @@ constexpr BitField switchedFields[] = {BitField::byte("switched_riser_index", 1)
 constexpr std::span<const BitField> dslPayloadFields[] = {slFields, ocpFields, switchedFields};
 
 void readText(TomlTable& table, std::string_view key, std::span<std::uint8_t> field) {
-    const std::string text = table.text(key).value_or("");
-    if (text.size() > field.size()) {
-        table.place(key).refuse("'" + std::string(key) + "' has more than " +
-                                std::to_string(field.size()) + " characters");
-    }
-    std::ranges::copy(text, field.begin());
+    std::ranges::copy(table.text(key, field.size()).value_or(""), field.begin());
 }
 
 // A count, which the description may give against the facts, and what it counts.
@@ -62,6 +56,9 @@ Bytes readSlots(TomlTable& table) {
     Bytes slots = table.bytes("slots").value_or(Bytes{});
     if (slots.size() % 2 != 0) {
         table.place("slots").refuse("record: 'slots' lists number and type of each slot");
+    }
+    if (slots.size() / 2 > 0xFF) {
+        table.place("slots").refuse("record: 'slots' has more than 255 slots");
     }
     return slots;
 }
@@ -105,7 +102,7 @@ Bytes readRecord(TomlTable& table) {
 
 } // namespace
 
-std::vector<std::uint8_t> readRiserMap(TomlTable& table) {
+Bytes readRiserMap(TomlTable& table) {
     if (auto bytes = table.bytes("bytes")) {
         return std::move(*bytes);
     }

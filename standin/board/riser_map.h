@@ -5,15 +5,13 @@
 // starts with the PICPWR and its own length.
 #pragma once
 
+#include "standin/board/bytes.h"
 #include "standin/board/toml_table.h"
-
-#include <cstdint>
-#include <vector>
 
 namespace standin {
 
 /// Encodes the blob that a [riser_map] table describes: 1024 bytes, or those of its `bytes` as
 /// they stand.
-[[nodiscard]] std::vector<std::uint8_t> readRiserMap(TomlTable& table);
+[[nodiscard]] Bytes readRiserMap(TomlTable& table);
 
 } // namespace standin

@@ -104,7 +104,7 @@ std::optional<bool> TomlTable::boolean(std::string_view key) {
     return value;
 }
 
-std::optional<std::string> TomlTable::text(std::string_view key) {
+std::optional<std::string> TomlTable::text(std::string_view key, std::size_t longest) {
     const auto* node = find(key);
     if (node == nullptr) {
         return std::nullopt;
@@ -113,16 +113,20 @@ std::optional<std::string> TomlTable::text(std::string_view key) {
     if (!value) {
         placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be a text");
     }
+    if (value->size() > longest) {
+        placeOf(*node).refuse(what_ + ": " + quoted(key) + " has more than " +
+                              std::to_string(longest) + " characters");
+    }
     return value;
 }
 
-std::optional<std::vector<std::uint8_t>> TomlTable::bytes(std::string_view key) {
+std::optional<Bytes> TomlTable::bytes(std::string_view key) {
     const auto* node = find(key);
     if (node == nullptr) {
         return std::nullopt;
     }
     constexpr auto highest = std::numeric_limits<std::uint8_t>::max();
-    std::vector<std::uint8_t> bytes;
+    Bytes bytes;
     if (const auto* array = node->as_array()) {
         for (const auto& element : *array) {
             bytes.push_back(static_cast<std::uint8_t>(integerIn(element, key, 0, highest)));

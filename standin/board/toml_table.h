@@ -4,6 +4,8 @@
 // told with file and line, at the first place where it is.
 #pragma once
 
+#include "standin/board/bytes.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -42,10 +44,11 @@ public:
     [[nodiscard]] std::int64_t requiredInteger(std::string_view key, std::int64_t lowest,
                                                std::int64_t highest);
     [[nodiscard]] std::optional<bool> boolean(std::string_view key);
-    [[nodiscard]] std::optional<std::string> text(std::string_view key);
+    [[nodiscard]] std::optional<std::string> text(std::string_view key,
+                                                  std::size_t longest = std::string::npos);
 
     /// Bytes: one number, an array of numbers, or a text of two-digit hexadecimal numbers.
-    [[nodiscard]] std::optional<std::vector<std::uint8_t>> bytes(std::string_view key);
+    [[nodiscard]] std::optional<Bytes> bytes(std::string_view key);
 
     /// Calls @p use for each text of an array of texts.
     void eachText(std::string_view key,

@@ -4,6 +4,7 @@
 #include "standin/board/image_reader.h"
 #include "standin/lib/log_file.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -52,7 +53,8 @@ private:
         if (const auto status = image_.strike(object_.readFault); status != 0) {
             return status;
         }
-        const auto bytes = image_.raw(object_.firstAddress + offset, length);
+        const auto bytes =
+            image_.raw(object_.firstAddress + offset, std::min(length, object_.mostBytes));
         buffer.assign(bytes.begin(), bytes.end());
         return 0;
     }

@@ -102,7 +102,7 @@ TEST_F(Image, objectIsAWindowOnThePayloadBlock) {
     const auto image = mapped("faults = ['hal-object PICPWR_PAYLOADS once',"
                               "'hal-read PICPWR_PAYLOADS status 6']\n"
                               "[hal.PICPWR_PAYLOADS]\ninterrupt_callback = true\n"
-                              "unregister_status = 8");
+                              "unregister_status = 8\nmost_bytes = 9");
     const ImageObject* const object = image.findObject("PICPWR_PAYLOADS");
     ASSERT_NE(object, nullptr);
     EXPECT_EQ(image.nameOf(*object), "PICPWR_PAYLOADS");
@@ -110,6 +110,7 @@ TEST_F(Image, objectIsAWindowOnThePayloadBlock) {
     EXPECT_EQ(object->length, 0x6000U);
     EXPECT_EQ(object->interruptCallback, 1U);
     EXPECT_EQ(object->unregisterStatus, 8);
+    EXPECT_EQ(object->mostBytes, 9U);
     EXPECT_EQ(image.strike(object->missingFault), -1);
     EXPECT_EQ(image.strike(object->missingFault), 0);
     EXPECT_EQ(image.strike(object->readFault), 6);

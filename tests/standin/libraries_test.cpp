@@ -45,6 +45,7 @@ payload = [1, 2, 3, 4]
 [hal.PICPWR_PAYLOADS]
 interrupt_callback = true
 unregister_status = -4
+most_bytes = 3
 [override.named]
 BLOB = [9, 8, 7]
 [override.raw]
@@ -147,6 +148,8 @@ TEST_F(StandinLibrary, objectMissingOnceIsThereAtTheSecondAsk) {
     bytes_ = {99, 99, 99};
     EXPECT_EQ(object->ReadIO(bytes_, 2, 0x12), 0); // index 0x12 is payload offset 0x11
     EXPECT_EQ(bytes_, (Bytes{2, 3}));
+    EXPECT_EQ(object->ReadIO(bytes_, 4, 0x11), 0); // more than it delivers at once
+    EXPECT_EQ(bytes_, (Bytes{1, 2, 3}));
     EXPECT_EQ(object->ReadIO(bytes_, 1, 0x5FFF), 0);
     EXPECT_EQ(object->ReadIO(bytes_, 2, 0x5FFF), -1);
     EXPECT_EQ(object->ReadIO(bytes_, 1, 0x6001), -1);

@@ -1,0 +1,20 @@
+// Bytes of a board: registers, payloads, blobs.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace standin {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// The byte that makes all bytes of a record add up to 0.
+[[nodiscard]] constexpr std::uint8_t checksumOf(const Bytes& record) {
+    unsigned sum = 0;
+    for (const std::uint8_t byte : record) {
+        sum += byte;
+    }
+    return static_cast<std::uint8_t>(0U - sum);
+}
+
+} // namespace standin
