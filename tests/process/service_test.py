@@ -222,6 +222,19 @@ class Busctl(ServiceTest):
         self.assertEqual(list(reply["data"][0]), [PREFIX + "puck/puck1"])
 
 
+class DemoBoard(unittest.TestCase):
+    def test_publishes_every_module_type_and_one_has_no_objects(self):
+        empty = []
+        for number, family in enumerate(TYPES, 1):
+            done = run(SIM, "--", TOOL, "-o", "12", "-m", str(number))
+            if done.stdout == "No DBUS objects of this module type are present\n":
+                empty.append(family)
+            else:
+                self.assertTrue(done.stdout.startswith(PREFIX + family + "/"), done.stdout[:200])
+                self.assertNotIn("catch error", done.stdout)
+        self.assertEqual(empty, ["battery"])
+
+
 class BusThatComesBack(ServiceTest):
     def test_serves_the_next_operation(self):
         # The first operation finds no bus at the tool's address; before the second one the bus of

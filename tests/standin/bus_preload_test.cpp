@@ -14,9 +14,15 @@
 namespace standin {
 namespace {
 
+// Where the build has put things. Without them nothing here may run: a redirection of a shell that
+// is not on the buses would make files in /dev.
 std::string fromEnvironment(const char* name) {
     const char* const value = std::getenv(name);
-    return value == nullptr ? "" : value;
+    if (value == nullptr) {
+        std::fprintf(stderr, "%s is not set: run this through the build\n", name);
+        std::exit(EXIT_FAILURE);
+    }
+    return value;
 }
 
 BusState boardWithEeprom() {
