@@ -4,6 +4,7 @@
 #include "standin/board/cpld_map.h"
 #include "standin/board/described_once.h"
 #include "standin/board/module.h"
+#include "standin/board/module_type.h"
 #include "standin/board/number.h"
 #include "standin/board/riser_map.h"
 #include "standin/board/service_description.h"
@@ -34,12 +35,6 @@ void readDslIds(TomlTable& table, Slot& slot) {
     std::ranges::copy(ids, slot.dslIds.begin());
 }
 
-// The types by which the service sorts modules, as its object paths have them.
-constexpr std::string_view moduleTypes[] = {
-    "bp",          "puck", "rfc",  "riser", "ftulm",   "karnRaid",
-    "karnNonRaid", "rida", "flop", "bi",    "battery",
-};
-
 bool isPathElement(std::string_view text) {
     constexpr std::string_view characters =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
@@ -56,7 +51,7 @@ void readObjectPath(TomlTable& module, Slot& slot) {
     if (!type) {
         return;
     }
-    if (std::ranges::find(moduleTypes, *type) == std::end(moduleTypes)) {
+    if (std::ranges::find(moduleTypes, *type, &ModuleType::name) == std::end(moduleTypes)) {
         module.place("type").refuse("module: '" + *type + "' is no type of the service");
     }
     if (!isPathElement(*object)) {

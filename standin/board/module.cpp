@@ -1,6 +1,7 @@
 #include "standin/board/module.h"
 
 #include "standin/board/bit_field.h"
+#include "standin/board/module_type.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +11,6 @@ namespace standin {
 namespace {
 
 constexpr std::size_t headerSize = 13;
-constexpr std::size_t endPointSize = 6;
 constexpr std::size_t mostEndPoints = 31;
 constexpr std::size_t backplaneSize = 7;
 constexpr std::size_t lengthUnit = 8;

@@ -1,5 +1,6 @@
 #include "standin/launcher/published_board.h"
 
+#include "standin/board/module_type.h"
 #include "standin/board/service_description.h"
 
 #include <algorithm>
@@ -9,55 +10,6 @@
 namespace standin {
 
 namespace {
-
-constexpr std::size_t endPointSize = 6;
-
-// Where the service finds the end points of a payload, and how many it publishes, present or not.
-struct EndPoints {
-    std::size_t start;
-    std::size_t count;
-};
-
-constexpr EndPoints noEndPoints{0, 0};
-constexpr EndPoints cardEndPoints{13, 4};
-constexpr EndPoints backplaneEndPoints{20, 16}; // behind the backplane descriptor
-
-// A type of module: last element of its manager's path, and how the service shows its payloads.
-struct ModuleType {
-    std::string_view name;
-    std::string_view interface;
-    EndPoints endPoints;
-    // Properties that are not called the same for all types.
-    const char* wires;
-    const char* targetType;
-    const char* targetAddress;
-};
-
-constexpr ModuleType shortType(std::string_view name, std::string_view interface) {
-    return {
-        name, interface, noEndPoints, "NumPwires", "TargetI2cGpioDevType", "TargetI2cGpioDevAddr"};
-}
-constexpr ModuleType longType(std::string_view name, std::string_view interface,
-                              EndPoints endPoints) {
-    return {name, interface, endPoints, "NumWires", "TargetI2cDevType", "TargetI2cDevAddr"};
-}
-constexpr ModuleType cardType(std::string_view name) {
-    return longType(name, "cemCIR", cardEndPoints);
-}
-
-constexpr ModuleType moduleTypes[] = {
-    longType("bp", "backplaneCIR", backplaneEndPoints),
-    shortType("puck", "puckCIR"),
-    shortType("rfc", "rfcCIR"),
-    cardType("riser"),
-    cardType("ftulm"),
-    cardType("karnRaid"),
-    cardType("karnNonRaid"),
-    cardType("rida"),
-    cardType("flop"),
-    cardType("bi"),
-    cardType("battery"),
-};
 
 // Payload bytes by offset; a payload that is too short has zeros there.
 class PayloadView {
@@ -106,11 +58,8 @@ void publishModules(const Board& board, ServiceModel& model) {
         model.managers.push_back(manager);
         for (const Slot& slot : board.slots) {
             if (slot.moduleType == type.name) {
-                const std::string object = slot.objectName.empty()
-                                               ? std::string(type.name) + std::to_string(slot.id)
-                                               : slot.objectName;
                 model.interfaces.push_back(
-                    {manager + "/" + object,
+                    {manager + "/" + slot.objectName,
                      std::string(serviceInterfacePrefix).append(type.interface),
                      propertiesOf(type, slot.payload)});
             }

@@ -74,6 +74,13 @@ TEST(Module, backplaneWithoutADescriptionHasRoomForIt) {
         (Bytes{0, 0x2A, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xD3}));
 }
 
+TEST(Module, backplaneCarriesEndPointsBehindItsDescriptor) {
+    EXPECT_EQ(
+        slotWith("device_class = 0x2A\n[[slot.module.end_point]]\npicpwr_index = 9\n").payload,
+        (Bytes{0, 0x2A, 4, 0, 0,    0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, //
+               0, 0,    0, 0, 0x90, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x41}));
+}
+
 TEST(Module, endPointsAreDirectOrIndirect) {
     const Slot slot = slotWith(R"(
 format_version = 1
@@ -230,7 +237,7 @@ TEST(Module, refusesWithFileLineAndReason) {
          "b.toml:4: module: 'num_end_points' must be a whole number from 0 to 31"},
         {"checksum = 256", "b.toml:4: module: 'checksum' must be a whole number from 0 to 255"},
         // what the class does not have
-        {"device_class = 0x2A\n[[slot.module.end_point]]",
+        {"device_class = 0x1A\n[[slot.module.end_point]]",
          "b.toml:5: module: 'end_point' is not a key here"},
         {"device_class = 0x1A\n[slot.module.backplane]",
          "b.toml:5: module: 'backplane' is not a key here"},

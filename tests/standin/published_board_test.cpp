@@ -98,13 +98,8 @@ TEST(PublishedBoard, everyTypeHasAManager) {
     EXPECT_EQ(publish("").managers, expected);
 }
 
-TEST(PublishedBoard, moduleWithoutANameIsNamedAfterItsSlot) {
-    const auto model = publish("[[slot]]\nid = 7\n[slot.module]\ntype = 'flop'\n");
-    EXPECT_NE(published(model, "flop/flop7", "cemCIR"), "not published");
-}
-
 TEST(PublishedBoard, moduleWithoutATypeIsNotPublished) {
-    EXPECT_EQ(publish("[[slot]]\nid = 7\n[slot.module]\nobject = 'x'\n").interfaces.size(), 1U);
+    EXPECT_EQ(publish("[[slot]]\nid = 7\n[slot.module]\ndevice_class = 1\n").interfaces.size(), 1U);
 }
 
 TEST(PublishedBoard, informationObject) {
