@@ -34,3 +34,7 @@ SdBusError::SdBusError(const sd_bus_error& error, const char* call)
 }
 
 } // namespace sdbusplus::exception
+
+void sdbusplus::details::fail(int error, const char* call) {
+    throw exception::SdBusError(error, call);
+}

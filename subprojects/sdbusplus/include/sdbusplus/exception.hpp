@@ -43,11 +43,14 @@ private:
 
 namespace sdbusplus::details {
 
+/// @throws exception::SdBusError that bears @p call
+[[noreturn]] void fail(int error, const char* call);
+
 /// Passes the result of a call of sd-bus on.
 /// @throws exception::SdBusError that bears @p call, when the result is a negative errno
 inline int checked(int result, const char* call) {
     if (result < 0) [[unlikely]] {
-        throw exception::SdBusError(result, call);
+        fail(result, call); // out of line: there are many of these calls
     }
     return result;
 }

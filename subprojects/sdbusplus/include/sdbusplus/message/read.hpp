@@ -10,8 +10,11 @@
 
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
+#include <array>
 #include <concepts>
 #include <cstddef>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -152,29 +155,33 @@ inline std::string_view variantContents(sd_bus_message* message) {
 
 template <typename... Alternatives>
 struct Reader<std::variant<Alternatives...>> {
+    using Variant = std::variant<Alternatives...>;
+
     // Takes the first alternative that the contents fit; the first one's default when none does.
-    static void read(sd_bus_message* message, std::variant<Alternatives...>& value) {
-        const std::string_view contents = variantContents(message);
-        if (!(readIf<Alternatives>(message, contents, value) || ...)) {
+    static void read(sd_bus_message* message, Variant& value) {
+        const auto signature = std::ranges::find(signatures, variantContents(message));
+        if (signature == signatures.end()) {
             checked(sd_bus_message_skip(message, "v"), "sd_bus_message_skip variant");
-            value = std::variant<Alternatives...>{};
+            value = Variant{};
+            return;
         }
+        checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, signature->data()),
+                "sd_bus_message_enter_container variant");
+        readers[static_cast<std::size_t>(signature - signatures.begin())](message, value);
+        checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container variant");
     }
 
 private:
     template <typename Alternative>
-    static bool readIf(sd_bus_message* message, std::string_view contents,
-                       std::variant<Alternatives...>& value) {
-        constexpr const auto& signature = types::SignatureOf<Alternative>::value;
-        if (contents != signature.view()) {
-            return false;
-        }
-        checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, signature.text),
-                "sd_bus_message_enter_container variant");
+    static void readAs(sd_bus_message* message, Variant& value) {
         readValue(message, value.template emplace<Alternative>());
-        checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container variant");
-        return true;
     }
+
+    // Both in the order of the alternatives; the signatures are closed by a NUL.
+    static constexpr std::array<std::string_view, sizeof...(Alternatives)> signatures{
+        types::SignatureOf<Alternatives>::value.view()...};
+    static constexpr std::array<void (*)(sd_bus_message*, Variant&), sizeof...(Alternatives)>
+        readers{readAs<Alternatives>...};
 };
 
 } // namespace sdbusplus::message::details
