@@ -5,6 +5,7 @@
 
 #include "standin/board/bytes.h"
 #include "standin/board/fault_rule.h"
+#include "standin/board/i2c_model.h"
 #include "standin/service/model.h"
 
 #include <array>
@@ -66,6 +67,7 @@ struct Board {
     std::map<std::uint16_t, std::uint8_t> controlBytes; ///< the same registers, raw
     Bytes riserMap = Bytes(1024);                       ///< riser slot mapping blob
     ServiceDescription service;
+    I2cDescription i2c;
     std::map<std::string, HalObject> halObjects;
     std::map<std::string, Bytes> namedOverrides;        ///< bytes of a named read
     std::map<std::uint16_t, std::uint8_t> rawOverrides; ///< registers by raw address

@@ -3,6 +3,7 @@
 #include "standin/board/control_registers.h"
 #include "standin/board/cpld_map.h"
 #include "standin/board/described_once.h"
+#include "standin/board/i2c_description.h"
 #include "standin/board/module.h"
 #include "standin/board/module_type.h"
 #include "standin/board/number.h"
@@ -200,6 +201,7 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
     readControlRegisters,
     readRiserMapTable,
     readService,
+    readI2c,
     readHalObjects,
     readOverrides,
     readFaults,

@@ -1,8 +1,13 @@
 #include "standin/board/fault_rule.h"
 
+#include "standin/board/device_type.h"
 #include "standin/board/number.h"
+#include "standin/i2c_bus/core/bus_core.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
 #include <limits>
 #include <span>
 #include <vector>
@@ -45,8 +50,33 @@ void takeAbsent(FaultRule& rule, std::string_view word) {
     rule.subject = word;
 }
 
-// What may follow the subject; every one may be left out.
-enum Options : unsigned { none = 0, status = 1, error = 2, once = 4 };
+void takeBus(FaultRule& rule, std::string_view word) {
+    const auto bus = numberIn(word, 0, BUS_CORE_HIGHEST_BUS);
+    if (!bus) {
+        throw FaultRuleError("'" + std::string(word) + "' is no bus number");
+    }
+    rule.bus = static_cast<std::uint32_t>(*bus);
+    rule.operation = BUS_CORE_OPEN;
+    rule.status = EIO;
+}
+
+void takeDeviceType(FaultRule& rule, std::string_view word) {
+    const auto code = deviceTypeCode(word);
+    if (!code) {
+        throw FaultRuleError("'" + std::string(word) + "' is no device type");
+    }
+    rule.deviceType = *code;
+}
+
+// What may follow the subject; every one may be left out, the command alone may not.
+enum Options : unsigned {
+    none = 0,
+    status = 1,
+    error = 2,
+    once = 4,
+    errnoName = 8,
+    command = 16,
+};
 
 struct Kind {
     std::string_view word;
@@ -65,7 +95,33 @@ constexpr Kind kinds[] = {
     {"bus", FaultKind::bus, "'absent'", takeAbsent, none},
     {"service", FaultKind::service, "'absent'", takeAbsent, none},
     {"object", FaultKind::object, "an object's path", takeSubject, error},
+    {"i2c-open", FaultKind::i2cOpen, "a bus number", takeBus, errnoName},
+    {"i2c-ioctl", FaultKind::i2cIoctl, "a bus number", takeBus, errnoName | command},
+    {"sysinfo", FaultKind::sysinfo, "a device type", takeDeviceType, status},
 };
+
+struct Command {
+    std::string_view word;
+    std::uint32_t operation;
+};
+
+constexpr std::array commands{
+    Command{"plain", BUS_CORE_PLAIN},
+    Command{"update-property", CONTROL_UPDATE_PROPERTY},
+    Command{"get-property", CONTROL_GET_PROPERTY},
+    Command{"create-node", CONTROL_CREATE_NODE},
+    Command{"remove-device", CONTROL_REMOVE_DEVICE},
+    Command{"recover-bus", CONTROL_RECOVER_BUS},
+};
+
+template <typename Rows>
+std::string wordsIn(const Rows& rows) {
+    std::string text;
+    for (const auto& row : rows) {
+        text.append(text.empty() ? "" : ", ").append(row.word);
+    }
+    return text;
+}
 
 std::vector<std::string_view> wordsOf(std::string_view text) {
     std::vector<std::string_view> words;
@@ -99,7 +155,39 @@ std::string errorOf(Words words) {
     return std::string(words[1]);
 }
 
+int errnoNamed(Words words) {
+    constexpr int highest = 133;
+    for (int number = 1; words.size() >= 2 && number <= highest; ++number) {
+        const char* const name = strerrorname_np(number);
+        if (name != nullptr && words[1] == name) {
+            return number;
+        }
+    }
+    throw FaultRuleError("'error' needs the name of an errno, like EIO");
+}
+
+// The command, and what it is about if that is said. Returns the words behind them.
+Words takeCommand(FaultRule& rule, Words words) {
+    const auto found = std::ranges::find(commands, words.empty() ? "" : words[0], &Command::word);
+    if (found == commands.end()) {
+        throw FaultRuleError("i2c-ioctl needs one of: " + wordsIn(commands));
+    }
+    rule.operation = found->operation;
+    words = words.subspan(1);
+    const auto selector = words.empty()
+                              ? std::nullopt
+                              : numberIn(words[0], 0, std::numeric_limits<std::uint32_t>::max());
+    if (!selector) {
+        return words;
+    }
+    rule.selector = static_cast<std::uint32_t>(*selector);
+    return words.subspan(1);
+}
+
 void takeOptions(FaultRule& rule, Words words, unsigned options) {
+    if ((options & command) != 0) {
+        words = takeCommand(rule, words);
+    }
     while (!words.empty()) {
         if (words[0] == "once" && (options & once) != 0) {
             rule.once = true;
@@ -109,6 +197,9 @@ void takeOptions(FaultRule& rule, Words words, unsigned options) {
             words = words.subspan(2);
         } else if (words[0] == "error" && (options & error) != 0) {
             rule.error = errorOf(words);
+            words = words.subspan(2);
+        } else if (words[0] == "error" && (options & errnoName) != 0) {
+            rule.status = errnoNamed(words);
             words = words.subspan(2);
         } else {
             throw FaultRuleError("'" + std::string(words[0]) + "' is not understood here");
@@ -122,11 +213,7 @@ FaultRule parseFaultRule(std::string_view text) {
     const auto words = wordsOf(text);
     const auto kind = std::ranges::find(kinds, words.empty() ? "" : words[0], &Kind::word);
     if (kind == std::ranges::end(kinds)) {
-        std::string known;
-        for (const Kind& each : kinds) {
-            known.append(known.empty() ? "" : ", ").append(each.word);
-        }
-        throw FaultRuleError("a fault begins with one of: " + known);
+        throw FaultRuleError("a fault begins with one of: " + wordsIn(kinds));
     }
     if (words.size() < 2) {
         throw FaultRuleError(std::string(kind->word).append(" needs ").append(kind->subject));

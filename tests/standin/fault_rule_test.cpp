@@ -4,12 +4,27 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace standin {
 namespace {
 
 FaultRule rule(FaultKind kind, std::string subject, std::uint16_t first, std::uint16_t last,
                std::int32_t status, bool once, std::string error = {}) {
     return {kind, std::move(subject), first, last, status, std::move(error), once};
+}
+
+FaultRule busRule(FaultKind kind, std::uint32_t bus, std::uint32_t operation, std::int32_t error,
+                  std::optional<std::uint32_t> selector = std::nullopt) {
+    FaultRule expected{.kind = kind, .status = error, .bus = bus, .operation = operation};
+    expected.selector = selector;
+    return expected;
+}
+
+FaultRule typeRule(std::uint8_t deviceType, std::int32_t status) {
+    FaultRule expected{.kind = FaultKind::sysinfo, .status = status};
+    expected.deviceType = deviceType;
+    return expected;
 }
 
 TEST(FaultRule, everyKind) {
@@ -27,6 +42,17 @@ TEST(FaultRule, everyKind) {
         {"service absent", rule(service, "absent", 0, 0, -1, false)},
         {"object bp/bp1", rule(object, "bp/bp1", 0, 0, -1, false)},
         {"object /a error com.E", rule(object, "/a", 0, 0, -1, false, "com.E")},
+        {"i2c-open 5", busRule(i2cOpen, 5, 1, EIO)},
+        {"i2c-open 999999 error EBUSY", busRule(i2cOpen, 999999, 1, EBUSY)},
+        {"i2c-ioctl 5 plain", busRule(i2cIoctl, 5, 0, EIO)},
+        {"i2c-ioctl 5 plain 0x50 error ENXIO", busRule(i2cIoctl, 5, 0, ENXIO, 0x50)},
+        {"i2c-ioctl 0 update-property 7", busRule(i2cIoctl, 0, 4, EIO, 7)},
+        {"i2c-ioctl 5 get-property 8 error EACCES", busRule(i2cIoctl, 5, 5, EACCES, 8)},
+        {"i2c-ioctl 5 create-node error ENOSPC", busRule(i2cIoctl, 5, 6, ENOSPC)},
+        {"i2c-ioctl 5 remove-device 4294967295", busRule(i2cIoctl, 5, 7, EIO, UINT32_MAX)},
+        {"i2c-ioctl 5 recover-bus 96", busRule(i2cIoctl, 5, 8, EIO, 96)},
+        {"sysinfo PICPWR", typeRule(16, -1)},
+        {"sysinfo 164 status 3", typeRule(164, 3)},
         {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0, 3, false)},
     };
     for (const auto& [text, expected] : cases) {
@@ -36,7 +62,10 @@ TEST(FaultRule, everyKind) {
 
 TEST(FaultRule, saysWhatIsWrong) {
     const char* const kinds = "a fault begins with one of: named-read, raw-read, hal-object, "
-                              "hal-read, bus, service, object";
+                              "hal-read, bus, service, object, i2c-open, i2c-ioctl, sysinfo";
+    const char* const noErrno = "'error' needs the name of an errno, like EIO";
+    const char* const commands = "i2c-ioctl needs one of: plain, update-property, get-property, "
+                                 "create-node, remove-device, recover-bus";
     const std::pair<const char*, std::string> cases[] = {
         {"", kinds},
         {"  ", kinds},
@@ -62,6 +91,22 @@ TEST(FaultRule, saysWhatIsWrong) {
         {"service absent once", "'once' is not understood here"},
         {"named-read X error E", "'error' is not understood here"},
         {"hal-object X status 3", "'status' is not understood here"},
+        {"i2c-open", "i2c-open needs a bus number"},
+        {"i2c-open five", "'five' is no bus number"},
+        {"i2c-open 1000000", "'1000000' is no bus number"},
+        {"i2c-open 5 error", noErrno},
+        {"i2c-open 5 error 2", noErrno},
+        {"i2c-open 5 error ENOSUCH", noErrno},
+        {"i2c-open 5 status 2", "'status' is not understood here"},
+        {"i2c-open 5 plain", "'plain' is not understood here"},
+        {"i2c-ioctl 5", commands},
+        {"i2c-ioctl 5 error EIO", commands},
+        {"i2c-ioctl 5 plain x", "'x' is not understood here"},
+        {"i2c-ioctl 5 plain 1 2", "'2' is not understood here"},
+        {"sysinfo", "sysinfo needs a device type"},
+        {"sysinfo 165", "'165' is no device type"},
+        {"sysinfo Backplane", "'Backplane' is no device type"},
+        {"sysinfo BP error EIO", "'error' is not understood here"},
     };
     for (const auto& [text, reason] : cases) {
         try {

@@ -1,0 +1,14 @@
+// Device types as a board description names them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace standin {
+
+/// The code of a device type, written as its name ("PUCK") or as a number, 0 to 164.
+/// @return none for any other text
+[[nodiscard]] std::optional<std::uint8_t> deviceTypeCode(std::string_view word);
+
+} // namespace standin

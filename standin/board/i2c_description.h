@@ -1,0 +1,12 @@
+// The I2C side of a board description.
+#pragma once
+
+#include "standin/board/board.h"
+#include "standin/board/toml_table.h"
+
+namespace standin {
+
+/// Reads the table [i2c]. Without one, the board has no bus, and no device type has data.
+void readI2c(TomlTable& root, Board& board);
+
+} // namespace standin
