@@ -12,15 +12,17 @@ enum Letter : int {
     fault = 'f',
     debugLog = 'd',
     callLog = 'c',
+    i2cLog = 'i',
     help = 'h',
     version = 'v'
 };
 
-constexpr std::array<option, 7> longOptions{{
+constexpr std::array<option, 8> longOptions{{
     {"board", required_argument, nullptr, Letter::board},
     {"fault", required_argument, nullptr, Letter::fault},
     {"debug-log", required_argument, nullptr, Letter::debugLog},
     {"call-log", required_argument, nullptr, Letter::callLog},
+    {"i2c-log", required_argument, nullptr, Letter::i2cLog},
     {"help", no_argument, nullptr, Letter::help},
     {"version", no_argument, nullptr, Letter::version},
     {nullptr, 0, nullptr, 0},
@@ -56,6 +58,9 @@ Arguments parseArguments(int argc, char* const argv[]) {
         case Letter::callLog:
             arguments.callLog = optarg;
             break;
+        case Letter::i2cLog:
+            arguments.i2cLog = optarg;
+            break;
         case Letter::help:
             arguments.help = true;
             return arguments;
@@ -78,8 +83,8 @@ Arguments parseArguments(int argc, char* const argv[]) {
 const char* usage() {
     return "usage: zolt_sim [option]... [--] command [argument]...\n"
            "\n"
-           "Puts a board under a command: the platform's libraries and the system bus\n"
-           "answer from a board description. The exit status is the command's.\n"
+           "Puts a board under a command: the platform's libraries, the system bus and the\n"
+           "I2C buses answer from a board description. The exit status is the command's.\n"
            "\n"
            "  --board FILE      the board description, or the name of one that comes with\n"
            "                    the tool (default: demo)\n"
@@ -91,8 +96,13 @@ const char* usage() {
            "                      bus absent\n"
            "                      service absent\n"
            "                      object PATH [error NAME]\n"
+           "                      i2c-open BUS [error ERRNO]\n"
+           "                      i2c-ioctl BUS COMMAND [SELECTOR] [error ERRNO]\n"
+           "                      sysinfo TYPE [status N]\n"
            "  --debug-log FILE  write the platform's debug log to a file\n"
            "  --call-log FILE   write every call of the platform's libraries to a file\n"
+           "  --i2c-log FILE    write every control transaction of the I2C bus driver to a\n"
+           "                    file\n"
            "  --help            print this and exit\n"
            "  --version         print the version and exit\n"
            "\n"

@@ -14,6 +14,7 @@ struct Arguments {
     std::vector<FaultRule> faults; ///< ordered beside those of the board description
     std::string debugLog;          ///< file for the debug log's lines; empty: they are dropped
     std::string callLog;           ///< file for the calls of the platform's libraries
+    std::string i2cLog;            ///< file for the control transactions of the bus driver
     bool help = false;
     bool version = false;
     char* const* command = nullptr; ///< the command with its arguments, null-terminated

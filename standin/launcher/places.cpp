@@ -29,6 +29,10 @@ std::string libraryDirectory() {
     return nearProgram({"lib", INSTALLED_LIBRARIES});
 }
 
+std::string preloadLibrary() {
+    return nearProgram({"i2c_bus", INSTALLED_LIBRARIES}) / "libzolt_sim_i2c.so";
+}
+
 std::string boardFile(std::string_view board) {
     if (board.find('/') != std::string_view::npos || board.ends_with(".toml")) {
         return std::string(board);

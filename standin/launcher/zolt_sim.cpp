@@ -7,6 +7,7 @@
 #include "standin/board/image_writer.h"
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
+#include "standin/launcher/i2c_side.h"
 #include "standin/launcher/places.h"
 #include "standin/launcher/private_directory.h"
 #include "standin/launcher/service_side.h"
@@ -78,9 +79,11 @@ int runOnBoard(const Board& board, const Arguments& arguments) {
     }
     const std::unique_ptr<sd_event, decltype(&sd_event_unref)> owned(loop, sd_event_unref);
     const ServiceSide service(loop, directory.path(), board);
+    const I2cSide i2c(loop, directory.path(), board, arguments.i2cLog);
 
     environment.emplace_back(boardDirectoryVariable, directory.path());
     add(environment, service.environment());
+    add(environment, i2c.environment());
 
     const Started command = startCommand(arguments.command, environment, inherited);
     if (command.pid < 0) {

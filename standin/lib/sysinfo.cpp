@@ -1,9 +1,196 @@
-// The sysinfo parser library of a board whose description says nothing about its topology yet: no
-// device type has data.
+// The sysinfo parser library over the topology that zolt_sim publishes.
+//
+// The file is read anew for every tree: nodes come and go while the board runs.
 #include "platform/sysinfo.h"
 
-int i2c_parse_sysinfo(int /*deviceType*/, SysInfoTree** /*root*/) {
-    return -1;
+#include "standin/board/image.h"
+#include "standin/board/topology.h"
+#include "standin/lib/log_file.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace standin;
+
+constexpr int noBoard = -19;     // no such device
+constexpr int badArgument = -22; // a device type that there is not
+constexpr int badTopology = -74; // the file is not what it should be
+
+// A root with the records that hang on it, so that one object is one tree.
+struct Tree : SysInfoTree {
+    std::vector<IndexNodeInfo> nodes;
+    std::vector<SubIndexNodeInfo> subNodes;
+};
+
+struct Topology {
+    TopologyHeader header{};
+    std::vector<TopologyNode> nodes;
+    std::vector<TopologySub> subs;
+};
+
+// Whether [first, first + count) lies within as many.
+bool isWithin(std::uint32_t first, std::uint32_t count, std::size_t all) {
+    return first <= all && count <= all - first;
 }
 
-void free_sysinfo(SysInfoTree* /*root*/) {}
+template <typename T>
+bool readAll(int file, std::span<T> items) {
+    auto bytes = std::as_writable_bytes(items);
+    while (!bytes.empty()) {
+        const ssize_t count = read(file, bytes.data(), bytes.size());
+        if (count <= 0) {
+            return false;
+        }
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+bool readTopology(int file, Topology& topology) {
+    TopologyHeader& header = topology.header;
+    struct stat status {};
+    if (fstat(file, &status) != 0 || !readAll(file, std::span(&header, 1)) ||
+        header.magic != TopologyHeader::expectedMagic) {
+        return false;
+    }
+    // In 64 bits the sum of 32-bit counts cannot wrap, so no more is taken than there is.
+    const std::uint64_t expected = sizeof header +
+                                   std::uint64_t{header.nodeCount} * sizeof(TopologyNode) +
+                                   std::uint64_t{header.subCount} * sizeof(TopologySub);
+    if (static_cast<std::uint64_t>(status.st_size) != expected) {
+        return false;
+    }
+    topology.nodes.resize(header.nodeCount);
+    topology.subs.resize(header.subCount);
+    return readAll(file, std::span(topology.nodes)) && readAll(file, std::span(topology.subs));
+}
+
+std::optional<Topology> publishedTopology(int& status) {
+    const char* const directory = std::getenv(boardDirectoryVariable);
+    const std::string path =
+        directory == nullptr ? std::string() : std::string(directory) + "/" + topologyFileName;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) {
+        status = noBoard;
+        return std::nullopt;
+    }
+    Topology topology;
+    status = readTopology(file, topology) ? 0 : badTopology;
+    close(file);
+    return status == 0 ? std::optional(std::move(topology)) : std::nullopt;
+}
+
+template <std::size_t Size>
+void copyName(char (&field)[Size], const std::array<char, Size>& name) {
+    std::ranges::copy(name, field);
+}
+
+IndexNodeInfo nodeInfo(const TopologyNode& node) {
+    IndexNodeInfo info{
+        .discoverable = node.discoverable,
+        .picpwrId = node.picpwrId,
+        .isSlSrc = node.isSlSrc,
+        .slSrc = node.slSrc,
+        .hwUid = node.hwUid,
+        .index = node.index,
+        .slotNumber = node.slotNumber,
+        .slotType = node.slotType,
+        .physicalBus = node.physicalBus,
+        .subNodeCount = node.subNodeCount,
+        .bayId = node.bayId,
+    };
+    copyName(info.name, node.name);
+    return info;
+}
+
+SubIndexNodeInfo subInfo(const TopologySub& sub) {
+    SubIndexNodeInfo info{
+        .discoverable = sub.discoverable,
+        .subIndex = sub.subIndex,
+        .subNodeCount = sub.subNodeCount,
+    };
+    copyName(info.name, sub.name);
+    return info;
+}
+
+// Null when the file's ranges lead out of it.
+std::unique_ptr<Tree> treeOf(const Topology& topology, const TopologyType& type) {
+    auto tree = std::make_unique<Tree>();
+    if (!isWithin(type.firstNode, type.nodeCount, topology.nodes.size())) {
+        return nullptr;
+    }
+    const auto nodes = std::span(topology.nodes).subspan(type.firstNode, type.nodeCount);
+    std::size_t subNodes = 0;
+    for (const TopologyNode& node : nodes) {
+        if (!isWithin(node.firstSub, node.subCount, topology.subs.size())) {
+            return nullptr;
+        }
+        subNodes += node.subCount;
+    }
+    // A node's own sub nodes are nobody else's, so there cannot be more than all.
+    if (subNodes > topology.subs.size()) {
+        return nullptr;
+    }
+    tree->nodes.reserve(nodes.size()); // the records point at each other: none may move
+    tree->subNodes.reserve(subNodes);
+    for (const TopologyNode& node : nodes) {
+        IndexNodeInfo& info = tree->nodes.emplace_back(nodeInfo(node));
+        const SubIndexNodeInfo** next = &info.subNodes;
+        for (const TopologySub& sub :
+             std::span(topology.subs).subspan(node.firstSub, node.subCount)) {
+            SubIndexNodeInfo& added = tree->subNodes.emplace_back(subInfo(sub));
+            *next = &added;
+            next = &added.next;
+        }
+    }
+    for (std::size_t i = 1; i < tree->nodes.size(); ++i) {
+        tree->nodes[i - 1].next = &tree->nodes[i];
+    }
+    tree->indexNodes = tree->nodes.empty() ? nullptr : tree->nodes.data();
+    return tree;
+}
+
+int parse(int deviceType, SysInfoTree** root) {
+    if (deviceType < 0 || static_cast<std::size_t>(deviceType) >= topologyTypes) {
+        return badArgument;
+    }
+    int status = 0;
+    const auto topology = publishedTopology(status);
+    if (!topology) {
+        return status;
+    }
+    const TopologyType& type = topology->header.types[static_cast<std::size_t>(deviceType)];
+    if (type.hasRoot != 0) {
+        auto tree = treeOf(*topology, type);
+        if (tree == nullptr) {
+            return badTopology;
+        }
+        *root = tree.release();
+    }
+    return type.status;
+}
+
+} // namespace
+
+int i2c_parse_sysinfo(int deviceType, SysInfoTree** root) {
+    *root = nullptr;
+    const int status = parse(deviceType, root);
+    logCall("i2c_parse_sysinfo %d = %d %s", deviceType, status, *root == nullptr ? "none" : "tree");
+    return status;
+}
+
+void free_sysinfo(SysInfoTree* root) {
+    logCall("free_sysinfo %s", root == nullptr ? "none" : "tree");
+    delete static_cast<Tree*>(root);
+}

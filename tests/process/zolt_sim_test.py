@@ -203,7 +203,7 @@ class Refuses(SimTest):
     ADVICE = "'zolt_sim --help' tells more.\n"
 
     def test_wrong_command_lines(self):
-        kinds = "a fault begins with one of: named-read, raw-read, hal-object, hal-read, bus, service, object"
+        kinds = "a fault begins with one of: named-read, raw-read, hal-object, hal-read, bus, service, object, i2c-open, i2c-ioctl, sysinfo"
         for arguments, reason in (
             ([], "there is no command to run"),
             (["--"], "there is no command to run"),
@@ -240,7 +240,7 @@ class Refuses(SimTest):
 
     def test_a_log_that_cannot_be_written(self):
         path = str(self.scratch.path / "missing" / "log")
-        for option in ("--debug-log", "--call-log"):
+        for option in ("--debug-log", "--call-log", "--i2c-log"):
             self.assert_refused(
                 self.sim(option, path, "true"),
                 125,
@@ -253,7 +253,7 @@ class Tells(SimTest):
         done = self.sim("--help")
         self.assertEqual(done.returncode, 0)
         self.assertEqual(done.stderr, "")
-        for option in ("--board", "--fault", "--debug-log", "--call-log", "--version"):
+        for option in ("--board", "--fault", "--debug-log", "--call-log", "--i2c-log", "--version"):
             self.assertIn(option, done.stdout)
 
     def test_its_version(self):

@@ -139,6 +139,9 @@ bool BusServer::serve(Client& client) {
                                   reply_)) {
         return false;
     }
+    if (afterEachRequest_) {
+        afterEachRequest_();
+    }
     return send(socket, reply_.data(), reply_.size(), MSG_NOSIGNAL) ==
            static_cast<ssize_t>(reply_.size());
 }

@@ -5,11 +5,13 @@
 #include "standin/i2c_bus/server/bus_state.h"
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <memory>
 #include <string>
 #include <systemd/sd-event.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace standin {
@@ -56,6 +58,10 @@ public:
     BusServer& operator=(const BusServer&) = delete;
     ~BusServer();
 
+    /// Has @p look called after each request, before it is answered. What it throws costs the
+    /// client its connection.
+    void afterEachRequest(std::function<void()> look) { afterEachRequest_ = std::move(look); }
+
     /// The state, for whoever shares the event loop's thread.
     [[nodiscard]] BusState& state() { return state_; }
 
@@ -73,6 +79,7 @@ private:
     sd_event* loop_;
     BusState state_;
     TransactionLog log_;
+    std::function<void()> afterEachRequest_;
     Descriptor listener_;
     EventSource listening_;
     std::list<Client> clients_;

@@ -1,0 +1,144 @@
+#include "standin/launcher/i2c_side.h"
+
+#include "standin/launcher/places.h"
+#include "standin/launcher/topology_file.h"
+
+#include "i2c/device_types.h"
+#include "standin/board/topology.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <span>
+#include <stdexcept>
+#include <string_view>
+
+namespace standin {
+
+namespace {
+
+// What is there already is fine: an index node's bus may be described beside it.
+void add(int result, const char* what) {
+    if (result != 0 && result != -EEXIST) {
+        throw std::runtime_error(std::string("the board has more ") + what +
+                                 " than the bus driver holds");
+    }
+}
+
+void addBuses(BusCore& core, const I2cDescription& i2c) {
+    // As buses behind their parents before anything else takes their numbers.
+    for (const I2cBus& bus : i2c.buses) {
+        const bool isNode = std::ranges::any_of(i2c.indexNodes, [&](const IndexNode& node) {
+            return node.parent && node.physicalBus == std::int64_t{bus.number};
+        });
+        if (!isNode) {
+            add(busCoreAddBus(&core, bus.number), "buses");
+        }
+    }
+    for (const IndexNode& node : i2c.indexNodes) {
+        if (node.parent) {
+            add(busCoreAddIndexNode(&core, static_cast<std::uint32_t>(node.physicalBus),
+                                    *node.parent, static_cast<std::uint32_t>(node.index),
+                                    zolt::deviceTypeName(node.deviceType).c_str()),
+                "buses");
+        } else if (node.physicalBus >= 0) {
+            add(busCoreAddBus(&core, static_cast<std::uint32_t>(node.physicalBus)), "buses");
+        }
+    }
+}
+
+void addProperties(BusCore& core, std::uint32_t bus, std::uint32_t target,
+                   const I2cProperties& properties) {
+    for (const auto& [id, value] : properties) {
+        add(busCoreSetProperty(&core, bus, target, id, value), "properties");
+    }
+}
+
+void addDevice(BusState& state, std::uint32_t bus, const I2cDevice& device) {
+    if (!device.memory.empty()) {
+        add(state.addMemory(bus, device.address, device.memory, device.pointerWidth,
+                            device.readOnly),
+            "devices");
+    }
+    if (device.node) {
+        add(busCoreAddDeviceNode(&state.core(), bus, device.address, device.node->index,
+                                 zolt::deviceTypeName(device.node->deviceType).c_str()),
+            "devices");
+    }
+    addProperties(state.core(), bus, device.address, device.properties);
+}
+
+void addFaults(BusCore& core, const Board& board) {
+    for (const FaultRule& rule : board.faults) {
+        if (rule.kind == FaultKind::i2cOpen || rule.kind == FaultKind::i2cIoctl) {
+            const BusCoreFault fault{.bus = rule.bus,
+                                     .operation = rule.operation,
+                                     .anySelector = !rule.selector,
+                                     .selector = rule.selector.value_or(0),
+                                     .error = rule.status};
+            add(busCoreAddFault(&core, &fault), "faults");
+        }
+    }
+}
+
+// Every request makes one node or removes one, so a change shows in the number.
+std::uint64_t nodeCount(const BusCore& core) {
+    const auto devices = std::span(core.devices, core.deviceCount);
+    const auto nodes =
+        std::ranges::count_if(devices, [](const BusCoreDevice& device) { return device.hasNode; });
+    return core.busCount + static_cast<std::uint64_t>(nodes);
+}
+
+// What the caller has in that variable.
+std::string inherited(const char* variable) {
+    const char* const value = std::getenv(variable);
+    return value == nullptr || *value == '\0' ? std::string() : std::string(value);
+}
+
+} // namespace
+
+BusState busStateOf(const Board& board) {
+    BusState state;
+    addBuses(state.core(), board.i2c);
+    for (const I2cBus& bus : board.i2c.buses) {
+        addProperties(state.core(), bus.number, BUS_CORE_BUS_NODE, bus.properties);
+        for (const I2cDevice& device : bus.devices) {
+            addDevice(state, bus.number, device);
+        }
+    }
+    addFaults(state.core(), board);
+    return state;
+}
+
+I2cSide::I2cSide(sd_event* loop, const std::string& directory, const Board& board,
+                 const std::string& log)
+    : board_(&board),
+      socket_(directory + "/i2c"),
+      topology_(directory + "/" + topologyFileName),
+      server_(loop, socket_, busStateOf(board), log) {
+    publishChanges();
+    server_.afterEachRequest([this] { publishChanges(); });
+}
+
+// Written before the request is answered: whoever was answered finds its node.
+void I2cSide::publishChanges() {
+    const BusCore& core = server_.state().core();
+    const std::uint64_t nodes = nodeCount(core) + 1; // 0 is before the first time
+    if (nodes != published_) {
+        replaceFile(topology_, topologyOf(*board_, core));
+        published_ = nodes;
+    }
+}
+
+Environment I2cSide::environment() const {
+    Environment environment{{WIRE_ENVIRONMENT, socket_}};
+    const std::string libraries = inherited("LD_PRELOAD");
+    environment.emplace_back("LD_PRELOAD",
+                             preloadLibrary() + (libraries.empty() ? "" : ":" + libraries));
+    // A sanitizer's shared runtime insists on being the first library of all.
+    const std::string options = inherited("ASAN_OPTIONS");
+    environment.emplace_back("ASAN_OPTIONS",
+                             (options.empty() ? "" : options + ":") + "verify_asan_link_order=0");
+    return environment;
+}
+
+} // namespace standin
