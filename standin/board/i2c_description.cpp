@@ -1,5 +1,6 @@
 #include "standin/board/i2c_description.h"
 
+#include "standin/board/described_once.h"
 #include "standin/board/device_type.h"
 #include "standin/board/number.h"
 
@@ -121,22 +122,17 @@ I2cDevice readDevice(TomlTable& table) {
 }
 
 void readBuses(TomlTable& i2c, I2cDescription& description) {
+    DescribedOnce buses("bus");
     i2c.eachTable("bus", [&](TomlTable& table) {
         I2cBus bus;
         bus.number =
             static_cast<std::uint32_t>(table.requiredInteger("number", 0, BUS_CORE_HIGHEST_BUS));
-        if (std::ranges::find(description.buses, bus.number, &I2cBus::number) !=
-            description.buses.end()) {
-            table.place("number").refuse("bus: " + std::to_string(bus.number) +
-                                         " is described already");
-        }
+        buses.note(bus.number, table.place("number"));
         bus.properties = readProperties(table);
+        DescribedOnce addresses("device");
         table.eachTable("device", [&](TomlTable& deviceTable) {
             I2cDevice device = readDevice(deviceTable);
-            if (std::ranges::find(bus.devices, device.address, &I2cDevice::address) !=
-                bus.devices.end()) {
-                deviceTable.place("address").refuse("device: there is one at that address already");
-            }
+            addresses.note(device.address, deviceTable.place("address"));
             bus.devices.push_back(std::move(device));
         });
         description.buses.push_back(std::move(bus));
@@ -228,11 +224,11 @@ TypeAnswer readAnswer(TomlTable& table) {
 }
 
 void readAnswers(TomlTable& i2c, I2cDescription& description) {
+    DescribedOnce types("type");
     i2c.eachTable("type", [&](TomlTable& table) {
         const std::uint8_t type = requiredDeviceType(table);
-        if (!description.answers.try_emplace(type, readAnswer(table)).second) {
-            table.place("device_type").refuse("type: that device type is described already");
-        }
+        types.note(type, table.place("device_type"));
+        description.answers[type] = readAnswer(table);
     });
 }
 

@@ -10,8 +10,9 @@ A transcript is a directory:
     options     further options of zolt_sim, as a shell splits words
     calls       the calls of the platform's libraries, one a line, in order
     debug_log   the lines of the platform's debug log
+    i2c_log     the control transactions of the I2C bus driver, one a line
 
-The first three say what must be the same; calls and debug_log are looked at where they stand.
+The first three say what must be the same; the logs are looked at where they stand.
 The exit status of the tool is always 0. The result is printed as TAP. ZOLT_TEST_WRAPPER, when
 set, is a command put before the tool (a memory checker, say).
 """
@@ -57,9 +58,10 @@ def difference(name, expected, actual):
 
 def replay(case, sim, tool):
     with tempfile.TemporaryDirectory() as scratch:
-        logs = {name: pathlib.Path(scratch) / name for name in ("calls", "debug_log")}
+        logs = {name: pathlib.Path(scratch) / name for name in ("calls", "debug_log", "i2c_log")}
         command = [sim, "--board", board_of(case)]
         command += ["--call-log", str(logs["calls"]), "--debug-log", str(logs["debug_log"])]
+        command += ["--i2c-log", str(logs["i2c_log"])]
         command += words(case / "options") + ["--"]
         command += shlex.split(os.environ.get("ZOLT_TEST_WRAPPER", ""))
         command += [tool] + words(case / "args")
