@@ -1,8 +1,10 @@
 // Another, tiny implementation of the platform's libraries: no name is known but the DSTAT of each
-// slot, which is 3; a raw register holds the low byte of its address; slot 63 is out of memory.
+// slot, which is 3; a raw register holds the low byte of its address; slot 63 is out of memory; the
+// one PICPWR node has index 7.
 #include "platform/cpld_driver.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"
+#include "platform/sysinfo.h"
 
 #include <new>
 
@@ -39,3 +41,12 @@ std::int32_t cpld_read_block_device(std::uint8_t* buffer, std::uint32_t address,
 int dlog_printf(int /*level*/, int /*module*/, const char* /*format*/, ...) {
     return 0;
 }
+
+int i2c_parse_sysinfo(int deviceType, SysInfoTree** root) {
+    static const IndexNodeInfo node{.index = 7};
+    static SysInfoTree tree{.indexNodes = &node};
+    *root = deviceType == 16 ? &tree : nullptr;
+    return *root == nullptr ? 1 : 0;
+}
+
+void free_sysinfo(SysInfoTree* /*root*/) {}

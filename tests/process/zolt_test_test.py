@@ -146,6 +146,28 @@ PICPWR 02 DSL8_ID            = 27
 """,
         )
 
+    def test_another_sysinfo_parser_is_found_too(self):
+        done = run(
+            TOOL, "-o", "6", "-p", "7", env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM)
+        )
+        self.assertEqual(
+            done.stdout,
+            """
+
+Index Node Info
+Index             = 7
+Discoverable Node = 0
+Node Name         = 
+Physical Bus      = 0
+Sub Node Count    = 0
+PICPWR ID         = 0
+is_sl_src         = 0
+sl_src            = 0
+HW_UID            = 0x00
+Bay ID            = 0
+""",
+        )
+
     def test_an_exception_of_a_library_ends_the_option_only(self):
         done = run(
             TOOL,
@@ -182,9 +204,10 @@ PICPWR 02 DSL8_ID            = 27
     def test_registers_open_no_socket_and_no_device(self):
         # The kernel's own account of the process. A leak checker cannot run beside strace.
         done = run(
-            SIM, "--", "env", "ASAN_OPTIONS=detect_leaks=0",
+            SIM, "--",
             "strace", "-f", "-e", "trace=socket,connect,openat", "-o", "/dev/stderr",
             TOOL, "-o", "1", "-p", "42",
+            env=dict(os.environ, ASAN_OPTIONS="detect_leaks=0"),
         )
         self.assertEqual(done.stdout, SLOT_42)
         self.assertNotIn("socket(", done.stderr)

@@ -1,0 +1,305 @@
+// The published topology, as the parser library hands it out.
+#include "standin/launcher/topology_file.h"
+
+#include "platform/sysinfo.h"
+#include "standin/board/board_loader.h"
+#include "standin/board/image.h"
+#include "standin/board/topology.h"
+#include "standin/launcher/i2c_side.h"
+#include "tests/support/private_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace standin {
+namespace {
+
+constexpr int puckType = 24;
+constexpr int badTopology = -74;
+
+class TopologyFile : public testing::Test {
+protected:
+    TopologyFile() { setenv(boardDirectoryVariable, directory_.path().c_str(), 1); }
+    ~TopologyFile() override { setenv(boardDirectoryVariable, before_.c_str(), 1); }
+
+    [[nodiscard]] std::string file() const { return directory_.path() / topologyFileName; }
+
+    void publish(const Board& board, const BusCore& core) {
+        replaceFile(file(), topologyOf(board, core));
+    }
+
+    // Parses a type, and expects a tree exactly when the status is 0.
+    int statusOf(int deviceType) {
+        SysInfoTree* tree = nullptr;
+        const int status = i2c_parse_sysinfo(deviceType, &tree);
+        EXPECT_EQ(tree != nullptr, status == 0);
+        free_sysinfo(tree);
+        return status;
+    }
+
+private:
+    // The other libraries of this program have a directory of their own.
+    std::string before_ = std::getenv(boardDirectoryVariable);
+    zolt::test::PrivateDirectory directory_;
+};
+
+constexpr const char* description = R"(
+faults = ["sysinfo RTC status 9"]
+[[i2c.bus]]
+number = 5
+[[i2c.bus]]
+number = 20
+[[i2c.bus.device]]
+address = 0x51
+node_type = "PUCK"
+node_index = 4
+[[i2c.index_node]]
+device_type = "PUCK"
+index = 1
+name = "sixteen letters!"
+physical_bus = 20
+parent = 5
+[[i2c.index_node.sub]]
+name = "twenty-four letters, all"
+sub_index = 6
+[[i2c.index_node]]
+device_type = "PUCK"
+index = 2
+physical_bus = 20
+sub_node_count = -1
+[[i2c.index_node]]
+device_type = "RTC"
+[[i2c.type]]
+device_type = "TPM"
+)";
+
+TEST_F(TopologyFile, describedNodesWithTheDeviceNodesOfTheirBus) {
+    const Board board = parseBoard(description, "b");
+    BusState state = busStateOf(board);
+    publish(board, state.core());
+    SysInfoTree* tree = nullptr;
+    ASSERT_EQ(i2c_parse_sysinfo(puckType, &tree), 0);
+    const IndexNodeInfo* first = tree->indexNodes;
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->index, 1);
+    EXPECT_EQ(first->physicalBus, 20);
+    EXPECT_EQ(first->subNodeCount, 2);
+    EXPECT_EQ(std::memcmp(first->name, "sixteen letters!", 16), 0);
+    const SubIndexNodeInfo* sub = first->subNodes;
+    ASSERT_NE(sub, nullptr);
+    EXPECT_EQ(sub->subIndex, 6);
+    EXPECT_EQ(std::memcmp(sub->name, "twenty-four letters, all", 24), 0);
+    sub = sub->next;
+    ASSERT_NE(sub, nullptr);
+    EXPECT_EQ(sub->subIndex, 4);
+    EXPECT_STREQ(sub->name, "20-0051");
+    EXPECT_EQ(sub->next, nullptr);
+    // The other node of that bus shows nothing of it.
+    const IndexNodeInfo* second = first->next;
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(second->index, 2);
+    EXPECT_EQ(second->subNodeCount, -1);
+    EXPECT_EQ(second->subNodes, nullptr);
+    EXPECT_EQ(second->next, nullptr);
+    free_sysinfo(tree);
+}
+
+TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
+    const Board board = parseBoard(description, "b");
+    BusState state = busStateOf(board);
+    ASSERT_EQ(busCoreAddIndexNode(&state.core(), 21, 5, 3, "PUCK"), 0);
+    ASSERT_EQ(busCoreAddIndexNode(&state.core(), 22, 5, 3, "HPM_AUTH_IC"), 0);
+    ASSERT_EQ(busCoreAddIndexNode(&state.core(), 23, 5, 3, ""), 0); // of no type: nowhere
+    ASSERT_EQ(busCoreAddIndexNode(&state.core(), 24, 5, 0xFFFFFFFF, "ETHSW_EEPROM"), 0);
+    ASSERT_EQ(busCoreAddDeviceNode(&state.core(), 21, 0x7F, 9, "PUCK"), 0);
+    ASSERT_EQ(busCoreAddDeviceNode(&state.core(), 21, 0x08, 8, "PUCK"), 0);
+    publish(board, state.core());
+    SysInfoTree* tree = nullptr;
+    ASSERT_EQ(i2c_parse_sysinfo(puckType, &tree), 0);
+    const IndexNodeInfo* node = tree->indexNodes->next->next;
+    ASSERT_NE(node, nullptr);
+    EXPECT_STREQ(node->name, "PUCK_3");
+    EXPECT_EQ(node->index, 3);
+    EXPECT_EQ(node->physicalBus, 21);
+    EXPECT_EQ(node->subNodeCount, 2);
+    EXPECT_EQ(node->discoverable, 0);
+    EXPECT_STREQ(node->subNodes->name, "21-0008"); // by address
+    EXPECT_STREQ(node->subNodes->next->name, "21-007f");
+    EXPECT_EQ(node->next, nullptr);
+    free_sysinfo(tree);
+    EXPECT_EQ(statusOf(5), 0);
+    ASSERT_EQ(i2c_parse_sysinfo(36, &tree), 0); // a long name is cut to its field
+    EXPECT_EQ(std::memcmp(tree->indexNodes->name, "ETHSW_EEPROM_429", 16), 0);
+    EXPECT_EQ(tree->indexNodes->index, -1);
+    free_sysinfo(tree);
+}
+
+TEST_F(TopologyFile, answersOfTypes) {
+    const Board board = parseBoard(description, "b");
+    BusState state = busStateOf(board);
+    publish(board, state.core());
+    EXPECT_EQ(statusOf(13), 9); // ordered to fail
+    EXPECT_EQ(statusOf(49), 0); // known, without nodes
+    EXPECT_EQ(statusOf(0), -2); // unknown
+    EXPECT_EQ(statusOf(164), -2);
+    EXPECT_EQ(statusOf(165), -22);
+    EXPECT_EQ(statusOf(-1), -22);
+    free_sysinfo(nullptr);
+}
+
+TEST_F(TopologyFile, withoutABoardThereIsNoData) {
+    EXPECT_EQ(statusOf(puckType), -19); // a directory without the file
+    unsetenv(boardDirectoryVariable);
+    EXPECT_EQ(statusOf(puckType), -19);
+}
+
+TEST_F(TopologyFile, whatIsWrittenReplacesTheFileAtOnce) {
+    const Board board = parseBoard(description, "b");
+    BusState state = busStateOf(board);
+    publish(board, state.core());
+    std::ifstream before(file(), std::ios::binary);
+    const auto size = std::filesystem::file_size(file());
+    publish(parseBoard("", "b"), BusState().core());
+    EXPECT_LT(std::filesystem::file_size(file()), size);
+    before.seekg(0, std::ios::end);
+    EXPECT_EQ(static_cast<std::uintmax_t>(before.tellg()), size); // whoever had it open has it yet
+    EXPECT_EQ(statusOf(puckType), -2);
+    EXPECT_THROW(replaceFile(file() + "/below", {}), std::system_error);
+}
+
+// A file whose numbers lie leads nobody out of it.
+TEST_F(TopologyFile, damagedFileIsNoTopology) {
+    const Board board = parseBoard(description, "b");
+    BusState state = busStateOf(board);
+    const std::vector<std::byte> whole = topologyOf(board, state.core());
+    constexpr std::size_t puck = offsetof(TopologyHeader, types) + puckType * sizeof(TopologyType);
+    const std::size_t places[] = {
+        0,
+        offsetof(TopologyHeader, nodeCount),
+        offsetof(TopologyHeader, subCount),
+        puck + offsetof(TopologyType, firstNode),
+        puck + offsetof(TopologyType, nodeCount),
+    };
+    for (const std::size_t place : places) {
+        std::vector<std::byte> damaged = whole;
+        std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(place), 4, std::byte{0xFF});
+        replaceFile(file(), damaged);
+        EXPECT_EQ(statusOf(puckType), badTopology) << place;
+    }
+    for (const std::size_t size :
+         {std::size_t{0}, std::size_t{15}, sizeof(TopologyHeader), whole.size() - 1}) {
+        replaceFile(file(), {whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
+        EXPECT_EQ(statusOf(puckType), badTopology) << size;
+    }
+    std::vector<std::byte> longer = whole;
+    longer.push_back({});
+    replaceFile(file(), longer);
+    EXPECT_EQ(statusOf(puckType), badTopology);
+}
+
+TEST_F(TopologyFile, subNodesOfTheNodeInQuestionLieWithinTheFile) {
+    const Board board = parseBoard(R"(
+[[i2c.index_node]]
+device_type = "PUCK"
+[[i2c.index_node.sub]]
+name = "one"
+[[i2c.index_node]]
+device_type = "PUCK"
+)",
+                                   "b");
+    BusState state = busStateOf(board);
+    const std::vector<std::byte> whole = topologyOf(board, state.core());
+    const auto with = [&](std::size_t place, std::uint32_t value) {
+        std::vector<std::byte> damaged = whole;
+        std::memcpy(damaged.data() + place, &value, sizeof value);
+        replaceFile(file(), damaged);
+        return statusOf(puckType);
+    };
+    constexpr std::size_t first = sizeof(TopologyHeader);
+    constexpr std::size_t second = first + sizeof(TopologyNode);
+    EXPECT_EQ(with(first + offsetof(TopologyNode, subCount), 1), 0);
+    EXPECT_EQ(with(first + offsetof(TopologyNode, subCount), 2), badTopology);
+    EXPECT_EQ(with(first + offsetof(TopologyNode, firstSub), 1), badTopology);
+    EXPECT_EQ(with(first + offsetof(TopologyNode, firstSub), 0xFFFFFFFF), badTopology);
+    // A sub node that two nodes claim is one too many.
+    std::vector<std::byte> shared = whole;
+    const std::uint32_t zero = 0;
+    const std::uint32_t one = 1;
+    std::memcpy(shared.data() + second + offsetof(TopologyNode, firstSub), &zero, sizeof zero);
+    std::memcpy(shared.data() + second + offsetof(TopologyNode, subCount), &one, sizeof one);
+    replaceFile(file(), shared);
+    EXPECT_EQ(statusOf(puckType), badTopology);
+}
+
+TEST(BusStateOf, describedBoardIsWhatTheDriverHas) {
+    const Board board = parseBoard(R"(
+faults = ["i2c-open 6 error EBUSY", "i2c-ioctl 5 recover-bus 97"]
+[[i2c.bus]]
+number = 20
+properties = { 8 = 3 }
+[[i2c.bus]]
+number = 5
+[[i2c.bus.device]]
+address = 0x50
+memory = [1]
+node_type = "PSU"
+node_index = 2
+properties = { 7 = 42 }
+[[i2c.index_node]]
+device_type = "PUCK"
+index = 1
+physical_bus = 20
+parent = 5
+[[i2c.index_node]]
+device_type = "PUCK"
+physical_bus = 30
+[[i2c.index_node]]
+device_type = "PUCK"
+)",
+                                   "b");
+    BusState state = busStateOf(board);
+    BusCore& core = state.core();
+    EXPECT_EQ(core.busCount, 3U);
+    const BusCoreBus* const node = busCoreFindBus(&core, 20);
+    ASSERT_NE(node, nullptr);
+    EXPECT_TRUE(node->isIndexNode);
+    EXPECT_EQ(node->parent, 5U);
+    EXPECT_EQ(node->index, 1U);
+    EXPECT_STREQ(node->typeName, "PUCK");
+    EXPECT_EQ(busCoreFindProperty(&core, 20, 0, 8)->value, 3U);
+    const BusCoreDevice* const device = busCoreFindDevice(&core, 5, 0x50);
+    ASSERT_NE(device, nullptr);
+    EXPECT_TRUE(device->hasNode);
+    EXPECT_EQ(device->index, 2U);
+    EXPECT_EQ(device->memory[0], 1);
+    EXPECT_EQ(busCoreFindProperty(&core, 5, 0x50, 7)->value, 42U);
+    EXPECT_EQ(busCoreOpen(&core, 5), 0);
+    EXPECT_EQ(busCoreOpen(&core, 30), 0);
+    EXPECT_EQ(busCoreOpen(&core, 31), -ENOENT);
+    EXPECT_EQ(busCoreOpen(&core, 6), -EBUSY);
+    ASSERT_EQ(core.faultCount, 2U);
+    EXPECT_FALSE(core.faults[1].anySelector);
+    EXPECT_EQ(core.faults[1].selector, 97U);
+}
+
+TEST(BusStateOf, boardLargerThanTheDriverIsRefused) {
+    std::string description;
+    for (int bus = 0; bus <= BUS_CORE_BUSES; ++bus) {
+        description += "[[i2c.bus]]\nnumber = " + std::to_string(bus) + "\n";
+    }
+    const Board board = parseBoard(description, "b");
+    try {
+        (void)busStateOf(board);
+        ADD_FAILURE() << "taken";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "the board has more buses than the bus driver holds");
+    }
+}
+
+} // namespace
+} // namespace standin
