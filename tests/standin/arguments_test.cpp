@@ -34,8 +34,7 @@ TEST(Arguments, commandAlone) {
 TEST(Arguments, everyOption) {
     const Arguments arguments =
         parse({"--board", "b.toml", "--fault", "named-read *", "--fault=raw-read 1 status 2",
-               "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--",
-               "-tool"});
+               "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--", "-tool"});
     EXPECT_EQ(arguments.board, "b.toml");
     EXPECT_EQ(arguments.faults,
               (std::vector{parseFaultRule("named-read *"), parseFaultRule("raw-read 1 status 2")}));

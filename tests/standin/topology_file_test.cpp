@@ -288,11 +288,11 @@ device_type = "PUCK"
 }
 
 TEST(BusStateOf, boardLargerThanTheDriverIsRefused) {
-    std::string description;
+    std::string buses;
     for (int bus = 0; bus <= BUS_CORE_BUSES; ++bus) {
-        description += "[[i2c.bus]]\nnumber = " + std::to_string(bus) + "\n";
+        buses += "[[i2c.bus]]\nnumber = " + std::to_string(bus) + "\n";
     }
-    const Board board = parseBoard(description, "b");
+    const Board board = parseBoard(buses, "b");
     try {
         (void)busStateOf(board);
         ADD_FAILURE() << "taken";
