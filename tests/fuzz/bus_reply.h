@@ -1,0 +1,59 @@
+// Messages whose contents are made of a fuzzer's bytes.
+#pragma once
+
+#include "bus/property_value.h"
+
+#include <sdbusplus/message.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace zolt::fuzz {
+
+/// A fuzzer's bytes, one after the other; zeros beyond their end.
+class Bytes {
+public:
+    Bytes(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}
+
+    [[nodiscard]] bool atEnd() const { return rest_.empty(); }
+    std::uint8_t take();
+
+private:
+    std::span<const std::uint8_t> rest_;
+};
+
+/// A message under construction. Its sizes are bounded whatever the bytes are.
+class Reply {
+public:
+    explicit Reply(Bytes& bytes);
+
+    /// Adds an "a{sv}" and returns what it has to be read as.
+    PropertyMap addProperties();
+
+    /// Adds a value of the type @p signature.
+    void addValue(std::string_view signature);
+
+    /// Adds up to three values of any types.
+    void addAnything();
+
+    /// The message, sealed and at its start.
+    [[nodiscard]] sdbusplus::message_t finished();
+
+private:
+    PropertyValue addKnownVariant();
+    void addNumber(char code, unsigned width);
+    void addText(char code);
+    void addVariant(const std::string& signature);
+    void addArray(std::string_view element);
+    void addMembers(char kind, std::string_view members);
+    std::string anyType();
+
+    Bytes& bytes_;
+    sdbusplus::message_t message_;
+    int depth_ = 0;
+};
+
+} // namespace zolt::fuzz
