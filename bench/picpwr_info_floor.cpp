@@ -2,6 +2,7 @@
 // order, and its text composed in one buffer and written with one write. What zolt_test spends
 // beyond this is what its structure costs. Only for a board whose slots are all occupied and whose
 // registers can all be read; anything else ends it with exit status 1.
+#include "bench/floor_text.h"
 #include "platform/cpld_driver.h"
 #include "platform/hal.h"
 
@@ -15,31 +16,6 @@
 #include <vector>
 
 namespace {
-
-constexpr std::size_t longestReport = std::size_t{64} * 1024;
-
-class Text {
-public:
-    void add(std::string_view text) { end_ += text.copy(end_, text.size()); }
-    void addDecimal(unsigned value) { end_ = std::to_chars(end_, end_ + 10, value).ptr; }
-    void addTwoDigits(unsigned value) {
-        *end_++ = static_cast<char>('0' + value / 10);
-        *end_++ = static_cast<char>('0' + value % 10);
-    }
-    void addHexadecimalByte(std::uint8_t value) {
-        constexpr std::string_view digits = "0123456789ABCDEF";
-        *end_++ = digits[value >> 4];
-        *end_++ = digits[value & 0xF];
-    }
-    [[nodiscard]] bool write() const {
-        const auto size = end_ - text_.data();
-        return ::write(STDOUT_FILENO, text_.data(), static_cast<std::size_t>(size)) == size;
-    }
-
-private:
-    std::array<char, longestReport> text_;
-    char* end_ = text_.data();
-};
 
 struct Flag {
     std::string_view suffix;
@@ -152,7 +128,7 @@ private:
         return true;
     }
 
-    Text text_;
+    floor_program::Text text_;
     std::vector<std::uint8_t> value_;
 };
 
