@@ -64,9 +64,9 @@ int main(int argc, char* argv[]) {
         return EXIT_FAILURE;
     }
     const bool asTheTool = std::string_view(argv[1]) == "tool";
-    const std::int32_t bus = std::atoi(argv[2]);
+    const auto bus = static_cast<std::int32_t>(std::strtol(argv[2], nullptr, 10));
     Bare bare(bus);
-    for (int i = std::atoi(argv[3]); i > 0; --i) {
+    for (long i = std::strtol(argv[3], nullptr, 10); i > 0; --i) {
         if (!(asTheTool ? askAsTheTool(bus) : bare.ask())) {
             return EXIT_FAILURE;
         }
