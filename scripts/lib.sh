@@ -16,7 +16,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         libgtest-dev python3 valgrind                       # the suites, and the suites under a watch
         clang libclang-rt-dev clang-format clang-tidy       # the second compiler, the linters
         strace                                              # what a process asks of the kernel
-        i2c-tools                                           # other clients of the I2C buses
+        i2c-tools systemd                                   # other clients of the buses (busctl)
         shellcheck mandoc                                   # the scripts, the manual pages
         g++-aarch64-linux-gnu qemu-user                     # the boards' own architecture
     )
