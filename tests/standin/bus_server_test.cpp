@@ -112,6 +112,7 @@ TEST_F(BusServerTest, theLongestTransferGoesBothWays) {
     const Descriptor bus(busOpen(5, true));
     std::vector<Bytes> areas(42, Bytes(8192, 0));
     std::vector<i2c_msg> messages;
+    messages.reserve(areas.size());
     for (Bytes& area : areas) {
         messages.push_back({.addr = 0x50, .flags = 0, .len = 8192, .buf = area.data()});
     }
@@ -216,6 +217,7 @@ TEST_F(BusServerTest, duplicatesAndThreadsShareOneOpenBus) {
     const Descriptor bus(busOpen(5, true));
     const Descriptor copy(dup(bus.number()));
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&, i] {
             const int number = i % 2 == 0 ? bus.number() : copy.number();
@@ -235,6 +237,7 @@ TEST_F(BusServerTest, clientsAtOnceKeepTheStateWhole) {
     constexpr std::uint32_t clients = 4;
     constexpr std::uint32_t nodes = 20;
     std::vector<std::thread> threads;
+    threads.reserve(clients);
     std::vector<std::vector<std::uint32_t>> created(clients);
     for (std::uint32_t client = 0; client < clients; ++client) {
         threads.emplace_back([&, client] {

@@ -26,12 +26,12 @@ static const unsigned long functions = I2C_FUNC_I2C | I2C_FUNC_SMBUS_QUICK | I2C
 
 static bool serverAddress(struct sockaddr_un* address) {
     const char* const path = getenv(WIRE_ENVIRONMENT);
-    memset(address, 0, sizeof(*address));
-    address->sun_family = AF_UNIX;
-    if (path == NULL || strlen(path) >= sizeof(address->sun_path)) {
+    const size_t length = path == NULL ? 0 : strlen(path);
+    *address = (struct sockaddr_un){.sun_family = AF_UNIX};
+    if (length == 0 || length >= sizeof(address->sun_path)) {
         return false;
     }
-    strcpy(address->sun_path, path);
+    memcpy(address->sun_path, path, length);
     return true;
 }
 
@@ -124,9 +124,8 @@ int busOpen(uint32_t bus, bool closeOnExec) {
 bool busIsOpen(int descriptor) {
     const int before = errno;
     struct sockaddr_un server;
-    struct sockaddr_un peer;
+    struct sockaddr_un peer = {0};
     socklen_t length = sizeof(peer);
-    memset(&peer, 0, sizeof(peer));
     const bool isOurs = serverAddress(&server) &&
                         getpeername(descriptor, (struct sockaddr*)&peer, &length) == 0 &&
                         peer.sun_family == AF_UNIX && length <= sizeof(peer) &&
