@@ -91,7 +91,7 @@ void appendFaults(const Board& board, Layout& layout) {
 void appendNames(const Board& board, const CpldContents& contents, Layout& layout) {
     std::vector<ImageName> names;
     for (const auto& [name, bytes] : contents.named) { // a map: in byte order already
-        const auto fits = [&](const FaultRule& rule) {
+        const auto fits = [&name = name](const FaultRule& rule) {
             return fnmatch(rule.subject.c_str(), name.c_str(), 0) == 0;
         };
         names.push_back({appendText(layout, name),
@@ -104,7 +104,7 @@ void appendNames(const Board& board, const CpldContents& contents, Layout& layou
 void appendObjects(const Board& board, Layout& layout) {
     std::vector<ImageObject> objects;
     for (const auto& [name, object] : board.halObjects) {
-        const auto fits = [&](const FaultRule& rule) { return rule.subject == name; };
+        const auto fits = [&name = name](const FaultRule& rule) { return rule.subject == name; };
         objects.push_back({.name = appendText(layout, name),
                            .firstAddress = payloadBlockStart,
                            .length = payloadBlockSize,

@@ -212,8 +212,10 @@ void TomlTable::finish() const {
             continue;
         }
         std::string reason = what_ + ": " + quoted(key.str()) + " is not a key here";
-        const auto nearest = std::ranges::min_element(
-            known_, {}, [&](const std::string& known) { return distance(known, key.str()); });
+        const auto nearest =
+            std::ranges::min_element(known_, {}, [&key = key](const std::string& known) {
+                return distance(known, key.str());
+            });
         if (nearest != known_.end() && distance(*nearest, key.str()) <= 2) {
             reason += "; did you mean " + quoted(*nearest) + "?";
         }
