@@ -35,6 +35,8 @@ class SimTest(unittest.TestCase):
             stderr=subprocess.STDOUT,
             text=True,
             start_new_session=True,
+            # A shell cannot trap what was ignored when it started, as under nohup.
+            preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_DFL),
         )
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.stdin.close)
