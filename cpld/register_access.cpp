@@ -16,7 +16,8 @@ std::string registerName(std::string_view prefix, unsigned instance, std::string
     const std::string_view number(digits.data(), end);
     std::string name;
     name.reserve(prefix.size() + number.size() + suffix.size());
-    return name.append(prefix).append(number).append(suffix);
+    name.append(prefix).append(number).append(suffix);
+    return name; // by itself: what append returns would be copied
 }
 
 std::int32_t readRegister(std::string name, RegisterValue& value) {

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 namespace zolt {
 namespace {
 
@@ -51,10 +49,11 @@ TEST_F(HalCfgdata, missingObjectIsLoggedAndFails) {
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadHALConfig PICPWR_PAYLOADS"}));
     ASSERT_EQ(platform().log.size(), 1U);
     std::string line = platform().log[0]; // with the number of the source line taken out
-    const auto [first, last] = std::ranges::find_end(line, std::string_view(".ReadIO:"));
-    const auto number = std::find(line.rbegin() + (line.end() - first), line.rend(), '.').base();
-    EXPECT_GT(std::stoi(std::string(number, first)), 0);
-    line.erase(number, first);
+    const std::size_t end = line.find(".ReadIO:");
+    ASSERT_NE(end, std::string::npos);
+    const std::size_t number = line.rfind('.', end - 1) + 1;
+    EXPECT_GT(std::stoi(line.substr(number, end - number)), 0);
+    line.erase(number, end - number);
     EXPECT_EQ(line, "2 273 hal_cfgdata.cpp..ReadIO: [ReadIO]: ERROR, halData is NULL");
 }
 
