@@ -146,7 +146,7 @@ void runOptionGuarded(const OptionArgs& given) {
     try {
         runOption(given);
     } catch (const std::exception& error) {
-        print("Exception : %s\n", std::string_view(error.what()));
+        print<"Exception : %s\n">(std::string_view(error.what()));
     }
 }
 

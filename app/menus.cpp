@@ -13,9 +13,9 @@ void printMainMenu() {
           "------------------------------------------------\n");
     for (const OptionRow& row : optionRows()) {
         write(row.number < 10 ? "  " : " "); // numbers are right-aligned in three columns
-        print("%d : %s\n", row.number, row.label);
+        print<"%d : %s\n">(row.number, row.label);
     }
-    print("%d : Exit \n", exitOption);
+    print<"%d : Exit \n">(exitOption);
     write("Enter option :");
 }
 

@@ -26,7 +26,7 @@ std::string managerPath(std::uint8_t moduleType) {
 }
 
 void writeLine(std::string_view text) {
-    print("%s\n", text);
+    print<"%s\n">(text);
     flush();
 }
 

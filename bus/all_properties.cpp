@@ -46,7 +46,7 @@ void PrintAllProperties(sdbusplus::bus_t& bus, std::uint8_t moduleClass,
         write("\n");
         flush();
     } catch (const std::exception& error) {
-        print("PrintAllProperties: catch error: %s\n", std::string_view(error.what()));
+        print<"PrintAllProperties: catch error: %s\n">(std::string_view(error.what()));
     }
 }
 

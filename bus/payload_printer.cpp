@@ -101,7 +101,7 @@ PayloadPrinter::PayloadPrinter(std::vector<std::uint8_t> payload) : rawBuffer(st
 
 void PayloadPrinter::printReport(const Report& report) {
     if (!rawBuffer.empty()) {
-        zolt::print("%s - Raw Buffer print is not supported !.... \n", report.printer);
+        zolt::print<"%s - Raw Buffer print is not supported !.... \n">(report.printer);
         return;
     }
     Composition composition(report.labelWidth);

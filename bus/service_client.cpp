@@ -26,7 +26,7 @@ bool getManagedObjects(sdbusplus::bus_t& bus, const char* service, const std::st
         reply.read(objects);
         return !reply.is_method_error();
     } catch (const sdbusplus::exception::SdBusError& error) {
-        print("failed to get managed objects err%s\n", std::string_view(error.what()));
+        print<"failed to get managed objects err%s\n">(std::string_view(error.what()));
         flush();
         return false;
     }

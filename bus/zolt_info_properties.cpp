@@ -25,9 +25,9 @@ int valueOf(std::string_view name, const PropertyValue& value) {
 void printProperties(const PropertyMap& properties) {
     write("PrintZoltInfoProperties: \n");
     for (const auto& [name, value] : properties) {
-        print("Property Name  = %s\n", std::string_view(name));
+        print<"Property Name  = %s\n">(std::string_view(name));
         write("Property Value = "); // stays when the value cannot be had
-        print("%d\n", valueOf(name, value));
+        print<"%d\n">(valueOf(name, value));
     }
 }
 
@@ -38,7 +38,7 @@ void PrintZoltInfoProperties(sdbusplus::bus_t& bus) {
         printProperties(getAllProperties(bus, zoltService, "/com/tesk/bmc/zolt/info",
                                          "com.tesk.bmc.zolt.pcardInfo"));
     } catch (const std::exception& error) {
-        print("PrintZoltInfoProperties: catch error: %s\n", std::string_view(error.what()));
+        print<"PrintZoltInfoProperties: catch error: %s\n">(std::string_view(error.what()));
     }
     write("\n");
     flush();

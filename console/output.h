@@ -1,114 +1,112 @@
 // Text for the operator, printed to standard output.
 //
 // The texts of this tool are its interface, so they stand in the code as the printf formats that
-// they are: `print("PICPWR %02d DBYP               = %d\n", n, value)`. A format is checked when it
-// is compiled, against the arguments' number and kind, and may also be a row of a constexpr table.
-// Knowing the few conversions that occur makes printing several times cheaper than printf.
-//
-// Standard output is the C stream: line by line on a terminal, in large pieces elsewhere.
+// they are: `print<"PICPWR %02d DBYP               = %d\n">(n, value)`. A format is taken apart
+// when it is compiled; what remains at run time is to copy its pieces and to compose the numbers.
+// As a row of a table it is a `line<"...">`: what prints it.
 #pragma once
 
-#include <array>
+#include "console/format.h"
+#include "console/number_text.h"
+#include "console/standard_output.h"
+
+#include <algorithm>
 #include <concepts>
 #include <cstddef>
-#include <span>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace zolt {
 
 using Number = long long;      ///< argument of %d and %X, whatever integer it was
 using Text = std::string_view; ///< argument of %s
 
+/// Prints one line, or several, that show these arguments, each Number or Text.
+template <typename... Arguments>
+using Line = void (*)(Arguments...);
+
 namespace detail {
 
 template <typename T>
-concept Integer = std::integral<T>;
+using Normal = std::conditional_t<std::integral<T>, Number, Text>;
 
-template <typename T>
-using Normal = std::conditional_t<Integer<T>, Number, Text>;
+template <FormatText format, typename = std::make_index_sequence<format.count()>>
+struct Printer;
 
-struct Argument {
-    constexpr Argument(Number value) : number(value) {}
-    constexpr Argument(Text value) : text(value) {}
-    Number number = 0;
-    Text text;
-};
+template <FormatText format, std::size_t... index>
+struct Printer<format, std::index_sequence<index...>> {
+    static constexpr auto conversions = format.conversions();
+    static_assert((conversions[index].isKnown() && ...),
+                  "conversions are %d, %0Nd, %X, %0NX, %0Nx and %s");
 
-// One conversion: %[0][width](d|X|x|s), width one digit.
-struct Conversion {
-    char kind;
-    unsigned width;
-    std::size_t length;
-};
+    template <std::size_t at>
+    using ArgumentOf = std::conditional_t<conversions[at].kind == 's', Text, Number>;
 
-constexpr Conversion parseConversion(std::string_view format, std::size_t percent) {
-    std::size_t at = percent + 1;
-    unsigned width = 0;
-    if (at + 1 < format.size() && format[at] == '0') {
-        width = static_cast<unsigned>(format[at + 1] - '0');
-        at += 2;
+    // Behind the last conversion comes the rest of the text.
+    static constexpr std::size_t last = sizeof...(index);
+    // Room for the line unless an argument is a long text.
+    static constexpr std::size_t usualText = 64;
+    static constexpr std::size_t usualLength =
+        format.size() + last * std::max(longestNumber, usualText);
+
+    static void print(ArgumentOf<index>... arguments) {
+        char* end = standardOutput.room(usualLength);
+        ((end = append<index>(appendText<index>(end), arguments)), ...);
+        standardOutput.finish(appendText<last>(end));
     }
-    return {at < format.size() ? format[at] : '\0', width, at + 1 - percent};
-}
 
-// Reached only while compiling: not constexpr, so that a wrong format does not compile.
-void formatDoesNotFitItsArguments();
+    template <std::size_t at>
+    static char* appendText(char* end) {
+        constexpr std::size_t begin = at == 0 ? 0 : conversions[at - 1].end;
+        constexpr std::size_t length = (at == last ? format.size() : conversions[at].begin) - begin;
+        return std::copy_n(format.text + begin, length, end);
+    }
 
-void print(std::string_view format, std::span<const Argument> arguments);
+    template <std::size_t at>
+    static char* append(char* end, Number number) {
+        constexpr Conversion conversion = conversions[at];
+        if constexpr (conversion.kind == 'd') {
+            return appendDecimal(end, number, conversion.width);
+        } else {
+            return appendHexadecimal(end, static_cast<unsigned long long>(number), conversion.width,
+                                     conversion.kind == 'X' ? "0123456789ABCDEF"
+                                                            : "0123456789abcdef");
+        }
+    }
+
+    template <std::size_t at>
+    static char* append(char* end, Text argument) {
+        if (argument.size() <= usualText) {
+            return std::copy(argument.begin(), argument.end(), end);
+        }
+        standardOutput.finish(end);
+        standardOutput.write(argument);
+        return standardOutput.room(usualLength);
+    }
+};
 
 } // namespace detail
 
-/// A printf format with these arguments, each Number or Text. Conversions: %d, %0Nd, %X, %0NX,
-/// %0Nx with N from 1 to 9, and %s.
-template <typename... Arguments>
-class Format {
-public:
-    template <std::size_t Size>
-    consteval Format(const char (&text)[Size]) : text_(text, Size - 1) {
-        constexpr std::array<bool, sizeof...(Arguments) + 1> isText{
-            std::same_as<Arguments, Text>..., false};
-        std::size_t argument = 0;
-        for (std::size_t at = 0; at < text_.size(); ++at) {
-            if (text_[at] != '%') {
-                continue;
-            }
-            const auto conversion = detail::parseConversion(text_, at);
-            const bool wantsText = conversion.kind == 's';
-            const bool wantsNumber =
-                conversion.kind == 'd' || conversion.kind == 'X' || conversion.kind == 'x';
-            if (argument == sizeof...(Arguments) || conversion.width > 9 ||
-                (!wantsText && !wantsNumber) || isText[argument] != wantsText) {
-                detail::formatDoesNotFitItsArguments();
-            }
-            ++argument;
-            at += conversion.length - 1;
-        }
-        if (argument != sizeof...(Arguments)) {
-            detail::formatDoesNotFitItsArguments();
-        }
-    }
+/// What prints a format, for a table's row.
+template <detail::FormatText text>
+constexpr auto line = &detail::Printer<text>::print;
 
-    [[nodiscard]] constexpr std::string_view text() const { return text_; }
-
-private:
-    std::string_view text_;
-};
-
-/// Prints @p format with its arguments; integers of any type, strings as string_view. A negative
+/// Prints a format with its arguments: integers of any type, or strings as string_view. A negative
 /// number prints with %X as 64 bits: hand in the unsigned type that the field has.
-template <typename... Arguments>
-void print(std::type_identity_t<Format<detail::Normal<Arguments>...>> format,
-           const Arguments&... arguments) {
-    const std::array<detail::Argument, sizeof...(Arguments)> list{
-        detail::Argument(static_cast<detail::Normal<Arguments>>(arguments))...};
-    detail::print(format.text(), list);
+template <detail::FormatText text, typename... Arguments>
+void print(const Arguments&... arguments) {
+    line<text>(static_cast<detail::Normal<Arguments>>(arguments)...);
 }
 
 /// Prints text that is already laid out.
-void write(std::string_view text);
+inline void write(Text text) {
+    standardOutput.write(text);
+}
 
 /// Hands everything printed so far to whoever reads standard output.
-void flush();
+inline void flush() {
+    standardOutput.flush();
+}
 
 } // namespace zolt

@@ -29,8 +29,8 @@ struct Register {
     Access access = Access::namedElseRaw;
 };
 
-using SingleRegister = Register<Format<Number>>;           ///< value
-using InstanceRegister = Register<Format<Number, Number>>; ///< number of the instance, value
+using SingleRegister = Register<Line<Number>>;           ///< value
+using InstanceRegister = Register<Line<Number, Number>>; ///< number of the instance, value
 
 /// One class of modules: a single unit or several instances, and the registers of each.
 struct ModuleClass {
@@ -44,101 +44,102 @@ struct ModuleClass {
 
 constexpr SingleRegister oneCConnector[] = {
     {"1C_CARD_PRES", RawField::bits(0, 7, 7), //
-     "1C Card Presence                  = %d\n"},
+     line<"1C Card Presence                  = %d\n">},
     {"1C_CONNECTOR_PCARD_PAYLOAD_OFFSET", RawField::word(1),
-     "1C Connector PCARD Payload Offset = %d\n"},
+     line<"1C Connector PCARD Payload Offset = %d\n">},
 };
 
 constexpr SingleRegister fourCConnector[] = {
     {"4C+_CONNECTOR_PCARD_MOD_CLASS", RawField::byte(0),
-     "4C+ Connector PCARD Module Class   = 0x%02X\n"},
+     line<"4C+ Connector PCARD Module Class   = 0x%02X\n">},
     {"4C+_CONNECTOR_PCARD_PAYLOAD_OFFSET", RawField::word(1),
-     "4C+ Connector PCARD Payload Offset = %d\n"},
+     line<"4C+ Connector PCARD Payload Offset = %d\n">},
 };
 
 constexpr InstanceRegister karnBehindFlop[] = {
-    {"_FLOP_IDX", RawField::byte(0), "Downstream KARN%d FLOP Index        = %d\n"},
-    {"_PAYLOAD_OFFSET", RawField::word(1), "Downstream KARN%d Payload Offset    = %d\n"},
-    {"_FRU_WP", RawField::bits(3, 0, 0), "Downstream KARN%d FRU Write Protect = %d\n"},
+    {"_FLOP_IDX", RawField::byte(0), line<"Downstream KARN%d FLOP Index        = %d\n">},
+    {"_PAYLOAD_OFFSET", RawField::word(1), line<"Downstream KARN%d Payload Offset    = %d\n">},
+    {"_FRU_WP", RawField::bits(3, 0, 0), line<"Downstream KARN%d FRU Write Protect = %d\n">},
 };
 
 constexpr InstanceRegister m2CardBehindFlop[] = {
-    {"_FLOP_IDX", RawField::byte(0), "Downstream M.2 Card%d FLOP Index        = %d\n"},
-    {"_PAYLOAD_OFFSET", RawField::word(1), "Downstream M.2 Card%d Payload Offset    = %d\n"},
-    {"_FRU_WP", RawField::bits(3, 0, 0), "Downstream M.2 Card%d FRU Write Protect = %d\n"},
+    {"_FLOP_IDX", RawField::byte(0), line<"Downstream M.2 Card%d FLOP Index        = %d\n">},
+    {"_PAYLOAD_OFFSET", RawField::word(1), line<"Downstream M.2 Card%d Payload Offset    = %d\n">},
+    {"_FRU_WP", RawField::bits(3, 0, 0), line<"Downstream M.2 Card%d FRU Write Protect = %d\n">},
 };
 
 constexpr InstanceRegister tulmBehindBackplane[] = {
-    {"_BP_IDX", RawField::byte(0), "Downstream TULM%d Backplane Index   = %d\n"},
-    {"_PAYLOAD_OFFSET", RawField::word(1), "Downstream TULM%d Payload Offset    = %d\n"},
-    {"_FRU_WP", RawField::bits(3, 0, 0), "Downstream TULM%d FRU Write Protect = %d\n"},
+    {"_BP_IDX", RawField::byte(0), line<"Downstream TULM%d Backplane Index   = %d\n">},
+    {"_PAYLOAD_OFFSET", RawField::word(1), line<"Downstream TULM%d Payload Offset    = %d\n">},
+    {"_FRU_WP", RawField::bits(3, 0, 0), line<"Downstream TULM%d FRU Write Protect = %d\n">},
 };
 
 constexpr InstanceRegister backplane[] = {
     {"_PWR_POLICY", RawField::bits(0, 7, 6), //
-     "Backplane %d Power Policy          = %d\n", Access::rawOnly},
-    {"_VWIRE_SMBUS_RST", RawField::bits(0, 3, 3), "Backplane %d SMBus Reset vWire     = %d\n"},
+     line<"Backplane %d Power Policy          = %d\n">, Access::rawOnly},
+    {"_VWIRE_SMBUS_RST", RawField::bits(0, 3, 3),
+     line<"Backplane %d SMBus Reset vWire     = %d\n">},
     {"_VWIRE_BP_RST", RawField::bits(0, 2, 2), //
-     "Backplane %d BP Reset Vwire        = %d\n", Access::rawOnly},
-    {"_VWIRE_RDY", RawField::bits(0, 1, 1), "Backplane %d ready register vWire  = %d\n"},
+     line<"Backplane %d BP Reset Vwire        = %d\n">, Access::rawOnly},
+    {"_VWIRE_RDY", RawField::bits(0, 1, 1), line<"Backplane %d ready register vWire  = %d\n">},
     {"_VWIRE_DOWNSTREAM_MODE", RawField::bits(0, 0, 0),
-     "Backplane %d vWire Downstream Mode = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(1), "Backplane %d PICPWR Index          = %d\n"},
+     line<"Backplane %d vWire Downstream Mode = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(1), line<"Backplane %d PICPWR Index          = %d\n">},
 };
 
 constexpr InstanceRegister cemRiser[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), "CEM Riser %d Power Policy      = %d\n"},
-    {"_FRU_WP", RawField::bits(0, 1, 1), "CEM Riser %d FRU Write Protect = %d\n"},
-    {"_BMC_PWR_EN", RawField::bits(0, 0, 0), "CEM Riser %d BMC Power Enable  = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(2), "CEM Riser %d PICPWR Index      = %d\n"},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"CEM Riser %d Power Policy      = %d\n">},
+    {"_FRU_WP", RawField::bits(0, 1, 1), line<"CEM Riser %d FRU Write Protect = %d\n">},
+    {"_BMC_PWR_EN", RawField::bits(0, 0, 0), line<"CEM Riser %d BMC Power Enable  = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(2), line<"CEM Riser %d PICPWR Index      = %d\n">},
 };
 
 constexpr InstanceRegister karn[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), "KARN %d Power Policy      = %d\n"},
-    {"_FRU_WP", RawField::bits(0, 0, 0), "KARN %d FRU Write Protect = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(1), "KARN %d PICPWR Index      = %d\n"},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"KARN %d Power Policy      = %d\n">},
+    {"_FRU_WP", RawField::bits(0, 0, 0), line<"KARN %d FRU Write Protect = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(1), line<"KARN %d PICPWR Index      = %d\n">},
 };
 
 constexpr InstanceRegister m2Interposer[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), "M.2 Interposer %d Power Policy      = %d\n"},
-    {"_FRU_WP", RawField::bits(0, 0, 0), "M.2 Interposer %d FRU Write Protect = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(1), "M.2 Interposer %d PICPWR Index      = %d\n"},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"M.2 Interposer %d Power Policy      = %d\n">},
+    {"_FRU_WP", RawField::bits(0, 0, 0), line<"M.2 Interposer %d FRU Write Protect = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(1), line<"M.2 Interposer %d PICPWR Index      = %d\n">},
 };
 
 constexpr InstanceRegister rida[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), "RIDA %d Power Policy      = %d\n"},
-    {"_FRU_WP", RawField::bits(0, 0, 0), "RIDA %d FRU Write Protect = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(1), "RIDA %d PICPWR Index      = %d\n"},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"RIDA %d Power Policy      = %d\n">},
+    {"_FRU_WP", RawField::bits(0, 0, 0), line<"RIDA %d FRU Write Protect = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(1), line<"RIDA %d PICPWR Index      = %d\n">},
 };
 
 constexpr InstanceRegister puck[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), "PUCK %d Power Policy      = %d\n"},
-    {"_FRU_WP", RawField::bits(0, 0, 0), "PUCK %d FRU Write Protect = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(1), "PUCK %d PICPWR Index      = %d\n"},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"PUCK %d Power Policy      = %d\n">},
+    {"_FRU_WP", RawField::bits(0, 0, 0), line<"PUCK %d FRU Write Protect = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(1), line<"PUCK %d PICPWR Index      = %d\n">},
 };
 
 constexpr SingleRegister remoteFanController[] = {
-    {"REMOTE_FAN_PWR_POLICY", RawField::bits(0, 7, 6), "RFC Power Policy = %d\n"},
-    {"REMOTE_FAN_PICPWR_INDEX", RawField::byte(1), "RFC PICPWR Index = %d\n"},
+    {"REMOTE_FAN_PWR_POLICY", RawField::bits(0, 7, 6), line<"RFC Power Policy = %d\n">},
+    {"REMOTE_FAN_PICPWR_INDEX", RawField::byte(1), line<"RFC PICPWR Index = %d\n">},
 };
 
 constexpr InstanceRegister flop[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), "FLOP %d Power Policy      = %d\n"},
-    {"_FRU_WP", RawField::bits(0, 4, 4), "FLOP %d FRU Write Protect = %d\n"},
-    {"_OCP_PRES", RawField::bits(0, 0, 0), "FLOP %d OCP Presence      = %d\n"},
-    {"_UNHIDE", RawField::bits(1, 7, 7), "FLOP %d Unhide            = %d\n"},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"FLOP %d Power Policy      = %d\n">},
+    {"_FRU_WP", RawField::bits(0, 4, 4), line<"FLOP %d FRU Write Protect = %d\n">},
+    {"_OCP_PRES", RawField::bits(0, 0, 0), line<"FLOP %d OCP Presence      = %d\n">},
+    {"_UNHIDE", RawField::bits(1, 7, 7), line<"FLOP %d Unhide            = %d\n">},
     {"_NUM_LINKS", RawField::bits(1, 5, 4), //
-     "FLOP %d Number of links   = %d\n", Access::rawOnly},
+     line<"FLOP %d Number of links   = %d\n">, Access::rawOnly},
     // The card's type shows in the presence pins.
-    {"_PRSNTB", RawField::bits(1, 3, 0), "FLOP %d Card Type         = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(2), "FLOP %d PICPWR Index      = %d\n"},
+    {"_PRSNTB", RawField::bits(1, 3, 0), line<"FLOP %d Card Type         = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(2), line<"FLOP %d PICPWR Index      = %d\n">},
 };
 
 constexpr InstanceRegister batteryInterposer[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), "Battery Interposer %d Power Policy     = %d\n"},
-    {"_BMC_PWR_EN", RawField::bits(0, 4, 4), "Battery Interposer %d BMC Power Enable = %d\n"},
-    {"_BATT_RDY", RawField::bits(0, 0, 0), "Battery Interposer %d Battery Ready    = %d\n"},
-    {"_PICPWR_INDEX", RawField::byte(1), "Battery Interposer %d PICPWR Index     = %d\n"},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"Battery Interposer %d Power Policy     = %d\n">},
+    {"_BMC_PWR_EN", RawField::bits(0, 4, 4), line<"Battery Interposer %d BMC Power Enable = %d\n">},
+    {"_BATT_RDY", RawField::bits(0, 0, 0), line<"Battery Interposer %d Battery Ready    = %d\n">},
+    {"_PICPWR_INDEX", RawField::byte(1), line<"Battery Interposer %d PICPWR Index     = %d\n">},
 };
 
 /// All classes; a class's selector is its place here, counted from 1.

@@ -10,15 +10,7 @@ namespace {
 
 constexpr std::uint8_t fourCConnectorClass = 2;
 
-std::string nameOf(const ModuleClass&, const SingleRegister& row) {
-    return std::string(row.name);
-}
-
-std::string nameOf(const ModuleClass& shown, const InstanceRegister& row, unsigned instance) {
-    return registerName(shown.prefix, instance, row.name);
-}
-
-std::optional<std::uint16_t> valueOf(const RawField& raw, const RegisterValue& value) {
+std::optional<std::uint16_t> valueOf(RawField raw, const RegisterValue& value) {
     if (raw.size == 2) {
         return wordOf(value);
     }
@@ -27,32 +19,31 @@ std::optional<std::uint16_t> valueOf(const RawField& raw, const RegisterValue& v
 
 // Instance: the number of the instance, or nothing for a single unit.
 template <typename Line, typename... Instance>
-void showRegister(const ModuleClass& shown, const Register<Line>& row, std::uint16_t base,
-                  RegisterValue& value, Instance... instance) {
-    const RawField raw = row.raw.from(base);
-    value.clear();
+void showRegister(RegisterBlock& block, const Register<Line>& row, RegisterValue& value,
+                  Instance... instance) {
     const std::int32_t status = row.access == Access::rawOnly
-                                    ? readRawField(raw, value)
-                                    : readField(nameOf(shown, row, instance...), raw, value);
+                                    ? block.readRaw(row.raw, value)
+                                    : block.read(row.name, row.raw, value);
     if (status != 0) {
-        print("Unable to read %s using CPLD raw API, status %d\n",
-              std::string_view(nameOf(shown, row, instance...)), status);
-    } else if (const auto number = valueOf(raw, value)) {
-        print(row.line, instance..., *number);
+        print<"Unable to read %s using CPLD raw API, status %d\n">(block.name(row.name), status);
+    } else if (const auto number = valueOf(row.raw, value)) {
+        row.line(instance..., *number);
     }
 }
 
 void showClass(const ModuleClass& shown, RegisterValue& value) {
+    RegisterBlock unit(shown.base);
     for (const SingleRegister& row : shown.registers) {
-        showRegister(shown, row, shown.base, value);
+        showRegister(unit, row, value);
     }
     if (shown.instanceRegisters.empty()) {
         return;
     }
     std::uint16_t base = shown.base;
     for (unsigned instance = 1; instance <= shown.instances; ++instance) {
+        RegisterBlock block(shown.prefix, instance, base);
         for (const InstanceRegister& row : shown.instanceRegisters) {
-            showRegister(shown, row, base, value, instance);
+            showRegister(block, row, value, instance);
         }
         write("\n");
         base = static_cast<std::uint16_t>(base + shown.distance);

@@ -42,7 +42,26 @@ constexpr PicpwrRegister picpwrModuleClass{"_MOD_CLASS", RawField::byte(1)};
 constexpr PicpwrRegister picpwrModuleClassIndex{"_MOD_CLASS_IDX", RawField::byte(2)};
 constexpr PicpwrRegister picpwrPayloadOffset{"_PAYLOAD_OFFSET", RawField::word(3)};
 
-/// Reads a register of PICPWR @p n by name, else raw, as readField() does.
-std::int32_t readPicpwrRegister(std::uint8_t n, const PicpwrRegister& field, RegisterValue& value);
+/// The registers of one PICPWR.
+class PicpwrBlock {
+public:
+    /// @param n  1 to 63; from the command line any byte.
+    explicit PicpwrBlock(std::uint8_t n) : block_("PICPWR_", n, picpwrBlockAddress(n)) {}
+
+    /// Reads a register by name, else raw, as readField() does.
+    [[nodiscard]] std::int32_t read(const PicpwrRegister& field, RegisterValue& value) {
+        return block_.read(field.suffix, field.raw, value);
+    }
+
+    /// Reads DSLk_ID, for which the HAL has no name: raw.
+    /// @param k  1 to picpwrDslCount.
+    [[nodiscard]] std::int32_t readDsl(unsigned k, RegisterValue& value) const {
+        return block_.readRaw(RawField::byte(static_cast<std::uint16_t>(picpwrDslOffset + k - 1)),
+                              value);
+    }
+
+private:
+    RegisterBlock block_;
+};
 
 } // namespace zolt

@@ -4,9 +4,10 @@
 // its registers through readField().
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -40,24 +41,58 @@ struct RawField {
     }
 };
 
-/// The name of one instance's register: prefix, decimal number, suffix (PICPWR_7_DSTAT).
-[[nodiscard]] std::string registerName(std::string_view prefix, unsigned instance,
-                                       std::string_view suffix);
-
 /// Reads by name. Does not empty @p value: what the HAL delivers is what the caller finds.
 /// @return 0, or the HAL's status when the register must be read raw.
-[[nodiscard]] std::int32_t readRegister(std::string name, RegisterValue& value);
+[[nodiscard]] std::int32_t readRegister(std::string_view name, RegisterValue& value);
 
 /// The same for an area: @p size receives how many bytes the HAL says it delivered.
-[[nodiscard]] std::int32_t readArea(std::string name, RegisterValue& value, std::uint32_t& size);
+[[nodiscard]] std::int32_t readArea(std::string_view name, RegisterValue& value,
+                                    std::uint32_t& size);
 
 /// Reads raw and appends the field: its bits shifted down to bit 0, or both bytes of a word.
 /// @return 0, or the CPLD driver's status; @p value is then as it was.
-[[nodiscard]] std::int32_t readRawField(const RawField& raw, RegisterValue& value);
+[[nodiscard]] std::int32_t readRawField(RawField raw, RegisterValue& value);
 
 /// Empties @p value, reads by name, and raw when that fails.
 /// @return 0, or the status of the raw read, which the caller reports.
-[[nodiscard]] std::int32_t readField(std::string name, const RawField& raw, RegisterValue& value);
+[[nodiscard]] std::int32_t readField(std::string_view name, RawField raw, RegisterValue& value);
+
+/// The registers of one instance of a module: how their names begin, and where they lie.
+class RegisterBlock {
+public:
+    /// A single unit, whose registers have names of their own.
+    /// @param base  raw address of the block.
+    explicit RegisterBlock(std::uint16_t base) : base_(base) {}
+
+    /// One of several instances. Its registers are called prefix, decimal number, suffix
+    /// (PICPWR_7_DSTAT).
+    RegisterBlock(std::string_view prefix, unsigned instance, std::uint16_t base);
+
+    /// The name of the register with @p suffix, until the next name is asked for. It ends where
+    /// there is no more room, behind longestName characters: the HAL's names are all shorter.
+    [[nodiscard]] std::string_view name(std::string_view suffix) {
+        char* const end = name_.data() + prefixLength_;
+        return {name_.data(), end + suffix.copy(end, longestName - prefixLength_)};
+    }
+
+    /// Reads a register as readField() does; the address of @p raw is relative to the block.
+    [[nodiscard]] std::int32_t read(std::string_view suffix, RawField raw, RegisterValue& value) {
+        return readField(name(suffix), raw.from(base_), value);
+    }
+
+    /// Reads it as readRawField() does, but empties @p value first.
+    [[nodiscard]] std::int32_t readRaw(RawField raw, RegisterValue& value) const {
+        value.clear();
+        return readRawField(raw.from(base_), value);
+    }
+
+    static constexpr std::size_t longestName = 64;
+
+private:
+    std::array<char, longestName> name_;
+    std::size_t prefixLength_ = 0;
+    std::uint16_t base_;
+};
 
 /// The value of a one-byte register; none when the read delivered no byte.
 [[nodiscard]] constexpr std::optional<std::uint8_t> byteOf(const RegisterValue& value) {

@@ -34,7 +34,7 @@ std::string busDevicePath(std::int32_t bus) {
 
 BusDevice::BusDevice(const std::string& path) : descriptor_(::open(path.c_str(), O_RDWR)) {
     if (!isOpen()) {
-        print("I2C Open error (%s)\n", errorText());
+        print<"I2C Open error (%s)\n">(errorText());
     }
 }
 
@@ -62,7 +62,7 @@ int sendControl(int bus, const BusControlRecord& record, std::span<std::uint8_t>
 }
 
 void printRefusal(int result) {
-    print("Status is %d (%s)\n", result, errorText());
+    print<"Status is %d (%s)\n">(result, errorText());
 }
 
 } // namespace zolt

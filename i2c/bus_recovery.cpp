@@ -35,9 +35,9 @@ Status busRecoveryStep(std::int32_t bus, BusRecoveryMode mode) {
         return statusNothingToShow;
     }
     const int result = sendControl(device.descriptor(), record);
-    print("Status [%d] for node name: [%s]\n", result, path);
+    print<"Status [%d] for node name: [%s]\n">(result, path);
     if (result < 0) {
-        print("IOCTL failed with status %d\n", result);
+        print<"IOCTL failed with status %d\n">(result);
         return statusNothingToShow;
     }
     return statusDone;

@@ -95,7 +95,7 @@ void printDeviceTypeMenu() {
     unsigned code = 0;
     for (const DeviceType& type : deviceTypes) {
         write(code < 10 ? " " : ""); // codes are right-aligned in two columns
-        print("%d : %s\n", code, type.label);
+        print<"%d : %s\n">(code, type.label);
         ++code;
     }
     write("Enter the device type :");

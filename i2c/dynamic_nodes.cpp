@@ -43,10 +43,8 @@ NodeReply requestNode(BusDevice& bus, const BusControlRecord& record) {
 }
 
 // Status and bus number of a node, which the operator reads as signed.
-using NodeText = Format<Number, Number>;
-
-void printNode(const NodeText& text, const NodeReply& reply) {
-    print(text, static_cast<std::int32_t>(reply.status), static_cast<std::int32_t>(reply.bus));
+void printNode(Line<Number, Number> line, const NodeReply& reply) {
+    line(static_cast<std::int32_t>(reply.status), static_cast<std::int32_t>(reply.bus));
 }
 
 bool removeDevice(std::int32_t parent, std::uint32_t target) {
@@ -62,7 +60,7 @@ bool removeDevice(std::int32_t parent, std::uint32_t target) {
         return false;
     }
     bus.close();
-    print("Device Remove Status: [%d] Under Parent Node: [/dev/i2c-%d]\n", result, parent);
+    print<"Device Remove Status: [%d] Under Parent Node: [/dev/i2c-%d]\n">(result, parent);
     return true;
 }
 
@@ -90,7 +88,7 @@ std::uint32_t createIndexNode(std::uint32_t deviceType, std::uint32_t index,
     if (reply.result < 0) {
         return nodeNotCreated;
     }
-    printNode("Index Node Status:Node Status: [%d] &  Name: [/dev/i2c-%d]\n", reply);
+    printNode(line<"Index Node Status:Node Status: [%d] &  Name: [/dev/i2c-%d]\n">, reply);
     return reply.bus;
 }
 
@@ -111,7 +109,7 @@ Status createDeviceNode(std::uint32_t deviceType, std::uint32_t index, std::uint
     if (reply.result < 0) {
         return statusIoFailed;
     }
-    printNode("Device Node Status: [%d] &  Name: [/dev/i2c-%d]\n", reply);
+    printNode(line<"Device Node Status: [%d] &  Name: [/dev/i2c-%d]\n">, reply);
     return reply.result;
 }
 

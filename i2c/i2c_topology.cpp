@@ -38,10 +38,10 @@ std::string_view textOf(const char (&field)[Size]) {
 void printSubNodes(const IndexNodeInfo& node) {
     for (const auto* sub = node.subNodes; sub != nullptr; sub = sub->next) {
         write("\nSub Index Node Info\n");
-        print("Sub Index         = %d\n", sub->subIndex);
-        print("Discoverable Node = %d\n", sub->discoverable);
-        print("Node Name         = %s\n", textOf(sub->name));
-        print("Sub Node Count    = %d\n", sub->subNodeCount);
+        print<"Sub Index         = %d\n">(sub->subIndex);
+        print<"Discoverable Node = %d\n">(sub->discoverable);
+        print<"Node Name         = %s\n">(textOf(sub->name));
+        print<"Sub Node Count    = %d\n">(sub->subNodeCount);
     }
 }
 
@@ -49,22 +49,22 @@ void printSubNodes(const IndexNodeInfo& node) {
 void printIndexNode(const IndexNodeInfo& node, const std::string* typeName) {
     write("\n\nIndex Node Info\n");
     if (typeName != nullptr) {
-        print("Device Type       = %s\n", *typeName);
+        print<"Device Type       = %s\n">(*typeName);
     }
-    print("Index             = %d\n", node.index);
-    print("Discoverable Node = %d\n", node.discoverable);
-    print("Node Name         = %s\n", textOf(node.name));
-    print("Physical Bus      = %d\n", node.physicalBus);
-    print("Sub Node Count    = %d\n", node.subNodeCount);
-    print("PICPWR ID         = %d\n", node.picpwrId);
-    print("is_sl_src         = %d\n", node.isSlSrc);
-    print("sl_src            = %d\n", node.slSrc);
-    print("HW_UID            = 0x%02X\n", node.hwUid);
+    print<"Index             = %d\n">(node.index);
+    print<"Discoverable Node = %d\n">(node.discoverable);
+    print<"Node Name         = %s\n">(textOf(node.name));
+    print<"Physical Bus      = %d\n">(node.physicalBus);
+    print<"Sub Node Count    = %d\n">(node.subNodeCount);
+    print<"PICPWR ID         = %d\n">(node.picpwrId);
+    print<"is_sl_src         = %d\n">(node.isSlSrc);
+    print<"sl_src            = %d\n">(node.slSrc);
+    print<"HW_UID            = 0x%02X\n">(node.hwUid);
     if (typeName != nullptr) {
-        print("Slot Number       = %d\n", node.slotNumber);
-        print("Slot Type         = %d\n", node.slotType);
+        print<"Slot Number       = %d\n">(node.slotNumber);
+        print<"Slot Type         = %d\n">(node.slotType);
     }
-    print("Bay ID            = %d\n", node.bayId);
+    print<"Bay ID            = %d\n">(node.bayId);
     printSubNodes(node);
 }
 
@@ -133,7 +133,7 @@ Status printPicpwrNodes(std::uint8_t picpwrId) {
     if (picpwrId == 0) {
         printThroughIndexZero(nodes);
     } else if (!printFirstWithIndex(nodes, picpwrId)) {
-        print("PICPWR %d not found in sysfs\n", picpwrId);
+        print<"PICPWR %d not found in sysfs\n">(picpwrId);
     }
     return statusDone;
 }

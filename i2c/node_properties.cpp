@@ -37,8 +37,8 @@ Status readNodeProperty() {
         return statusNothingToShow;
     }
     bus.close();
-    print("Property ID: [%d] and Property Value: [%d]\n", propertyId,
-          static_cast<std::int32_t>(value));
+    print<"Property ID: [%d] and Property Value: [%d]\n">(propertyId,
+                                                          static_cast<std::int32_t>(value));
     return statusDone;
 }
 
@@ -55,12 +55,12 @@ Status updateNodeProperty(const std::string& path, std::uint32_t deviceType, std
         return statusNothingToShow;
     }
     if (const int result = sendControl(bus.descriptor(), record); result < 0) {
-        print("IOCTL failed with status %d\n", result);
+        print<"IOCTL failed with status %d\n">(result);
         return statusNothingToShow;
     }
     bus.close();
-    print("Updated Property ID : %d and value : %d for node_name [%s]\n", propertyId,
-          static_cast<std::int32_t>(value), path);
+    print<"Updated Property ID : %d and value : %d for node_name [%s]\n">(
+        propertyId, static_cast<std::int32_t>(value), path);
     return statusDone;
 }
 

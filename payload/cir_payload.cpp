@@ -12,9 +12,9 @@ namespace {
 constexpr std::uint32_t fetchedBytes = 247; // whatever the payload's own length
 
 Status requirePayload(std::uint8_t picpwrId, PayloadBuffer& buffer) {
-    if (const auto status = readPicpwrRegister(picpwrId, picpwrModuleClass, buffer); status != 0) {
-        print("Unable to read PICPWR %d module class using CPLD raw API, status %d\n", picpwrId,
-              status);
+    if (const auto status = PicpwrBlock(picpwrId).read(picpwrModuleClass, buffer); status != 0) {
+        print<"Unable to read PICPWR %d module class using CPLD raw API, status %d\n">(picpwrId,
+                                                                                       status);
         buffer.push_back(0); // which then reads as no payload
     }
     const auto moduleClass = byteOf(buffer);

@@ -25,6 +25,6 @@ namespace zolt {
 
 /// Decodes header, end points or backplane description, and checksum, which is not verified. The
 /// listing ends where the bytes do.
-[[nodiscard]] Fields decodeCirPayload(std::span<const std::uint8_t> payload);
+void decodeCirPayload(std::span<const std::uint8_t> payload, TakeField take);
 
 } // namespace zolt

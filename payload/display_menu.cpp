@@ -24,7 +24,7 @@ void show(const Display& display, std::int8_t choice) {
             static_cast<std::uint32_t>(std::min(display.dumpLength, display.bytes.size())));
         break;
     case humanReadable:
-        printFields(display.decode(display.bytes));
+        display.decode(display.bytes, printField);
         break;
     case goBack:
         break;

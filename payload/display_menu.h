@@ -16,7 +16,7 @@ struct Display {
     const std::vector<std::uint8_t>& bytes;
     std::size_t dumpLength;    ///< bytes that the raw dump shows; no more than there are
     std::uint32_t dumpAddress; ///< shown for the first of them
-    Fields (*decode)(std::span<const std::uint8_t> bytes);
+    void (*decode)(std::span<const std::uint8_t> bytes, TakeField take);
 };
 
 /// Address that the dumps show for raw CPLD address 0.

@@ -5,18 +5,16 @@ namespace zolt {
 namespace {
 
 struct FieldPrinter {
-    void operator()(const Heading& field) const { print(field.line); }
-    void operator()(const Value& field) const { print(field.line, field.value); }
-    void operator()(const UnitValue& field) const { print(field.line, field.unit, field.value); }
-    void operator()(const TextValue& field) const { print(field.line, field.text); }
+    void operator()(const Heading& field) const { field.line(); }
+    void operator()(const Value& field) const { field.line(field.value); }
+    void operator()(const UnitValue& field) const { field.line(field.unit, field.value); }
+    void operator()(const TextValue& field) const { field.line(field.text); }
 };
 
 } // namespace
 
-void printFields(std::span<const Field> fields) {
-    for (const Field& field : fields) {
-        std::visit(FieldPrinter(), field);
-    }
+void printField(const Field& field) {
+    std::visit(FieldPrinter(), field);
 }
 
 } // namespace zolt

@@ -2,39 +2,50 @@
 
 namespace zolt {
 
-void FieldDecoder::heading(const Format<>& line) {
+void FieldDecoder::heading(Line<> line) {
     if (!ended_) {
-        fields_.push_back(Heading{line});
+        take_(Heading{line});
     }
 }
 
-void FieldDecoder::heading(const Format<Number>& line, std::uint8_t unit) {
+void FieldDecoder::heading(Line<Number> line, std::uint8_t unit) {
     if (!ended_) {
-        fields_.push_back(Value{line, unit});
+        take_(Value{line, unit});
     }
 }
 
 std::uint16_t FieldDecoder::add(const ValueRow& row, std::size_t start) {
-    const std::uint16_t shown = value(row.bits, start);
-    if (!ended_) {
-        fields_.push_back(Value{row.line, shown});
+    const auto low = reader_.byte(start + row.bits.offset);
+    if (!low) {
+        return end();
     }
-    return shown;
+    std::uint16_t value = row.bits.low(*low);
+    if (row.bits.upperMask != 0) {
+        const auto upper = reader_.byte(start + row.bits.upperOffset);
+        if (!upper) {
+            return end();
+        }
+        value = static_cast<std::uint16_t>(value | (*upper & row.bits.upperMask) << 8);
+    }
+    take_(Value{row.line, value});
+    return value;
 }
 
 std::uint8_t FieldDecoder::add(const UnitRow& row, std::uint8_t unit, std::size_t start) {
-    const auto shown = static_cast<std::uint8_t>(value(row.bits, start));
-    if (!ended_) {
-        fields_.push_back(UnitValue{row.line, unit, shown});
+    const auto byte = reader_.byte(start + row.bits.offset);
+    if (!byte) {
+        return end();
     }
-    return shown;
+    const std::uint8_t value = row.bits.low(*byte);
+    take_(UnitValue{row.line, unit, value});
+    return value;
 }
 
 void FieldDecoder::add(const TextRow& row, std::size_t start) {
-    const auto text = reader_.text(start + row.offset, row.length);
-    ended_ = ended_ || !text;
-    if (!ended_) {
-        fields_.push_back(TextValue{row.line, *text});
+    if (const auto text = reader_.text(start + row.offset, row.length)) {
+        take_(TextValue{row.line, *text});
+    } else {
+        end();
     }
 }
 
@@ -50,17 +61,10 @@ void FieldDecoder::add(std::span<const UnitRow> rows, std::uint8_t unit, std::si
     }
 }
 
-std::uint8_t FieldDecoder::byte(std::size_t offset) {
-    const auto found = reader_.byte(offset);
-    ended_ = ended_ || !found;
-    return ended_ ? 0 : *found;
-}
-
-std::uint16_t FieldDecoder::value(const Bits& bits, std::size_t start) {
-    const unsigned low = byte(start + bits.offset);
-    const unsigned upper = bits.upperMask == 0 ? 0 : byte(start + bits.upperOffset);
-    const unsigned value = ((low >> bits.shift) & bits.mask) | (upper & bits.upperMask) << 8;
-    return ended_ ? 0 : static_cast<std::uint16_t>(value);
+std::uint8_t FieldDecoder::end() {
+    reader_ = ByteReader({});
+    ended_ = true;
+    return 0;
 }
 
 } // namespace zolt

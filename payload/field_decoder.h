@@ -22,6 +22,11 @@ struct Bits {
     std::uint8_t upperOffset = 0; ///< of the byte with bits 15..8 of the value
     std::uint8_t upperMask = 0;   ///< the field's bits in it; 0 when there is no second byte
 
+    /// The low bits of the value, from their byte.
+    [[nodiscard]] constexpr std::uint8_t low(std::uint8_t byte) const {
+        return static_cast<std::uint8_t>((byte >> shift) & mask);
+    }
+
     static constexpr Bits range(std::uint8_t offset, unsigned high, unsigned low) {
         return {offset, static_cast<std::uint8_t>(low),
                 static_cast<std::uint8_t>((1U << (high - low + 1)) - 1)};
@@ -41,27 +46,28 @@ struct Bits {
 
 struct ValueRow {
     Bits bits;
-    Format<Number> line;
+    Line<Number> line;
 };
 
 struct UnitRow {
     Bits bits; ///< within one byte
-    Format<Number, Number> line;
+    Line<Number, Number> line;
 };
 
 struct TextRow {
     std::uint8_t offset;
     std::uint8_t length; ///< of the field; the text in it may end sooner, with a NUL
-    Format<Text> line;
+    Line<Text> line;
 };
 
 class FieldDecoder {
 public:
-    /// @param bytes  outlive the fields.
-    explicit FieldDecoder(std::span<const std::uint8_t> bytes) : reader_(bytes) {}
+    /// @param take  is handed every field as soon as it is decoded.
+    FieldDecoder(std::span<const std::uint8_t> bytes, TakeField take)
+        : reader_(bytes), take_(take) {}
 
-    void heading(const Format<>& line);
-    void heading(const Format<Number>& line, std::uint8_t unit);
+    void heading(Line<> line);
+    void heading(Line<Number> line, std::uint8_t unit);
 
     /// Adds the field of @p row in the layout that starts at byte @p start.
     /// @return its value; 0 once the listing has ended.
@@ -71,15 +77,11 @@ public:
     void add(std::span<const ValueRow> rows, std::size_t start = 0);
     void add(std::span<const UnitRow> rows, std::uint8_t unit, std::size_t start);
 
-    /// Hands over what was decoded.
-    [[nodiscard]] Fields take() { return std::move(fields_); }
-
 private:
-    std::uint8_t byte(std::size_t offset);
-    std::uint16_t value(const Bits& bits, std::size_t start);
+    std::uint8_t end();
 
-    ByteReader reader_;
-    Fields fields_;
+    ByteReader reader_; // of nothing once the listing has ended
+    TakeField take_;
     bool ended_ = false;
 };
 

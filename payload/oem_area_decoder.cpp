@@ -10,28 +10,28 @@ namespace zolt {
 
 namespace {
 
-constexpr ValueRow areaSize{Bits::byte(0), "\n\nOEM AREA SIZE               = %d\n"};
-constexpr ValueRow descriptorCount{Bits::byte(1), "TOTAL NUMBER OF DESCRIPTORS = %d\n"};
-constexpr ValueRow checksum{Bits::byte(0), "\n\nCHECKSUM                    = %d\n\n\n"};
+constexpr ValueRow areaSize{Bits::byte(0), line<"\n\nOEM AREA SIZE               = %d\n">};
+constexpr ValueRow descriptorCount{Bits::byte(1), line<"TOTAL NUMBER OF DESCRIPTORS = %d\n">};
+constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                    = %d\n\n\n">};
 
 // From here on the offsets are those within a descriptor.
 constexpr std::size_t firstDescriptor = 2;
-constexpr ValueRow descriptorType{Bits::byte(0), "\nDESCRIPTOR TYPE             = %d\n"};
-constexpr ValueRow descriptorSize{Bits::byte(1), "DESCRIPTOR SIZE             = %d\n"};
+constexpr ValueRow descriptorType{Bits::byte(0), line<"\nDESCRIPTOR TYPE             = %d\n">};
+constexpr ValueRow descriptorSize{Bits::byte(1), line<"DESCRIPTOR SIZE             = %d\n">};
 
 constexpr ValueRow connectionRows[] = {
-    {Bits::byte(2), "SRC ID                      = %d\n"},
-    {Bits::byte(3), "DST ID                      = %d\n"},
+    {Bits::byte(2), line<"SRC ID                      = %d\n">},
+    {Bits::byte(3), line<"DST ID                      = %d\n">},
 };
 
 constexpr ValueRow placeRows[] = {
-    {Bits::byte(2), "BAY ID                      = %d\n"},
-    {Bits::byte(3), "STARTING SLOT OFFSET        = %d\n"},
-    {Bits::byte(4), "LOCATION                    = %d\n"},
+    {Bits::byte(2), line<"BAY ID                      = %d\n">},
+    {Bits::byte(3), line<"STARTING SLOT OFFSET        = %d\n">},
+    {Bits::byte(4), line<"LOCATION                    = %d\n">},
 };
 
 constexpr ValueRow slotRows[] = {
-    {Bits::byte(2), "SLOT PRESENCE BIT MAP       = 0x%X\n"},
+    {Bits::byte(2), line<"SLOT PRESENCE BIT MAP       = 0x%X\n">},
 };
 
 // By type, from 1.
@@ -66,12 +66,11 @@ std::span<const std::uint8_t> findOemArea(std::span<const std::uint8_t> fetched)
     return area.first(std::min(length, area.size()));
 }
 
-Fields decodeOemArea(std::span<const std::uint8_t> area) {
-    FieldDecoder fields(area);
+void decodeOemArea(std::span<const std::uint8_t> area, TakeField take) {
+    FieldDecoder fields(area, take);
     const std::size_t length = fields.add(areaSize);
     decodeDescriptors(fields, fields.add(descriptorCount));
     fields.add(checksum, std::max(length, area.size()) - 1);
-    return fields.take();
 }
 
 } // namespace zolt

@@ -24,22 +24,21 @@ std::int32_t readThroughHal(std::uint16_t payloadOffset, std::uint32_t length,
 } // namespace
 
 Status requireDiscovered(std::uint8_t picpwrId, PayloadBuffer& buffer) {
-    if (const auto status = readPicpwrRegister(picpwrId, picpwrDstat, buffer); status != 0) {
-        print("Unable to read PICPWR DSTAT using CPLD raw API, status %d\n", status);
+    if (const auto status = PicpwrBlock(picpwrId).read(picpwrDstat, buffer); status != 0) {
+        print<"Unable to read PICPWR DSTAT using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;
     }
     const auto dstat = byteOf(buffer);
     if (dstat == 0) {
-        print("\nDISCOVERY_STATUS (DSTAT) = 0 for PICPWR %d\n", picpwrId);
+        print<"\nDISCOVERY_STATUS (DSTAT) = 0 for PICPWR %d\n">(picpwrId);
     }
     return dstat.value_or(0) == 0 ? statusNothingToShow : statusDone;
 }
 
 Status readPayloadOffset(std::uint8_t picpwrId, PayloadBuffer& buffer,
                          std::uint16_t& payloadOffset) {
-    if (const auto status = readPicpwrRegister(picpwrId, picpwrPayloadOffset, buffer);
-        status != 0) {
-        print("Unable to read PICPWR payload offset using CPLD raw API, status %d\n", status);
+    if (const auto status = PicpwrBlock(picpwrId).read(picpwrPayloadOffset, buffer); status != 0) {
+        print<"Unable to read PICPWR payload offset using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;
     }
     const auto offset = wordOf(buffer);
@@ -62,7 +61,7 @@ Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length, PayloadBu
     if (const auto status =
             cpld_read_block_device(scratch.get(), payloadBlockStart + payloadOffset, length, 1);
         status != 0) {
-        print("Unable to read PICPWR payload using CPLD raw API, status %d\n", status);
+        print<"Unable to read PICPWR payload using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;
     }
     // The two bytes of the offset belong in front on this path, whatever the HAL's read left

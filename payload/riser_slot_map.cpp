@@ -40,7 +40,7 @@ Status fetchBlob(std::vector<std::uint8_t>& blob, std::uint32_t& blobSize) {
         return statusOutOfMemory;
     }
     if (const auto status = readRaw(scratch.get()); status != 0) {
-        print("Unable to read RISER_SLOT_MAP_BLOB using CPLD raw API, status %d\n", status);
+        print<"Unable to read RISER_SLOT_MAP_BLOB using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;
     }
     blob.assign(scratch.get(), scratch.get() + rawBytes);

@@ -7,64 +7,64 @@ namespace zolt {
 namespace {
 
 constexpr ValueRow configurationRows[] = {
-    {Bits::byte(0), "RISER CONFIG# MAJOR            = %d\n"},
-    {Bits::byte(1), "RISER CONFIG# MINOR            = %d\n"},
+    {Bits::byte(0), line<"RISER CONFIG# MAJOR            = %d\n">},
+    {Bits::byte(1), line<"RISER CONFIG# MINOR            = %d\n">},
 };
 
-constexpr TextRow description{2, 48, "RISER CONFIG DESCRIPTION       = %s\n"};
+constexpr TextRow description{2, 48, line<"RISER CONFIG DESCRIPTION       = %s\n">};
 
 constexpr ValueRow otherSlotRows[] = {
-    {Bits::byte(50), "KARN CARD PRESENCE             = %d\n"},
-    {Bits::byte(51), "KARN HWUID MSB                 = 0x%02X\n"},
-    {Bits::byte(52), "KARN HWUID LSB                 = 0x%02X\n"},
-    {Bits::byte(53), "KARN SLOT NUMBER               = %d\n"},
-    {Bits::byte(54), "KARN SLOT TYPE                 = %d\n"},
-    {Bits::byte(55), "EMBEDDED OCP NIC CARD PRESENCE = %d\n"},
-    {Bits::byte(56), "EMBEDDED OCP NIC SLOT NUMBER   = %d\n"},
-    {Bits::byte(57), "EMBEDDED OCP NIC SLOT TYPE     = %d\n"},
+    {Bits::byte(50), line<"KARN CARD PRESENCE             = %d\n">},
+    {Bits::byte(51), line<"KARN HWUID MSB                 = 0x%02X\n">},
+    {Bits::byte(52), line<"KARN HWUID LSB                 = 0x%02X\n">},
+    {Bits::byte(53), line<"KARN SLOT NUMBER               = %d\n">},
+    {Bits::byte(54), line<"KARN SLOT TYPE                 = %d\n">},
+    {Bits::byte(55), line<"EMBEDDED OCP NIC CARD PRESENCE = %d\n">},
+    {Bits::byte(56), line<"EMBEDDED OCP NIC SLOT NUMBER   = %d\n">},
+    {Bits::byte(57), line<"EMBEDDED OCP NIC SLOT TYPE     = %d\n">},
 };
 
-constexpr ValueRow recordCount{Bits::byte(58), "NUMBER OF PICPWR SLOT DETAILS  = %d\n"};
-constexpr ValueRow checksum{Bits::byte(0), "\n\nCHECKSUM                       = %d\n\n\n"};
+constexpr ValueRow recordCount{Bits::byte(58), line<"NUMBER OF PICPWR SLOT DETAILS  = %d\n">};
+constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                       = %d\n\n\n">};
 
 // From here on the offsets are those within a record.
 constexpr std::size_t firstRecord = 59;
-constexpr ValueRow recordId{Bits::byte(0), "PICPWR ID                      = %d\n"};
-constexpr ValueRow recordSize{Bits::byte(1), "PAYLOAD SIZE                   = %d\n"};
-constexpr TextRow location{2, 8, "RISER PHYSICAL LOCATION        = %s\n"};
-constexpr TextRow partNumber{10, 8, "MECH ASSY XPN                  = %s\n"};
+constexpr ValueRow recordId{Bits::byte(0), line<"PICPWR ID                      = %d\n">};
+constexpr ValueRow recordSize{Bits::byte(1), line<"PAYLOAD SIZE                   = %d\n">};
+constexpr TextRow location{2, 8, line<"RISER PHYSICAL LOCATION        = %s\n">};
+constexpr TextRow partNumber{10, 8, line<"MECH ASSY XPN                  = %s\n">};
 constexpr ValueRow hwuidRows[] = {
-    {Bits::byte(18), "HWUID MSB                      = 0x%02X\n"},
-    {Bits::byte(19), "HWUID LSB                      = 0x%02X\n"},
+    {Bits::byte(18), line<"HWUID MSB                      = 0x%02X\n">},
+    {Bits::byte(19), line<"HWUID LSB                      = 0x%02X\n">},
 };
-constexpr ValueRow dslCount{Bits::byte(20), "NO OF DSLs                     = %d\n"};
+constexpr ValueRow dslCount{Bits::byte(20), line<"NO OF DSLs                     = %d\n">};
 
 // Behind the DSLs everything shifts with their number, then with that of the slots.
 constexpr std::size_t firstDsl = 21;
-constexpr UnitRow dsl{Bits::byte(0), "DSL%d                           = %d\n"};
-constexpr ValueRow slotCount{Bits::byte(0), "NO OF SLOTS                    = %d\n"};
+constexpr UnitRow dsl{Bits::byte(0), line<"DSL%d                           = %d\n">};
+constexpr ValueRow slotCount{Bits::byte(0), line<"NO OF SLOTS                    = %d\n">};
 constexpr std::size_t slotSize = 2;
 constexpr UnitRow slotRows[] = {
-    {Bits::byte(0), "SLOT%d NUMBER                   = %d\n"},
-    {Bits::byte(1), "SLOT%d TYPE                     = %d\n"},
+    {Bits::byte(0), line<"SLOT%d NUMBER                   = %d\n">},
+    {Bits::byte(1), line<"SLOT%d TYPE                     = %d\n">},
 };
-constexpr ValueRow dslPayloadCount{Bits::byte(0), "NO OF DSL PAYLOADS             = %d\n"};
+constexpr ValueRow dslPayloadCount{Bits::byte(0), line<"NO OF DSL PAYLOADS             = %d\n">};
 
 constexpr std::size_t dslPayloadSize = 4;
-constexpr UnitRow dslType{Bits::byte(0), "DSL %d type                     = %d\n"};
+constexpr UnitRow dslType{Bits::byte(0), line<"DSL %d type                     = %d\n">};
 
 constexpr UnitRow slRows[] = {
-    {Bits::byte(1), "DSL %d SL index                 = %d\n"},
+    {Bits::byte(1), line<"DSL %d SL index                 = %d\n">},
 };
 
 constexpr UnitRow ocpRows[] = {
-    {Bits::byte(1), "DSL %d OCP index                = %d\n"},
-    {Bits::byte(2), "DSL %d OCP lane index           = %d\n"},
+    {Bits::byte(1), line<"DSL %d OCP index                = %d\n">},
+    {Bits::byte(2), line<"DSL %d OCP lane index           = %d\n">},
 };
 
 constexpr UnitRow switchedRiserRows[] = {
-    {Bits::byte(1), "DSL %d switched riser index     = %d\n"},
-    {Bits::byte(2), "DSL %d SL index                 = %d\n"},
+    {Bits::byte(1), line<"DSL %d switched riser index     = %d\n">},
+    {Bits::byte(2), line<"DSL %d SL index                 = %d\n">},
 };
 
 // By type, from 1.
@@ -92,7 +92,7 @@ void decodeDslPayloads(FieldDecoder& fields, unsigned count, std::size_t at) {
         if (type >= 1 && type <= std::size(rowsOfDslType)) {
             fields.add(rowsOfDslType[type - 1], unit, at);
         } else {
-            fields.heading("Invalid DSL type\n");
+            fields.heading(line<"Invalid DSL type\n">);
         }
         at += dslPayloadSize;
     }
@@ -100,7 +100,7 @@ void decodeDslPayloads(FieldDecoder& fields, unsigned count, std::size_t at) {
 
 // Returns where the next record starts: that is what the record says, whatever its fields take.
 std::size_t decodeRecord(FieldDecoder& fields, std::uint8_t number, std::size_t start) {
-    fields.heading("\n\nPICPWR %d SLOT INFORMATION :\n\n", number);
+    fields.heading(line<"\n\nPICPWR %d SLOT INFORMATION :\n\n">, number);
     fields.add(recordId, start);
     const std::size_t size = fields.add(recordSize, start);
     fields.add(location, start);
@@ -119,12 +119,12 @@ std::size_t decodeRecord(FieldDecoder& fields, std::uint8_t number, std::size_t 
 
 } // namespace
 
-Fields decodeRiserSlotMap(std::span<const std::uint8_t> blob) {
-    FieldDecoder fields(blob);
-    fields.heading("\n\nCONFIG DETAILS :\n\n");
+void decodeRiserSlotMap(std::span<const std::uint8_t> blob, TakeField take) {
+    FieldDecoder fields(blob, take);
+    fields.heading(line<"\n\nCONFIG DETAILS :\n\n">);
     fields.add(configurationRows);
     fields.add(description);
-    fields.heading("\n\nNON PICPWR SLOT INFORMATION :\n\n");
+    fields.heading(line<"\n\nNON PICPWR SLOT INFORMATION :\n\n">);
     fields.add(otherSlotRows);
 
     const unsigned records = fields.add(recordCount);
@@ -133,7 +133,6 @@ Fields decodeRiserSlotMap(std::span<const std::uint8_t> blob) {
         at = decodeRecord(fields, static_cast<std::uint8_t>(r), at);
     }
     fields.add(checksum, at);
-    return fields.take();
 }
 
 } // namespace zolt

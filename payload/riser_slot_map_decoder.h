@@ -31,6 +31,6 @@ namespace zolt {
 
 /// Decodes configuration, records and checksum, which is not verified. The listing ends where the
 /// bytes do.
-[[nodiscard]] Fields decodeRiserSlotMap(std::span<const std::uint8_t> blob);
+void decodeRiserSlotMap(std::span<const std::uint8_t> blob, TakeField take);
 
 } // namespace zolt

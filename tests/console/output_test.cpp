@@ -13,43 +13,43 @@ namespace {
 using test::outputOf;
 
 TEST(Print, writesTextAsItStands) {
-    EXPECT_EQ(outputOf([] { print("Exit \n"); }), "Exit \n");
-    EXPECT_EQ(outputOf([] { print(""); }), "");
+    EXPECT_EQ(outputOf([] { print<"Exit \n">(); }), "Exit \n");
+    EXPECT_EQ(outputOf([] { print<"">(); }), "");
 }
 
 TEST(Print, decimalNumbersOfAnyType) {
-    EXPECT_EQ(outputOf([] { print("%d,%d,%d", std::uint8_t{255}, std::int8_t{-1}, 0); }),
+    EXPECT_EQ(outputOf([] { print<"%d,%d,%d">(std::uint8_t{255}, std::int8_t{-1}, 0); }),
               "255,-1,0");
-    EXPECT_EQ(outputOf([] { print("%d|%d", LLONG_MIN, LLONG_MAX); }),
+    EXPECT_EQ(outputOf([] { print<"%d|%d">(LLONG_MIN, LLONG_MAX); }),
               "-9223372036854775808|9223372036854775807");
 }
 
 TEST(Print, widthIsFilledWithZerosAndNeverCuts) {
-    EXPECT_EQ(outputOf([] { print("%02d %02d %02d %02d", 5, 63, 255, -1); }), "05 63 255 -1");
-    EXPECT_EQ(outputOf([] { print("%09d", 42); }), "000000042");
-    EXPECT_EQ(outputOf([] { print("%03d", -7); }), "-07");
+    EXPECT_EQ(outputOf([] { print<"%02d %02d %02d %02d">(5, 63, 255, -1); }), "05 63 255 -1");
+    EXPECT_EQ(outputOf([] { print<"%09d">(42); }), "000000042");
+    EXPECT_EQ(outputOf([] { print<"%03d">(-7); }), "-07");
 }
 
 TEST(Print, hexadecimalNumbers) {
-    EXPECT_EQ(outputOf([] { print("0x%02X 0x%02X 0x%X 0x%04x", 5, 0xABCD, 0xAB, 0xab); }),
+    EXPECT_EQ(outputOf([] { print<"0x%02X 0x%02X 0x%X 0x%04x">(5, 0xABCD, 0xAB, 0xab); }),
               "0x05 0xABCD 0xAB 0x00ab");
 }
 
 TEST(Print, strings) {
-    EXPECT_EQ(outputOf([] { print("%s: %s\n", std::string("name"), std::string_view("")); }),
+    EXPECT_EQ(outputOf([] { print<"%s: %s\n">(std::string("name"), std::string_view("")); }),
               "name: \n");
 }
 
 TEST(Print, argumentsAreNotFormats) {
-    EXPECT_EQ(outputOf([] { print("%s%d", std::string_view("%d%s%"), 1); }), "%d%s%1");
+    EXPECT_EQ(outputOf([] { print<"%s%d">(std::string_view("%d%s%"), 1); }), "%d%s%1");
 }
 
 // Longer than the piece in which lines are composed, in every position.
 TEST(Print, longTextsAreWhole) {
     for (const std::size_t length : {230U, 250U, 255U, 256U, 257U, 512U, 100000U}) {
         const std::string text(length, 'x');
-        EXPECT_EQ(outputOf([&] { print("a%sb%dc", text, 12345); }), "a" + text + "b12345c");
-        EXPECT_EQ(outputOf([&] { print("%s%s%s", text, text, text); }), text + text + text);
+        EXPECT_EQ(outputOf([&] { print<"a%sb%dc">(text, 12345); }), "a" + text + "b12345c");
+        EXPECT_EQ(outputOf([&] { print<"%s%s%s">(text, text, text); }), text + text + text);
     }
 }
 

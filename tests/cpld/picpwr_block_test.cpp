@@ -43,10 +43,23 @@ TEST(PicpwrBlock, everyRegisterHasItsNameAndItsPlace) {
             platform().raw[each.address + static_cast<std::uint32_t>(i)] = each.raw[i];
         }
         RegisterValue value;
-        EXPECT_EQ(readPicpwrRegister(7, each.field, value), 0) << each.name;
+        EXPECT_EQ(PicpwrBlock(7).read(each.field, value), 0) << each.name;
         EXPECT_EQ(value, each.value) << each.name;
         EXPECT_EQ(platform().calls.at(0), std::string("ReadIO_Str ") + each.name);
     }
+}
+
+TEST(PicpwrBlock, dslsAreReadRawFromTheirPlaces) {
+    test::resetPlatform();
+    platform().raw[0x105A] = 11;
+    platform().raw[0x1061] = 88;
+    RegisterValue value{1, 2, 3};
+    EXPECT_EQ(PicpwrBlock(7).readDsl(1, value), 0);
+    EXPECT_EQ(value, RegisterValue{11});
+    EXPECT_EQ(PicpwrBlock(7).readDsl(8, value), 0);
+    EXPECT_EQ(value, RegisterValue{88});
+    EXPECT_EQ(platform().calls,
+              (std::vector<std::string>{"cpld_read_device 0x105A 1", "cpld_read_device 0x1061 1"}));
 }
 
 } // namespace

@@ -18,13 +18,52 @@ protected:
     RegisterValue value_;
 };
 
-TEST(RegisterName, joinsPrefixNumberAndSuffix) {
-    EXPECT_EQ(registerName("PICPWR_", 7, "_DSTAT"), "PICPWR_7_DSTAT");
-    EXPECT_EQ(registerName("PICPWR_", 63, "_PAYLOAD_OFFSET"), "PICPWR_63_PAYLOAD_OFFSET");
-    EXPECT_EQ(registerName("BP_", 8, "_VWIRE_RDY"), "BP_8_VWIRE_RDY");
-    EXPECT_EQ(registerName("CEM_RISER_", 24, "_PWR_POLICY"), "CEM_RISER_24_PWR_POLICY");
-    EXPECT_EQ(registerName("N", 4294967295, ""), "N4294967295");
-    EXPECT_EQ(registerName("", 0, ""), "0");
+std::string nameOf(std::string_view prefix, unsigned instance, std::string_view suffix) {
+    return std::string(RegisterBlock(prefix, instance, 0).name(suffix));
+}
+
+TEST(RegisterBlock, namesAreMadeOfPrefixNumberAndSuffix) {
+    EXPECT_EQ(nameOf("PICPWR_", 7, "_DSTAT"), "PICPWR_7_DSTAT");
+    EXPECT_EQ(nameOf("PICPWR_", 63, "_PAYLOAD_OFFSET"), "PICPWR_63_PAYLOAD_OFFSET");
+    EXPECT_EQ(nameOf("BP_", 8, "_VWIRE_RDY"), "BP_8_VWIRE_RDY");
+    EXPECT_EQ(nameOf("CEM_RISER_", 24, "_PWR_POLICY"), "CEM_RISER_24_PWR_POLICY");
+    EXPECT_EQ(nameOf("N", 255, ""), "N255");
+    EXPECT_EQ(nameOf("N", 4294967295, ""), "N4294967295");
+    EXPECT_EQ(nameOf("", 0, ""), "0");
+}
+
+TEST(RegisterBlock, oneBlockNamesItsRegistersInAnyOrder) {
+    RegisterBlock block("BP_", 3, 0);
+    EXPECT_EQ(block.name("_VWIRE_SMBUS_RST"), "BP_3_VWIRE_SMBUS_RST");
+    EXPECT_EQ(block.name("_X"), "BP_3_X");
+    EXPECT_EQ(block.name("_PICPWR_INDEX"), "BP_3_PICPWR_INDEX");
+}
+
+TEST(RegisterBlock, registersOfASingleUnitHaveNamesOfTheirOwn) {
+    EXPECT_EQ(RegisterBlock(0x13C4).name("4C+_CONNECTOR_PCARD_PAYLOAD_OFFSET"),
+              "4C+_CONNECTOR_PCARD_PAYLOAD_OFFSET");
+}
+
+TEST(RegisterBlock, noNameIsLongerThanItsRoom) {
+    const std::string longName(RegisterBlock::longestName + 1, 'n');
+    const std::string longest(RegisterBlock::longestName, 'n');
+    EXPECT_EQ(RegisterBlock(0).name(longName), longest);
+    EXPECT_EQ(nameOf(longName, 7, "_DSTAT"), longest);
+    EXPECT_EQ(nameOf(longest.substr(2), 123, "_DSTAT"), longest.substr(2) + "12");
+}
+
+TEST_F(RegisterAccess, aBlockReadsByNameElseFromItsPlace) {
+    RegisterBlock block("BP_", 2, 0x1409);
+    platform().named["BP_2_VWIRE_RDY"] = {1};
+    platform().raw[0x140A] = 0x5A;
+    EXPECT_EQ(block.read("_VWIRE_RDY", RawField::bits(0, 1, 1), value_), 0);
+    EXPECT_EQ(value_, Bytes{1});
+    EXPECT_EQ(block.read("_PICPWR_INDEX", RawField::byte(1), value_), 0);
+    EXPECT_EQ(value_, Bytes{0x5A});
+    EXPECT_EQ(block.readRaw(RawField::bits(1, 7, 4), value_), 0);
+    EXPECT_EQ(value_, Bytes{5});
+    EXPECT_EQ(platform().calls, (Calls{"ReadIO_Str BP_2_VWIRE_RDY", "ReadIO_Str BP_2_PICPWR_INDEX",
+                                       "cpld_read_device 0x140A 1", "cpld_read_device 0x140A 1"}));
 }
 
 TEST_F(RegisterAccess, namedReadThatSucceedsIsAllThereIs) {

@@ -15,7 +15,7 @@ using test::cut;
 using test::joined;
 
 std::string decoded(const Bytes& payload) {
-    return test::outputOf([&] { printFields(decodeCirPayload(payload)); });
+    return test::outputOf([&] { decodeCirPayload(payload, printField); });
 }
 
 // A card with a direct and an indirect end point; every bit field differs from its neighbours, and

@@ -23,7 +23,7 @@ Dialogue dialogue(std::uint8_t format, std::string_view input) {
     Dialogue held;
     held.output = outputOf(
         [&] {
-            held.status = showByChoice(format, [](std::int8_t choice) { print("[%d]\n", choice); });
+            held.status = showByChoice(format, [](std::int8_t choice) { print<"[%d]\n">(choice); });
         },
         input);
     return held;
@@ -66,7 +66,7 @@ TEST(DisplayMenu, atTheEndOfInputTheLastChoiceStands) {
                 int left = 3;
                 EXPECT_THROW(showByChoice(0,
                                           [&](std::int8_t choice) {
-                                              print("[%d]\n", choice);
+                                              print<"[%d]\n">(choice);
                                               if (--left == 0) {
                                                   throw Enough();
                                               }
@@ -86,8 +86,8 @@ protected:
             .bytes = bytes_,
             .dumpLength = length,
             .dumpAddress = 0xFFFFFFFF,
-            .decode = [](std::span<const std::uint8_t> bytes) {
-                return Fields{Value{"bytes = %d\n", static_cast<std::uint16_t>(bytes.size())}};
+            .decode = [](std::span<const std::uint8_t> bytes, TakeField take) {
+                take(Value{line<"bytes = %d\n">, static_cast<std::uint16_t>(bytes.size())});
             }};
         return outputOf([&] { show(display, choice); });
     }

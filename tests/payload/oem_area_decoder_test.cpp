@@ -15,7 +15,7 @@ using test::cut;
 using test::joined;
 
 std::string decoded(const Bytes& area) {
-    return test::outputOf([&] { printFields(decodeOemArea(area)); });
+    return test::outputOf([&] { decodeOemArea(area, printField); });
 }
 
 const Bytes everyType{24, 4, 1,    4, 0x10, 0x20, 2,    6,    3,    12,   250, 0,

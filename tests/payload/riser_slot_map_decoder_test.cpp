@@ -16,7 +16,7 @@ using test::cut;
 using test::joined;
 
 std::string decoded(const Bytes& blob) {
-    return test::outputOf([&] { printFields(decodeRiserSlotMap(blob)); });
+    return test::outputOf([&] { decodeRiserSlotMap(blob, printField); });
 }
 
 // Text in a field of @p size bytes.

@@ -1,5 +1,7 @@
 #include "tests/support/console.h"
 
+#include "console/output.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <stdio_ext.h>
@@ -53,12 +55,12 @@ void forgetInput() {
 } // namespace
 
 std::string outputOf(const std::function<void()>& operation, std::string_view input) {
-    (void)std::fflush(stdout);
+    flush();
     forgetInput();
     const Redirected in(STDIN_FILENO, input);
     const Redirected out(STDOUT_FILENO, "");
     operation();
-    (void)std::fflush(stdout);
+    flush();
     forgetInput();
     return out.content();
 }

@@ -1,0 +1,60 @@
+#include "console/standard_output.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <poll.h>
+#include <unistd.h>
+
+namespace zolt {
+
+namespace {
+
+// True when it makes sense to try the write once more.
+bool passes(int error) {
+    if (error == EAGAIN) { // a reader who made the pipe non-blocking is still to get everything
+        pollfd descriptor{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+        return poll(&descriptor, 1, -1) == 1 || errno == EINTR;
+    }
+    return error == EINTR;
+}
+
+void writeAll(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+        if (written >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        } else if (!passes(errno)) {
+            return;
+        }
+    }
+}
+
+} // namespace
+
+constinit StandardOutput standardOutput;
+
+void StandardOutput::write(std::string_view text) {
+    if (text.size() > capacity) {
+        flush();
+        writeAll(text);
+        return;
+    }
+    char* const start = room(text.size());
+    finish(std::copy(text.begin(), text.end(), start));
+}
+
+void StandardOutput::flush() {
+    writeAll({buffer_.data(), used_});
+    used_ = 0;
+}
+
+void StandardOutput::makeRoom() {
+    if (limit_ == 0) {
+        lineByLine_ = isatty(STDOUT_FILENO) == 1;
+        limit_ = capacity;
+    } else {
+        flush();
+    }
+}
+
+} // namespace zolt

@@ -1,0 +1,229 @@
+#include "console/standard_output.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <pty.h>
+#include <string>
+#include <termios.h>
+#include <thread>
+#include <unistd.h>
+
+namespace zolt {
+namespace {
+
+// Another descriptor in standard output's place for as long as the object lives.
+class StandsIn {
+public:
+    explicit StandsIn(int descriptor) : saved_(dup(STDOUT_FILENO)) {
+        dup2(descriptor, STDOUT_FILENO);
+    }
+    StandsIn(const StandsIn&) = delete;
+    StandsIn& operator=(const StandsIn&) = delete;
+    ~StandsIn() {
+        dup2(saved_, STDOUT_FILENO);
+        close(saved_);
+    }
+
+private:
+    int saved_;
+};
+
+struct Pipe {
+    Pipe() { EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0); }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe() {
+        closeEnd(0);
+        closeEnd(1);
+    }
+    void closeEnd(std::size_t end) {
+        if (ends[end] >= 0) {
+            close(ends[end]);
+            ends[end] = -1;
+        }
+    }
+    std::array<int, 2> ends{-1, -1};
+};
+
+// What there is to read right now.
+std::string readNow(int descriptor) {
+    fcntl(descriptor, F_SETFL, O_NONBLOCK);
+    std::string all;
+    std::array<char, 4096> piece;
+    for (ssize_t got = 0; (got = read(descriptor, piece.data(), piece.size())) > 0;) {
+        all.append(piece.data(), static_cast<std::size_t>(got));
+    }
+    return all;
+}
+
+std::string readToTheEnd(int descriptor) {
+    std::string all;
+    std::array<char, 4096> piece;
+    for (ssize_t got = 0; (got = read(descriptor, piece.data(), piece.size())) > 0;) {
+        all.append(piece.data(), static_cast<std::size_t>(got));
+    }
+    return all;
+}
+
+void compose(StandardOutput& output, std::string_view text) {
+    char* const end = output.room(text.size());
+    output.finish(std::copy(text.begin(), text.end(), end));
+}
+
+TEST(StandardOutput, gathersTextUntilItIsHandedOver) {
+    const Pipe pipe;
+    const StandsIn standsIn(pipe.ends[1]);
+    StandardOutput output;
+    output.write("one line\n");
+    compose(output, "and ");
+    compose(output, "another\n");
+    EXPECT_EQ(readNow(pipe.ends[0]), "");
+    output.flush();
+    EXPECT_EQ(readNow(pipe.ends[0]), "one line\nand another\n");
+    output.flush();
+    EXPECT_EQ(readNow(pipe.ends[0]), "");
+}
+
+TEST(StandardOutput, handsTheRestOverAtItsEnd) {
+    const Pipe pipe;
+    const StandsIn standsIn(pipe.ends[1]);
+    {
+        StandardOutput output;
+        output.write("no end of line");
+    }
+    EXPECT_EQ(readNow(pipe.ends[0]), "no end of line");
+}
+
+TEST(StandardOutput, whatWasComposedButNotFinishedDoesNotCount) {
+    const Pipe pipe;
+    const StandsIn standsIn(pipe.ends[1]);
+    StandardOutput output;
+    *output.room(1) = 'x';
+    output.flush();
+    EXPECT_EQ(readNow(pipe.ends[0]), "");
+}
+
+TEST(StandardOutput, reachesATerminalLineByLine) {
+    int terminal = -1;
+    int line = -1;
+    ASSERT_EQ(openpty(&terminal, &line, nullptr, nullptr, nullptr), 0);
+    termios settings;
+    ASSERT_EQ(tcgetattr(line, &settings), 0);
+    cfmakeraw(&settings);
+    ASSERT_EQ(tcsetattr(line, TCSANOW, &settings), 0);
+    {
+        const StandsIn standsIn(line);
+        StandardOutput output;
+        compose(output, "first");
+        EXPECT_EQ(readNow(terminal), "");
+        compose(output, " line\n");
+        EXPECT_EQ(readNow(terminal), "first line\n");
+        output.write("second\n");
+        EXPECT_EQ(readNow(terminal), "second\n");
+        output.write("prompt:");
+        EXPECT_EQ(readNow(terminal), "");
+        output.write("");
+        output.flush();
+        EXPECT_EQ(readNow(terminal), "prompt:");
+        output.write("");
+    }
+    close(line);
+    close(terminal);
+}
+
+// More than is composed in place, and more than a pipe takes at once.
+TEST(StandardOutput, textsOfAnyLengthArriveWholeAndInOrder) {
+    for (const std::size_t length : {StandardOutput::capacity - 1, StandardOutput::capacity,
+                                     StandardOutput::capacity + 1, 10 * StandardOutput::capacity}) {
+        Pipe pipe;
+        std::string expected;
+        std::string read;
+        std::thread reader([&] { read = readToTheEnd(pipe.ends[0]); });
+        {
+            const StandsIn standsIn(pipe.ends[1]);
+            StandardOutput output;
+            for (const char letter : {'a', 'b', 'c'}) {
+                const std::string text(length, letter);
+                output.write("<");
+                output.write(text);
+                compose(output, ">");
+                expected += "<" + text + ">";
+            }
+        }
+        pipe.closeEnd(1);
+        reader.join();
+        EXPECT_TRUE(read == expected) << length;
+    }
+}
+
+TEST(StandardOutput, aPipeThatDoesNotBlockGetsEverything) {
+    Pipe pipe;
+    fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK);
+    const std::string text(1'000'000, 'x');
+    std::string read;
+    std::thread reader([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        read = readToTheEnd(pipe.ends[0]);
+    });
+    {
+        const StandsIn standsIn(pipe.ends[1]);
+        StandardOutput output;
+        output.write(text);
+    }
+    pipe.closeEnd(1);
+    reader.join();
+    EXPECT_TRUE(read == text);
+}
+
+void ignoreAlarm(int) {}
+
+TEST(StandardOutput, aSignalInTheMiddleOfAWriteLosesNothing) {
+    Pipe pipe;
+    struct sigaction action {};
+    action.sa_handler = ignoreAlarm; // without SA_RESTART: the write comes back with EINTR
+    struct sigaction before {};
+    sigaction(SIGUSR1, &action, &before);
+    const std::string text(1'000'000, 'x');
+    const pthread_t writer = pthread_self();
+    std::string read;
+    std::thread reader([&] {
+        for (int i = 0; i < 20; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            pthread_kill(writer, SIGUSR1);
+        }
+        read = readToTheEnd(pipe.ends[0]);
+    });
+    {
+        const StandsIn standsIn(pipe.ends[1]);
+        StandardOutput output;
+        output.write(text);
+    }
+    pipe.closeEnd(1);
+    reader.join();
+    sigaction(SIGUSR1, &before, nullptr);
+    EXPECT_TRUE(read == text);
+}
+
+TEST(StandardOutput, nobodyToReadIsNotAFailure) {
+    Pipe pipe;
+    pipe.closeEnd(0);
+    const auto before = std::signal(SIGPIPE, SIG_IGN);
+    {
+        const StandsIn standsIn(pipe.ends[1]);
+        StandardOutput output;
+        output.write(std::string(StandardOutput::capacity + 1, 'x'));
+        output.write("lost");
+        output.flush();
+        output.write("lost too");
+    }
+    std::signal(SIGPIPE, before);
+}
+
+} // namespace
+} // namespace zolt
