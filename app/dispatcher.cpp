@@ -1,8 +1,7 @@
 #include "app/dispatcher.h"
 
+#include "app/bus_views_loader.h"
 #include "app/menus.h"
-#include "bus/all_devices_path.h"
-#include "bus/zolt_info_properties.h"
 #include "console/input.h"
 #include "console/output.h"
 #include "cpld/control_registers.h"
@@ -61,17 +60,14 @@ constexpr Question deviceType{
     .highestAnswer = anyByte,
 };
 
-// The bus is opened for the options that ask it and for one run alone: a bus that is gone does not
-// touch the others, and one that came back serves the next run. The views judge themselves.
+// The bus is for the options that ask it alone: one that is gone does not touch the others.
 Status showInfoProperties(const OptionArgs&) {
-    auto bus = sdbusplus::bus::new_default_system();
-    PrintZoltInfoProperties(bus);
+    busViews().showInfoProperties();
     return statusDone;
 }
 
 Status showCirProperties(const OptionArgs& given) {
-    auto bus = sdbusplus::bus::new_default_system();
-    PrintAllDevicesPath(bus, given.moduleSelector);
+    busViews().showCirProperties(given.moduleSelector);
     return statusDone;
 }
 

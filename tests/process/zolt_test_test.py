@@ -4,6 +4,7 @@
 import os
 import pathlib
 import select
+import shutil
 import signal
 import subprocess
 import sys
@@ -17,6 +18,7 @@ from programs import (  # noqa: E402
     MAIN_MENU,
     OTHER_PLATFORM,
     SIM,
+    Scratch,
     TIMEOUT_SECONDS,
     TOOL,
     run,
@@ -24,6 +26,19 @@ from programs import (  # noqa: E402
 
 ASK_ALL = "Enter the PICPWR ID: (Enter 0 for all PICPWRs)"
 SLOT_42 = "\nPICPWR 42 DSTAT              = 00b\n"
+MODULE_TYPES = """ 1 : Backplane
+ 2 : PUCK
+ 3 : RFC
+ 4 : Riser
+ 5 : FTULM
+ 6 : KARN_RAID
+ 7 : KARN_NON_RAID
+ 8 : RIDA
+ 9 : FLOP
+10 : Battery interposer
+11 : Battery
+Enter the module type :
+"""
 NO_BUS = "unix:path=/nonexistent/bus"
 
 
@@ -200,6 +215,34 @@ Bay ID            = 0
         )
         self.assertEqual(without.stdout, with_bus.stdout)
         self.assertIn("PICPWR 01 DSTAT              = 11b", without.stdout)
+
+    def test_the_libraries_of_the_bus_are_loaded_with_the_first_option_that_asks_it(self):
+        def loaded(typed):
+            return run(
+                SIM, "--", "env", "LD_DEBUG=files", TOOL,
+                input=typed,
+            ).stderr
+
+        self.assertIn("file=libhal.so", loaded("1\n1\n100\n"))
+        self.assertNotIn("file=libsystemd.so", loaded("1\n1\n4\n3\n6\n1\n100\n"))
+        self.assertIn("file=libsystemd.so", loaded("11\n100\n"))
+
+    def test_a_tool_without_its_bus_views_says_so_and_goes_on(self):
+        scratch = Scratch()
+        self.addCleanup(scratch.close)
+        alone = shutil.copy(TOOL, scratch.path)
+        done = run(
+            alone, input="11\n12\n2\n100\n",
+            env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
+        )
+        complaint = (
+            "Exception : zolt_bus_views.so: cannot open shared object file: "
+            "No such file or directory\n"
+        )
+        self.assertEqual(
+            done.stdout,
+            MAIN_MENU + complaint + MAIN_MENU + MODULE_TYPES + complaint + MAIN_MENU,
+        )
 
     def test_registers_open_no_socket_and_no_device(self):
         # The kernel's own account of the process. A leak checker cannot run beside strace.

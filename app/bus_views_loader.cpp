@@ -1,0 +1,30 @@
+#include "app/bus_views_loader.h"
+
+#include "console/output.h"
+
+#include <dlfcn.h>
+#include <stdexcept>
+
+namespace zolt {
+
+namespace {
+
+const BusViews& loadBusViews() {
+    // Stays loaded until the tool ends.
+    void* const library = dlopen(busViewsLibrary, RTLD_NOW);
+    const void* const object = library == nullptr ? nullptr : dlsym(library, busViewsObject);
+    if (object == nullptr) {
+        throw std::runtime_error(dlerror());
+    }
+    return *static_cast<const BusViews*>(object);
+}
+
+} // namespace
+
+const BusViews& busViews() {
+    static const BusViews& views = loadBusViews();
+    flush();
+    return views;
+}
+
+} // namespace zolt

@@ -1,0 +1,13 @@
+// The bus views, loaded when an option first needs them.
+#pragma once
+
+#include "bus/bus_views.h"
+
+namespace zolt {
+
+/// Loads the library of the bus views, once. What was printed so far is handed out: the views print
+/// for themselves.
+/// @throws std::runtime_error with the loader's text when there is no such library.
+[[nodiscard]] const BusViews& busViews();
+
+} // namespace zolt
