@@ -29,7 +29,7 @@ void showCirProperties(std::uint8_t moduleType) {
 
 } // namespace
 
-extern "C" [[gnu::visibility("default")]] constinit const zolt::BusViews zolt_bus_views{
+extern "C" [[gnu::visibility("default")]] constinit const zolt::BusViews zoltBusViews{
     .showInfoProperties = showInfoProperties,
     .showCirProperties = showCirProperties,
 };

@@ -11,7 +11,7 @@
 
 namespace zolt {
 
-/// What the library offers, as the object zolt_bus_views. Each view connects to the system bus
+/// What the library offers, as the object zoltBusViews. Each view connects to the system bus
 /// anew: a bus that came back serves the next run. They judge themselves; what they throw is what
 /// the standard library throws.
 struct BusViews {
@@ -20,6 +20,6 @@ struct BusViews {
 };
 
 constexpr const char* busViewsLibrary = "zolt_bus_views.so"; ///< beside the tool's other libraries
-constexpr const char* busViewsObject = "zolt_bus_views";
+constexpr const char* busViewsObject = "zoltBusViews";
 
 } // namespace zolt
