@@ -14,10 +14,10 @@ static void require(int result) {
 }
 
 /* The properties by their place in the report. */
-static const char *const names[] = {
-    "PayloadFrmtVer", "DeviceClass",      "StaticPaylodSize", "DeviceId",  "VendorId",
-    "DeviceVer",      "NumWires",         "TargetI2cDevType", "TargetI2cDevAddr",
-    "checksum",       "EndPoint0",        "EndPoint1",        "EndPoint2", "EndPoint3",
+static const char* const names[] = {
+    "PayloadFrmtVer", "DeviceClass", "StaticPaylodSize", "DeviceId",         "VendorId",
+    "DeviceVer",      "NumWires",    "TargetI2cDevType", "TargetI2cDevAddr", "checksum",
+    "EndPoint0",      "EndPoint1",   "EndPoint2",        "EndPoint3",
 };
 enum { VERSION, CLASS, SIZE, DEVICE, VENDOR, REVISION, WIRES, GPIO, ADDRESS, CHECKSUM, ENDPOINTS };
 enum { NAMES = sizeof names / sizeof *names };
@@ -27,10 +27,10 @@ struct cir {
     uint8_t endpoint[4][6];
 };
 
-static sd_bus_message *call(sd_bus *bus, const char *path, const char *interface,
-                            const char *member, const char *argument) {
-    sd_bus_message *request = NULL;
-    sd_bus_message *reply = NULL;
+static sd_bus_message* call(sd_bus* bus, const char* path, const char* interface,
+                            const char* member, const char* argument) {
+    sd_bus_message* request = NULL;
+    sd_bus_message* reply = NULL;
     require(sd_bus_message_new_method_call(bus, &request, "com.tesk.bmc.zolt", path, interface,
                                            member));
     if (argument != NULL) {
@@ -41,9 +41,9 @@ static sd_bus_message *call(sd_bus *bus, const char *path, const char *interface
     return reply;
 }
 
-static void read_value(sd_bus_message *reply, int name, struct cir *cir) {
+static void read_value(sd_bus_message* reply, int name, struct cir* cir) {
     if (name >= ENDPOINTS) {
-        uint8_t *bytes = cir->endpoint[name - ENDPOINTS];
+        uint8_t* bytes = cir->endpoint[name - ENDPOINTS];
         require(sd_bus_message_read(reply, "v", "(yyyyyy)", &bytes[0], &bytes[1], &bytes[2],
                                     &bytes[3], &bytes[4], &bytes[5]));
     } else if (name == DEVICE || name == VENDOR) {
@@ -57,12 +57,12 @@ static void read_value(sd_bus_message *reply, int name, struct cir *cir) {
     }
 }
 
-static void read_cir(sd_bus *bus, const char *path, struct cir *cir) {
-    sd_bus_message *reply = call(bus, path, "org.freedesktop.DBus.Properties", "GetAll",
-                                 "com.tesk.bmc.zolt.cemCIR");
+static void read_cir(sd_bus* bus, const char* path, struct cir* cir) {
+    sd_bus_message* reply =
+        call(bus, path, "org.freedesktop.DBus.Properties", "GetAll", "com.tesk.bmc.zolt.cemCIR");
     require(sd_bus_message_enter_container(reply, 'a', "{sv}"));
     while (sd_bus_message_at_end(reply, 0) == 0) {
-        const char *text = NULL;
+        const char* text = NULL;
         int name = 0;
         require(sd_bus_message_enter_container(reply, 'e', "sv"));
         require(sd_bus_message_read_basic(reply, 's', &text));
@@ -80,15 +80,15 @@ static void read_cir(sd_bus *bus, const char *path, struct cir *cir) {
     sd_bus_message_unref(reply);
 }
 
-static void print_hex(const char *label, unsigned value) {
+static void print_hex(const char* label, unsigned value) {
     printf("%-48s: 0x%02X\n", label, value);
 }
 
-static void print_text(const char *label, const char *text) {
+static void print_text(const char* label, const char* text) {
     printf("%-48s: %s\n", label, text);
 }
 
-static void print_endpoint(const uint8_t *byte) {
+static void print_endpoint(const uint8_t* byte) {
     print_text("EndPoint0", "");
     print_text("USB_HUB_PRES", byte[0] & 1
                                    ? "(Hub) USB goes through a USB Hub to get to this endpoint."
@@ -115,7 +115,7 @@ static void print_endpoint(const uint8_t *byte) {
     print_hex("DSL_INDEX_UPPER", (byte[5] >> 4) & 7);
 }
 
-static void print_cir(const struct cir *cir) {
+static void print_cir(const struct cir* cir) {
     print_hex("PayloadFrmtVer", cir->number[VERSION]);
     print_hex("DeviceClass", cir->number[CLASS]);
     print_hex("StaticPaylodSize", cir->number[SIZE]);
@@ -129,7 +129,7 @@ static void print_cir(const struct cir *cir) {
     print_hex("TargetI2cDevAddr - TARGET_I2C_GPIO_DEV_ADDRESS", cir->number[ADDRESS] & 127);
     print_endpoint(cir->endpoint[0]);
     for (int i = 1; i < 4; ++i) {
-        const uint8_t *byte = cir->endpoint[i];
+        const uint8_t* byte = cir->endpoint[i];
         printf("EndPoint%d%39s: 0x%02X, 0x%02X, 0x%02X, 0x%02X, 0x%02X, 0x%02X\n", i, "", byte[0],
                byte[1], byte[2], byte[3], byte[4], byte[5]);
     }
@@ -140,23 +140,29 @@ static void print_cir(const struct cir *cir) {
     fflush(stdout);
 }
 
-static int compare(const void *left, const void *right) {
-    return strcmp(*(const char *const *)left, *(const char *const *)right);
+static int compare(const void* left, const void* right) {
+    return strcmp(*(const char* const*)left, *(const char* const*)right);
+}
+
+static const char** resized(const char** paths, size_t room) {
+    paths = realloc(paths, room * sizeof *paths);
+    require(paths == NULL ? -1 : 0);
+    return paths;
 }
 
 int main(void) {
-    sd_bus *bus = NULL;
+    sd_bus* bus = NULL;
     require(sd_bus_default_system(&bus));
-    sd_bus_message *objects = call(bus, "/com/tesk/bmc/zolt/riser",
+    sd_bus_message* objects = call(bus, "/com/tesk/bmc/zolt/riser",
                                    "org.freedesktop.DBus.ObjectManager", "GetManagedObjects", NULL);
-    const char **paths = NULL;
     size_t count = 0;
-    size_t room = 0;
+    size_t room = 64;
+    const char** paths = resized(NULL, room);
     require(sd_bus_message_enter_container(objects, 'a', "{oa{sa{sv}}}"));
     while (sd_bus_message_at_end(objects, 0) == 0) {
         if (count == room) {
-            room = room == 0 ? 64 : 2 * room;
-            paths = realloc(paths, room * sizeof *paths);
+            room *= 2;
+            paths = resized(paths, room);
         }
         require(sd_bus_message_enter_container(objects, 'e', "oa{sa{sv}}"));
         require(sd_bus_message_read_basic(objects, 'o', &paths[count++]));
