@@ -11,6 +11,7 @@ namespace {
 CommandLine parse(std::vector<std::string> words) {
     words.insert(words.begin(), "zolt_test");
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) {
         argv.push_back(word.data());
     }
