@@ -8,6 +8,8 @@
 
 #include <new>
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the platform's contract.
+
 std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std::uint32_t* size) {
     if (name.starts_with("PICPWR_63_")) {
         throw std::bad_alloc();
@@ -23,6 +25,8 @@ std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std:
 HAL_cfgbase* HAL_cfgdata::ReadHALConfig(std::string /*name*/) {
     return nullptr;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 std::int32_t cpld_read_device(std::uint8_t* buffer, std::uint32_t address,
                               std::uint32_t /*length*/) {

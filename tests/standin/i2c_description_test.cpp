@@ -143,9 +143,11 @@ root = "empty"
     const std::pair<std::int32_t, TypeAnswer::Root> expected[] = {
         {0, nodes}, {-7, none}, {7, nodes}, {0, none}, {0, empty}};
     ASSERT_EQ(i2c.answers.size(), std::size(expected));
-    for (std::uint8_t type = 1; type <= std::size(expected); ++type) {
-        EXPECT_EQ(i2c.answers[type].status, expected[type - 1].first) << int{type};
-        EXPECT_EQ(i2c.answers[type].root, expected[type - 1].second) << int{type};
+    std::uint8_t type = 0;
+    for (const auto& [status, root] : expected) {
+        ++type;
+        EXPECT_EQ(i2c.answers[type].status, status) << int{type};
+        EXPECT_EQ(i2c.answers[type].root, root) << int{type};
     }
 }
 

@@ -14,13 +14,14 @@ namespace standin {
 namespace {
 
 class Image : public testing::Test {
-protected:
+public:
     Image() {
         std::string pattern = testing::TempDir() + "/imageXXXXXX";
         directory_ = mkdtemp(pattern.data());
     }
     ~Image() override { std::filesystem::remove_all(directory_); }
 
+protected:
     [[nodiscard]] std::string path() const { return directory_ + "/board"; }
 
     ImageReader mapped(const std::string& description) {

@@ -70,7 +70,7 @@ std::string received(const std::string& log) {
     const std::string path = directory + "/" + log;
     std::ostringstream content;
     content << std::ifstream(path).rdbuf();
-    std::ofstream(path, std::ios::trunc);
+    std::filesystem::resize_file(path, 0);
     return content.str();
 }
 

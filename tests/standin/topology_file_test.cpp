@@ -23,10 +23,11 @@ constexpr int puckType = 24;
 constexpr int badTopology = -74;
 
 class TopologyFile : public testing::Test {
-protected:
+public:
     TopologyFile() { setenv(boardDirectoryVariable, directory_.path().c_str(), 1); }
     ~TopologyFile() override { setenv(boardDirectoryVariable, before_.c_str(), 1); }
 
+protected:
     [[nodiscard]] std::string file() const { return directory_.path() / topologyFileName; }
 
     void publish(const Board& board, const BusCore& core) {

@@ -11,7 +11,7 @@ namespace {
 
 // A message under construction; nobody is at the other end.
 class ValueMessage : public testing::Test {
-protected:
+public:
     ValueMessage() {
         int ends[2];
         EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
@@ -26,6 +26,7 @@ protected:
         sd_bus_close_unref(bus_);
     }
 
+protected:
     void seal() {
         ASSERT_GE(sd_bus_message_seal(message_, 1, 0), 0);
         ASSERT_GE(sd_bus_message_rewind(message_, 1), 0);

@@ -94,6 +94,7 @@ void resetPlatform() {
 using zolt::test::platform;
 using zolt::test::text;
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's contract.
 std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std::uint32_t* size) {
     platform().calls.push_back("ReadIO_Str " + name);
     if (platform().outOfMemory) {
