@@ -18,6 +18,7 @@ struct object_path {
     operator const std::string&() const noexcept { return str; }
 
     friend bool operator==(const object_path&, const object_path&) = default;
+    // NOLINTNEXTLINE(modernize-use-nullptr): it means the 0 that the compiler compares with.
     friend auto operator<=>(const object_path&, const object_path&) = default;
 };
 
