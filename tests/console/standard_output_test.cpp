@@ -10,6 +10,7 @@
 #include <functional>
 #include <pty.h>
 #include <string>
+#include <sys/resource.h>
 #include <termios.h>
 #include <thread>
 #include <unistd.h>
@@ -181,33 +182,56 @@ TEST(StandardOutput, aPipeThatDoesNotBlockGetsEverything) {
     EXPECT_TRUE(read == text);
 }
 
-void ignoreAlarm(int) {}
+void ignoreSignal(int) {}
 
-TEST(StandardOutput, aSignalInTheMiddleOfAWriteLosesNothing) {
-    Pipe pipe;
+// Where the pipe blocks the signal meets the write, where it does not the wait for room.
+TEST(StandardOutput, aSignalInTheMiddleLosesNothing) {
     struct sigaction action {};
-    action.sa_handler = ignoreAlarm; // without SA_RESTART: the write comes back with EINTR
+    action.sa_handler = ignoreSignal; // without SA_RESTART: the call comes back with EINTR
     struct sigaction before {};
     sigaction(SIGUSR1, &action, &before);
     const std::string text(1'000'000, 'x');
     const pthread_t writer = pthread_self();
-    std::string read;
-    std::thread reader([&] {
-        for (int i = 0; i < 20; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            pthread_kill(writer, SIGUSR1);
+    for (const int mode : {0, O_NONBLOCK}) {
+        Pipe pipe;
+        fcntl(pipe.ends[1], F_SETFL, mode);
+        std::string read;
+        std::thread reader([&] {
+            for (int i = 0; i < 20; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                pthread_kill(writer, SIGUSR1);
+            }
+            read = readToTheEnd(pipe.ends[0]);
+        });
+        {
+            const StandsIn standsIn(pipe.ends[1]);
+            StandardOutput output;
+            output.write(text);
         }
-        read = readToTheEnd(pipe.ends[0]);
-    });
-    {
-        const StandsIn standsIn(pipe.ends[1]);
-        StandardOutput output;
-        output.write(text);
+        pipe.closeEnd(1);
+        reader.join();
+        EXPECT_TRUE(read == text) << mode;
     }
-    pipe.closeEnd(1);
-    reader.join();
     sigaction(SIGUSR1, &before, nullptr);
-    EXPECT_TRUE(read == text);
+}
+
+TEST(StandardOutput, whatCannotBeWaitedForIsGivenUp) {
+    const Pipe pipe;
+    const StandsIn standsIn(pipe.ends[1]);
+    StandardOutput output;
+    output.write("gone\n");
+    fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK);
+    const std::string full(static_cast<std::size_t>(fcntl(pipe.ends[1], F_GETPIPE_SZ)), 'x');
+    ASSERT_EQ(write(pipe.ends[1], full.data(), full.size()), static_cast<ssize_t>(full.size()));
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none); // poll wants no more descriptors than there may be
+    output.flush();
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_TRUE(readNow(pipe.ends[0]) == full);
+    output.flush();
+    EXPECT_EQ(readNow(pipe.ends[0]), "");
 }
 
 TEST(StandardOutput, nobodyToReadIsNotAFailure) {
