@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
+#include <new>
+
 namespace zolt {
 namespace {
 
@@ -105,14 +108,20 @@ TEST_F(Dispatcher, failedOperationIsToldOnce) {
 }
 
 TEST_F(Dispatcher, exceptionPassesThroughAndIsPrintedByTheGuard) {
-    platform().outOfMemory = true;
+    platform().thrown = std::make_exception_ptr(std::bad_alloc());
     EXPECT_THROW((void)run({.option = 1, .picpwrId = 42}), std::bad_alloc);
     EXPECT_EQ(outputOf([] { runOptionGuarded({.option = 1, .picpwrId = 42}); }),
               "Exception : std::bad_alloc\n");
 }
 
+TEST_F(Dispatcher, whatIsNoStandardExceptionPassesTheGuard) {
+    platform().thrown = std::make_exception_ptr(42);
+    EXPECT_EQ(outputOf([] { EXPECT_THROW(runOptionGuarded({.option = 1, .picpwrId = 42}), int); }),
+              "");
+}
+
 TEST_F(Dispatcher, exceptionDoesNotEndTheMenu) {
-    platform().outOfMemory = true;
+    platform().thrown = std::make_exception_ptr(std::bad_alloc());
     const std::string menu = outputOf(printMainMenu);
     EXPECT_EQ(outputOf(runInteractive, "1 42 16 100"),
               menu + "Enter the PICPWR ID: (Enter 0 for all PICPWRs)" +

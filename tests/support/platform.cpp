@@ -8,7 +8,6 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
-#include <new>
 #include <utility>
 
 namespace zolt::test {
@@ -97,8 +96,8 @@ using zolt::test::text;
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's contract.
 std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std::uint32_t* size) {
     platform().calls.push_back("ReadIO_Str " + name);
-    if (platform().outOfMemory) {
-        throw std::bad_alloc();
+    if (platform().thrown != nullptr) {
+        std::rethrow_exception(platform().thrown);
     }
     const auto found = platform().named.find(name);
     if (found == platform().named.end()) {

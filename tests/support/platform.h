@@ -8,6 +8,7 @@
 #include "platform/sysinfo.h"
 
 #include <cstdint>
+#include <exception>
 #include <map>
 #include <string>
 #include <vector>
@@ -38,7 +39,7 @@ struct Platform {
     std::int32_t rawStatus = 5;                ///< status of a raw read that fails
     std::map<std::string, HalObject> hal;      ///< HAL_cfgdata::ReadHALConfig
     std::map<int, SysInfo> sysinfo;            ///< i2c_parse_sysinfo; no data for other types
-    bool outOfMemory = false;                  ///< ReadIO_Str throws std::bad_alloc
+    std::exception_ptr thrown;                 ///< ReadIO_Str throws it
 
     std::vector<std::string> calls; ///< "ReadIO_Str NAME", "cpld_read_device 0xADDRESS",
                                     ///< "free_sysinfo TYPE", ...

@@ -1,0 +1,37 @@
+#include "bus/service_client.h"
+
+#include "tests/bus/bus_test.h"
+#include "tests/support/exhausted_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+namespace zolt {
+namespace {
+
+using namespace test;
+
+// What the bus answers is told by the views' own tests.
+TEST(GetManagedObjects, whatIsNoBusErrorPassesThrough) {
+    const std::string path = "/com/tesk/bmc/zolt/puck";
+    SystemBus bus;
+    bus.publish({.managers = {path},
+                 .interfaces = {{path + "/a", "com.tesk.bmc.zolt.puckCIR", {}}},
+                 .orders = {}});
+    ManagedObjects objects;
+    EXPECT_EQ(viewed([&](sdbusplus::bus_t& connection) {
+                  const ExhaustedMemory exhausted;
+                  EXPECT_THROW((void)getManagedObjects(connection, zoltService, path, objects),
+                               std::bad_alloc);
+              }),
+              "");
+    EXPECT_EQ(viewed([&](sdbusplus::bus_t& connection) {
+                  EXPECT_TRUE(getManagedObjects(connection, zoltService, path, objects));
+              }),
+              "");
+    EXPECT_EQ(objects.size(), 1U);
+}
+
+} // namespace
+} // namespace zolt
