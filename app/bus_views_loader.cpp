@@ -22,9 +22,12 @@ const BusViews& loadBusViews() {
 } // namespace
 
 const BusViews& busViews() {
-    static const BusViews& views = loadBusViews();
+    static const BusViews* views = nullptr;
+    if (views == nullptr) {
+        views = &loadBusViews();
+    }
     flush();
-    return views;
+    return *views;
 }
 
 } // namespace zolt

@@ -17,16 +17,23 @@ std::optional<std::uint16_t> valueOf(RawField raw, const RegisterValue& value) {
     return byteOf(value);
 }
 
+// Nothing when the register cannot be read, which is told, or delivers nothing, which is not.
+std::optional<std::uint16_t> read(RegisterBlock& block, std::string_view name, RawField raw,
+                                  Access access, RegisterValue& value) {
+    const std::int32_t status =
+        access == Access::rawOnly ? block.readRaw(raw, value) : block.read(name, raw, value);
+    if (status != 0) {
+        print<"Unable to read %s using CPLD raw API, status %d\n">(block.name(name), status);
+        return std::nullopt;
+    }
+    return valueOf(raw, value);
+}
+
 // Instance: the number of the instance, or nothing for a single unit.
 template <typename Line, typename... Instance>
 void showRegister(RegisterBlock& block, const Register<Line>& row, RegisterValue& value,
                   Instance... instance) {
-    const std::int32_t status = row.access == Access::rawOnly
-                                    ? block.readRaw(row.raw, value)
-                                    : block.read(row.name, row.raw, value);
-    if (status != 0) {
-        print<"Unable to read %s using CPLD raw API, status %d\n">(block.name(row.name), status);
-    } else if (const auto number = valueOf(row.raw, value)) {
+    if (const auto number = read(block, row.name, row.raw, row.access, value)) {
         row.line(instance..., *number);
     }
 }

@@ -88,7 +88,10 @@ std::string deviceTypeName(std::uint32_t code) {
     if (code == ftulmFruCode) {
         return "FTULM_FRU";
     }
-    return code < std::size(deviceTypes) ? std::string(deviceTypes[code].name) : std::string();
+    if (code >= std::size(deviceTypes)) {
+        return {};
+    }
+    return std::string(deviceTypes[code].name);
 }
 
 void printDeviceTypeMenu() {

@@ -66,8 +66,9 @@ Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length, PayloadBu
     }
     // The two bytes of the offset belong in front on this path, whatever the HAL's read left
     // behind.
-    buffer.assign({static_cast<std::uint8_t>(payloadOffset & 0xFF),
-                   static_cast<std::uint8_t>(payloadOffset >> 8)});
+    const auto low = static_cast<std::uint8_t>(payloadOffset & 0xFF);
+    const auto high = static_cast<std::uint8_t>(payloadOffset >> 8);
+    buffer.assign({low, high});
     buffer.reserve(buffer.size() + length);
     buffer.insert(buffer.end(), scratch.get(), scratch.get() + length);
     return statusDone;
