@@ -56,6 +56,14 @@ int noteEnd(sd_event_source* source, const siginfo_t* info, void* /*unused*/) {
 
 } // namespace
 
+void holdStandardStreams() {
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            (void)open("/dev/null", O_RDWR | O_CLOEXEC); // the lowest free one: this
+        }
+    }
+}
+
 Inherited prepareProcess() {
     sigset_t waiting;
     sigemptyset(&waiting);

@@ -30,6 +30,10 @@ struct Inherited {
     mode_t umask = 0;
 };
 
+/// Puts /dev/null, for this process alone, where the caller closed one of the standard streams: no
+/// file that is opened later can be taken for one. The command finds them closed as they were.
+void holdStandardStreams();
+
 /// Makes this process fit to hold a board: the signals of superviseCommand() wait, and the files
 /// that it makes are its own, whatever the caller's umask hides.
 [[nodiscard]] Inherited prepareProcess();

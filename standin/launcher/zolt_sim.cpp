@@ -110,6 +110,7 @@ int run(int argc, char* argv[]) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    holdStandardStreams();
     try {
         return run(argc, argv);
     } catch (const ArgumentsError& error) {

@@ -130,6 +130,25 @@ class Command(SimTest):
         # 0, 1, 2, and the directory that is being listed.
         self.assertEqual(self.sim("ls", "/proc/self/fd").stdout.split(), ["0", "1", "2", "3"])
 
+    def test_finds_those_streams_closed_that_the_caller_closed(self):
+        # 4 is the test's end of standard output, whatever becomes of 1.
+        script = f"{TOOL} -o 1 -p 42; for n in 0 1 2 3; do test -e /proc/$$/fd/$n || echo $n >&4; done"
+        slot = "\nPICPWR 42 DSTAT              = 00b\n"
+        for closed, shown in (
+            ("", slot + "3\n"),
+            ("0>&-", slot + "0\n3\n"),
+            ("1>&-", "1\n3\n"),
+            ("2>&-", slot + "2\n3\n"),
+            ("0>&- 1>&- 2>&-", "0\n1\n2\n3\n"),
+        ):
+            with self.subTest(closed):
+                done = run(
+                    "sh", "-c", f'exec "$@" 4>&1 {closed}', "sh", SIM, "--", "sh", "-c", script,
+                    env=self.scratch.environment,
+                )
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (0, shown, ""))
+                self.assertEqual(self.scratch.left_behind(), [])
+
     def test_keeps_the_callers_library_path_behind_the_stand_ins(self):
         self.scratch.environment["LD_LIBRARY_PATH"] = "/callers"
         path = self.sim("sh", "-c", 'echo "$LD_LIBRARY_PATH"').stdout.strip().split(":")
