@@ -27,10 +27,17 @@ class TapResult(unittest.TestResult):
         super().addError(test, err)
         self._line("not ok", test, self.errors[-1][1])
 
+    def addSubTest(self, test, subtest, err):
+        super().addSubTest(test, subtest, err)
+        if err is not None:
+            failed = self.failures if issubclass(err[0], test.failureException) else self.errors
+            self._line("not ok", subtest, failed[-1][1])
+
 
 def main():
     suite = unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"])
     result = TapResult()
     print(f"1..{suite.countTestCases()}")
     suite.run(result)
-    sys.exit(0 if result.number == suite.countTestCases() and result.number > 0 else 1)
+    complete = result.number == suite.countTestCases() and result.number > 0
+    sys.exit(0 if complete and result.wasSuccessful() else 1)
