@@ -107,12 +107,8 @@ std::span<const std::uint8_t> ImageReader::raw(std::uint32_t first, std::uint32_
 }
 
 std::int32_t ImageReader::strikeRaw(std::uint32_t first, std::uint32_t count) const {
-    for (const std::uint16_t fault : std::span(header_->rawFault).subspan(first, count)) {
-        if (const std::int32_t status = strike(fault); status != 0) {
-            return status;
-        }
-    }
-    return 0;
+    const auto faults = std::span(header_->rawFault).subspan(first, count);
+    return faults.empty() ? 0 : strike(std::ranges::max(faults)); // the last rule has the highest
 }
 
 std::int32_t ImageReader::strike(std::uint32_t fault) const {

@@ -26,7 +26,8 @@ public:
     /// Registers [first, first + count); the range must lie below rawAddressCount.
     [[nodiscard]] std::span<const std::uint8_t> raw(std::uint32_t first, std::uint32_t count) const;
 
-    /// The status with which a raw read of that range is to fail now; 0 when it succeeds.
+    /// The status with which a raw read of that range is to fail now; 0 when it succeeds. Of
+    /// several rules that fit addresses of it, the last one holds.
     [[nodiscard]] std::int32_t strikeRaw(std::uint32_t first, std::uint32_t count) const;
 
     /// The status with which a call that this fault can hit is to fail now; 0 when it succeeds.

@@ -91,6 +91,18 @@ TEST_F(Image, lastOfSeveralRulesHolds) {
     EXPECT_EQ(image.strikeRaw(5, 1), 4);
 }
 
+TEST_F(Image, lastOfSeveralRulesHoldsForABlockThatTouchesThem) {
+    const auto image = mapped("faults = ['raw-read 3 status 1', 'raw-read 4 status 2',"
+                              "'raw-read 2 status 3', 'raw-read 7 status 4', 'raw-read 6 once']");
+    EXPECT_EQ(image.strikeRaw(3, 2), 2);
+    EXPECT_EQ(image.strikeRaw(2, 3), 3);
+    EXPECT_EQ(image.strikeRaw(3, 1), 1);
+    EXPECT_EQ(image.strikeRaw(0, 2), 0);
+    EXPECT_EQ(image.strikeRaw(6, 2), -1);
+    EXPECT_EQ(image.strikeRaw(6, 2), 0); // it still holds, and is over
+    EXPECT_EQ(image.strikeRaw(7, 1), 4);
+}
+
 TEST_F(Image, rawFaultStrikesEveryBlockThatTouchesIt) {
     const auto image = mapped("faults = ['raw-read 0x1003-0x1004 status 9']");
     EXPECT_EQ(image.strikeRaw(0x1002, 1), 0);
