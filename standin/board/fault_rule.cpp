@@ -26,18 +26,18 @@ void takeSubject(FaultRule& rule, std::string_view word) {
     rule.subject = word;
 }
 
-std::uint16_t addressOf(std::string_view word) {
-    const auto address = numberIn(word, 0, std::numeric_limits<std::uint16_t>::max());
-    if (!address) {
-        throw FaultRuleError("'" + std::string(word) + "' is no raw address (0x0000 to 0xFFFF)");
-    }
-    return static_cast<std::uint16_t>(*address);
-}
-
 void takeAddresses(FaultRule& rule, std::string_view word) {
+    constexpr auto highest = std::numeric_limits<std::uint16_t>::max();
     const std::size_t dash = word.find('-');
-    rule.first = addressOf(word.substr(0, dash));
-    rule.last = dash == std::string_view::npos ? rule.first : addressOf(word.substr(dash + 1));
+    const auto first = numberIn(word.substr(0, dash), 0, highest);
+    const auto last =
+        dash == std::string_view::npos ? first : numberIn(word.substr(dash + 1), 0, highest);
+    if (!first || !last) {
+        throw FaultRuleError("'" + std::string(word) +
+                             "' is no raw address or range of them (0x0000 to 0xFFFF)");
+    }
+    rule.first = static_cast<std::uint16_t>(*first);
+    rule.last = static_cast<std::uint16_t>(*last);
     if (rule.last < rule.first) {
         throw FaultRuleError("address range '" + std::string(word) + "' runs backwards");
     }
@@ -143,7 +143,7 @@ std::int32_t statusOf(Words words) {
                             : numberIn(words[1], std::numeric_limits<std::int32_t>::min(),
                                        std::numeric_limits<std::int32_t>::max());
     if (!status || *status == 0) {
-        throw FaultRuleError("'status' needs a number other than 0");
+        throw FaultRuleError("'status' needs a number from -2147483648 to 2147483647, and not 0");
     }
     return static_cast<std::int32_t>(*status);
 }
@@ -156,8 +156,8 @@ std::string errorOf(Words words) {
 }
 
 int errnoNamed(Words words) {
-    constexpr int highest = 133;
-    for (int number = 1; words.size() >= 2 && number <= highest; ++number) {
+    constexpr int last = EHWPOISON; // Linux has no higher one
+    for (int number = 1; words.size() >= 2 && number <= last; ++number) {
         const char* const name = strerrorname_np(number);
         if (name != nullptr && words[1] == name) {
             return number;
@@ -184,26 +184,38 @@ Words takeCommand(FaultRule& rule, Words words) {
     return words.subspan(1);
 }
 
+struct Option {
+    std::string_view word;
+    Options option;
+    std::size_t words; ///< it takes, its own included
+    void (*take)(FaultRule& rule, Words words);
+};
+
+constexpr Option optionRows[] = {
+    {"once", once, 1, [](FaultRule& rule, Words) { rule.once = true; }},
+    {"status", status, 2, [](FaultRule& rule, Words words) { rule.status = statusOf(words); }},
+    {"error", error, 2, [](FaultRule& rule, Words words) { rule.error = errorOf(words); }},
+    {"error", errnoName, 2, [](FaultRule& rule, Words words) { rule.status = errnoNamed(words); }},
+};
+
 void takeOptions(FaultRule& rule, Words words, unsigned options) {
     if ((options & command) != 0) {
         words = takeCommand(rule, words);
     }
+    unsigned taken = none;
     while (!words.empty()) {
-        if (words[0] == "once" && (options & once) != 0) {
-            rule.once = true;
-            words = words.subspan(1);
-        } else if (words[0] == "status" && (options & status) != 0) {
-            rule.status = statusOf(words);
-            words = words.subspan(2);
-        } else if (words[0] == "error" && (options & error) != 0) {
-            rule.error = errorOf(words);
-            words = words.subspan(2);
-        } else if (words[0] == "error" && (options & errnoName) != 0) {
-            rule.status = errnoNamed(words);
-            words = words.subspan(2);
-        } else {
+        const auto row = std::ranges::find_if(optionRows, [&](const Option& option) {
+            return option.word == words[0] && (options & option.option) != 0;
+        });
+        if (row == std::ranges::end(optionRows)) {
             throw FaultRuleError("'" + std::string(words[0]) + "' is not understood here");
         }
+        if ((taken & row->option) != 0) {
+            throw FaultRuleError("'" + std::string(words[0]) + "' is given twice");
+        }
+        row->take(rule, words);
+        taken |= row->option;
+        words = words.subspan(row->words);
     }
 }
 

@@ -160,7 +160,7 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         {"[override.raw]\n0xFFFF = [1, 2]", "b.toml:2: raw: the bytes at '0xFFFF' run past 0xFFFF"},
         {"[override.named]\nX = 1.5", "b.toml:2: named: 'X' must be a whole number from 0 to 255"},
         {"faults = [\n'raw-read x']",
-         "b.toml:2: fault 'raw-read x': 'x' is no raw address (0x0000 to 0xFFFF)"},
+         "b.toml:2: fault 'raw-read x': 'x' is no raw address or range of them (0x0000 to 0xFFFF)"},
     };
     for (const auto& [description, message] : cases) {
         try {

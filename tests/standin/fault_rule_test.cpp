@@ -32,6 +32,8 @@ TEST(FaultRule, everyKind) {
     const std::pair<const char*, FaultRule> cases[] = {
         {"named-read *", rule(namedRead, "*", 0, 0, -1, false)},
         {"named-read PICPWR_3_* status 7", rule(namedRead, "PICPWR_3_*", 0, 0, 7, false)},
+        {"named-read X status -2147483648", rule(namedRead, "X", 0, 0, INT32_MIN, false)},
+        {"i2c-open 5 error EHWPOISON", busRule(i2cOpen, 5, 1, EHWPOISON)},
         {"named-read X once status -9", rule(namedRead, "X", 0, 0, -9, true)},
         {"raw-read 0x1000", rule(rawRead, "", 0x1000, 0x1000, -1, false)},
         {"raw-read 0x1000-0x100D status 5", rule(rawRead, "", 0x1000, 0x100D, 5, false)},
@@ -63,6 +65,8 @@ TEST(FaultRule, everyKind) {
 TEST(FaultRule, saysWhatIsWrong) {
     const char* const kinds = "a fault begins with one of: named-read, raw-read, hal-object, "
                               "hal-read, bus, service, object, i2c-open, i2c-ioctl, sysinfo";
+    const char* const noStatus =
+        "'status' needs a number from -2147483648 to 2147483647, and not 0";
     const char* const noErrno = "'error' needs the name of an errno, like EIO";
     const char* const commands = "i2c-ioctl needs one of: plain, update-property, get-property, "
                                  "create-node, remove-device, recover-bus";
@@ -73,15 +77,22 @@ TEST(FaultRule, saysWhatIsWrong) {
         {"named-read", "named-read needs a name pattern"},
         {"raw-read", "raw-read needs an address or a range of addresses"},
         {"hal-read", "hal-read needs an object's name"},
-        {"raw-read here", "'here' is no raw address (0x0000 to 0xFFFF)"},
-        {"raw-read 0x10000", "'0x10000' is no raw address (0x0000 to 0xFFFF)"},
-        {"raw-read 1-", "'' is no raw address (0x0000 to 0xFFFF)"},
-        {"raw-read -1", "'' is no raw address (0x0000 to 0xFFFF)"},
+        {"raw-read here", "'here' is no raw address or range of them (0x0000 to 0xFFFF)"},
+        {"raw-read 0x10000", "'0x10000' is no raw address or range of them (0x0000 to 0xFFFF)"},
+        {"raw-read 1-", "'1-' is no raw address or range of them (0x0000 to 0xFFFF)"},
+        {"raw-read -1", "'-1' is no raw address or range of them (0x0000 to 0xFFFF)"},
+        {"raw-read 1-2-3", "'1-2-3' is no raw address or range of them (0x0000 to 0xFFFF)"},
         {"raw-read 2-1", "address range '2-1' runs backwards"},
-        {"named-read X status", "'status' needs a number other than 0"},
-        {"named-read X status 0", "'status' needs a number other than 0"},
-        {"named-read X status one", "'status' needs a number other than 0"},
-        {"named-read X status 2147483648", "'status' needs a number other than 0"},
+        {"named-read X status", noStatus},
+        {"named-read X status 0", noStatus},
+        {"named-read X status one", noStatus},
+        {"named-read X status 2147483648", noStatus},
+        {"named-read X status -2147483649", noStatus},
+        {"named-read X once once", "'once' is given twice"},
+        {"named-read X once status 1 once", "'once' is given twice"},
+        {"raw-read 1 status 1 status 1", "'status' is given twice"},
+        {"object X error a error b", "'error' is given twice"},
+        {"i2c-open 5 error EIO error EIO", "'error' is given twice"},
         {"named-read X twice", "'twice' is not understood here"},
         {"bus", "bus needs 'absent'"},
         {"service gone", "it can only be absent, not 'gone'"},
