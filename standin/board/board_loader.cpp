@@ -3,6 +3,7 @@
 #include "standin/board/control_registers.h"
 #include "standin/board/cpld_map.h"
 #include "standin/board/described_once.h"
+#include "standin/board/fault_order.h"
 #include "standin/board/i2c_description.h"
 #include "standin/board/module.h"
 #include "standin/board/module_type.h"
@@ -188,7 +189,7 @@ void readOverrides(TomlTable& root, Board& board) {
 void readFaults(TomlTable& root, Board& board) {
     root.eachText("faults", [&](const std::string& rule, const Place& place) {
         try {
-            board.faults.push_back(parseFaultRule(rule));
+            orderFault(board, rule);
         } catch (const FaultRuleError& error) {
             place.refuse("fault '" + rule + "': " + error.what());
         }
@@ -204,7 +205,7 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
     readI2c,
     readHalObjects,
     readOverrides,
-    readFaults,
+    readFaults, // what can fail is known by now
 };
 
 } // namespace

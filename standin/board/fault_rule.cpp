@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <fnmatch.h>
 #include <limits>
 #include <span>
 #include <vector>
@@ -234,6 +235,11 @@ FaultRule parseFaultRule(std::string_view text) {
     kind->takeSubject(rule, words[1]);
     takeOptions(rule, Words(words).subspan(2), kind->options);
     return rule;
+}
+
+bool fits(const FaultRule& rule, const std::string& name) {
+    return rule.kind == FaultKind::namedRead ? fnmatch(rule.subject.c_str(), name.c_str(), 0) == 0
+                                             : rule.subject == name;
 }
 
 } // namespace standin

@@ -72,4 +72,7 @@ public:
 /// Reads one rule. @throw FaultRuleError
 [[nodiscard]] FaultRule parseFaultRule(std::string_view text);
 
+/// Whether a rule's subject is this name, or for named-read a pattern that fits it.
+[[nodiscard]] bool fits(const FaultRule& rule, const std::string& name);
+
 } // namespace standin

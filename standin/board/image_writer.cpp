@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <fnmatch.h>
 #include <memory>
 #include <span>
 #include <system_error>
@@ -61,12 +60,11 @@ ImageRange appendText(Layout& layout, std::string_view text) {
     return layout.append(std::span(text.data(), text.size()));
 }
 
-// The number of the rule that holds for something: of several that fit, the last one.
-template <typename Fits>
-std::uint32_t faultFor(const Board& board, FaultKind kind, const Fits& fits) {
+// The number of the rule that holds for a name: of several that fit, the last one.
+std::uint32_t faultFor(const Board& board, FaultKind kind, const std::string& name) {
     for (std::size_t i = board.faults.size(); i > 0; --i) {
         const FaultRule& rule = board.faults[i - 1];
-        if (rule.kind == kind && fits(rule)) {
+        if (rule.kind == kind && fits(rule, name)) {
             return static_cast<std::uint32_t>(i);
         }
     }
@@ -91,12 +89,9 @@ void appendFaults(const Board& board, Layout& layout) {
 void appendNames(const Board& board, const CpldContents& contents, Layout& layout) {
     std::vector<ImageName> names;
     for (const auto& [name, bytes] : contents.named) { // a map: in byte order already
-        const auto fits = [&name = name](const FaultRule& rule) {
-            return fnmatch(rule.subject.c_str(), name.c_str(), 0) == 0;
-        };
         names.push_back({appendText(layout, name),
                          layout.append(std::span<const std::uint8_t>(bytes)),
-                         faultFor(board, FaultKind::namedRead, fits)});
+                         faultFor(board, FaultKind::namedRead, name)});
     }
     layout.header().names = layout.append(std::span<const ImageName>(names));
 }
@@ -104,12 +99,11 @@ void appendNames(const Board& board, const CpldContents& contents, Layout& layou
 void appendObjects(const Board& board, Layout& layout) {
     std::vector<ImageObject> objects;
     for (const auto& [name, object] : board.halObjects) {
-        const auto fits = [&name = name](const FaultRule& rule) { return rule.subject == name; };
         objects.push_back({.name = appendText(layout, name),
                            .firstAddress = payloadBlockStart,
                            .length = payloadBlockSize,
-                           .missingFault = faultFor(board, FaultKind::halObject, fits),
-                           .readFault = faultFor(board, FaultKind::halRead, fits),
+                           .missingFault = faultFor(board, FaultKind::halObject, name),
+                           .readFault = faultFor(board, FaultKind::halRead, name),
                            .unregisterStatus = object.unregisterStatus,
                            .interruptCallback = object.interruptCallback ? 1U : 0U,
                            .mostBytes = object.mostBytes});

@@ -28,14 +28,6 @@ constexpr std::array<option, 8> longOptions{{
     {nullptr, 0, nullptr, 0},
 }};
 
-FaultRule faultOf(const char* rule) {
-    try {
-        return parseFaultRule(rule);
-    } catch (const FaultRuleError& error) {
-        throw ArgumentsError(std::string("--fault '") + rule + "': " + error.what());
-    }
-}
-
 } // namespace
 
 Arguments parseArguments(int argc, char* const argv[]) {
@@ -50,7 +42,7 @@ Arguments parseArguments(int argc, char* const argv[]) {
             arguments.board = optarg;
             break;
         case Letter::fault:
-            arguments.faults.push_back(faultOf(optarg));
+            arguments.faults.emplace_back(optarg);
             break;
         case Letter::debugLog:
             arguments.debugLog = optarg;

@@ -1,8 +1,6 @@
 // The command line of zolt_sim.
 #pragma once
 
-#include "standin/board/fault_rule.h"
-
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,11 +8,11 @@
 namespace standin {
 
 struct Arguments {
-    std::string board = "demo";    ///< a file, or the name of a board that comes with the tool
-    std::vector<FaultRule> faults; ///< ordered beside those of the board description
-    std::string debugLog;          ///< file for the debug log's lines; empty: they are dropped
-    std::string callLog;           ///< file for the calls of the platform's libraries
-    std::string i2cLog;            ///< file for the control transactions of the bus driver
+    std::string board = "demo";      ///< a file, or the name of a board that comes with the tool
+    std::vector<std::string> faults; ///< rules, to be ordered behind those of the board description
+    std::string debugLog;            ///< file for the debug log's lines; empty: they are dropped
+    std::string callLog;             ///< file for the calls of the platform's libraries
+    std::string i2cLog;              ///< file for the control transactions of the bus driver
     bool help = false;
     bool version = false;
     char* const* command = nullptr; ///< the command with its arguments, null-terminated

@@ -3,6 +3,7 @@
 // Everything of a run lives in one private directory; the command finds it, and the platform's
 // libraries, through its environment.
 #include "standin/board/board_loader.h"
+#include "standin/board/fault_order.h"
 #include "standin/board/image.h"
 #include "standin/board/image_writer.h"
 #include "standin/launcher/arguments.h"
@@ -35,7 +36,13 @@ constexpr int exitOwnFailure = 125;
 
 Board boardFor(const Arguments& arguments) {
     Board board = loadBoard(boardFile(arguments.board));
-    board.faults.insert(board.faults.end(), arguments.faults.begin(), arguments.faults.end());
+    for (const std::string& rule : arguments.faults) {
+        try {
+            orderFault(board, rule);
+        } catch (const FaultRuleError& error) {
+            throw ArgumentsError("--fault '" + rule + "': " + error.what());
+        }
+    }
     return board;
 }
 

@@ -233,6 +233,19 @@ class Refuses(SimTest):
             (["--board"], "--board needs a value"),
             (["--fault", "", "true"], f"--fault '': {kinds}"),
             (["--fault", "cosmic-ray", "true"], f"--fault 'cosmic-ray': {kinds}"),
+            (
+                ["--fault", "raw-read 5 once more", "true"],
+                "--fault 'raw-read 5 once more': 'more' is not understood here",
+            ),
+            (
+                ["--fault", "hal-object NOPE", "true"],
+                "--fault 'hal-object NOPE': the HAL has no object 'NOPE'",
+            ),
+            (
+                ["--fault", "named-read PICPWR_X_DSTAT", "true"],
+                "--fault 'named-read PICPWR_X_DSTAT': "
+                "no register has a name like 'PICPWR_X_DSTAT'",
+            ),
         ):
             with self.subTest(arguments):
                 self.assert_refused(

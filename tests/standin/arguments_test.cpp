@@ -36,8 +36,7 @@ TEST(Arguments, everyOption) {
         parse({"--board", "b.toml", "--fault", "named-read *", "--fault=raw-read 1 status 2",
                "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--", "-tool"});
     EXPECT_EQ(arguments.board, "b.toml");
-    EXPECT_EQ(arguments.faults,
-              (std::vector{parseFaultRule("named-read *"), parseFaultRule("raw-read 1 status 2")}));
+    EXPECT_EQ(arguments.faults, (Words{"named-read *", "raw-read 1 status 2"}));
     EXPECT_EQ(arguments.debugLog, "d");
     EXPECT_EQ(arguments.callLog, "c");
     EXPECT_EQ(arguments.i2cLog, "i");
@@ -56,8 +55,6 @@ TEST(Arguments, saysWhatIsWrong) {
         {{"--board"}, "--board needs a value"},
         {{"--nothing", "x"}, "--nothing is not an option"},
         {{"--help=yes", "x"}, "--help=yes is not an option"},
-        {{"--fault", "raw-read 5 once more", "x"},
-         "--fault 'raw-read 5 once more': 'more' is not understood here"},
     };
     for (const auto& [words, reason] : cases) {
         try {

@@ -110,7 +110,8 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         // kinds of values
         {"name = 7", "b.toml:1: board: 'name' must be a text"},
         {"faults = 7", "b.toml:1: board: 'faults' must be an array of texts"},
-        {"faults = [\n'hal-object X',\n7]", "b.toml:3: board: 'faults' must be an array of texts"},
+        {"faults = [\n'hal-object PICPWR_PAYLOADS',\n7]",
+         "b.toml:3: board: 'faults' must be an array of texts"},
         {"slot = 7", "b.toml:1: board: 'slot' must be an array of tables, [[slot]]"},
         {"[slot]\nid = 1", "b.toml:1: board: 'slot' must be an array of tables, [[slot]]"},
         {"hal = 7", "b.toml:1: board: 'hal' must be a table, [hal]"},
@@ -161,6 +162,8 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         {"[override.named]\nX = 1.5", "b.toml:2: named: 'X' must be a whole number from 0 to 255"},
         {"faults = [\n'raw-read x']",
          "b.toml:2: fault 'raw-read x': 'x' is no raw address or range of them (0x0000 to 0xFFFF)"},
+        {"faults = [\n'bus absent',\n'hal-object NOPE']",
+         "b.toml:3: fault 'hal-object NOPE': the HAL has no object 'NOPE'"},
     };
     for (const auto& [description, message] : cases) {
         try {

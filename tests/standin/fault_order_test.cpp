@@ -1,0 +1,64 @@
+#include "standin/board/fault_order.h"
+
+#include "standin/board/board_loader.h"
+
+#include <gtest/gtest.h>
+
+namespace standin {
+namespace {
+
+TEST(FaultOrder, comesBehindThoseOfTheBoard) {
+    Board board = parseBoard("faults = ['raw-read 1']", "b");
+    orderFault(board, "raw-read 2 once");
+    EXPECT_EQ(board.faults,
+              (std::vector{parseFaultRule("raw-read 1"), parseFaultRule("raw-read 2 once")}));
+}
+
+TEST(FaultOrder, takesWhateverMayBeAskedFor) {
+    Board board = parseBoard("[override.named]\nNEW_NAME = 1", "b");
+    for (const char* const text : {
+             "named-read PICPWR_63_DSTAT",
+             "named-read PICPWR_*_DSTAT",
+             "named-read [B]P_8_VWIRE_RD?",
+             "named-read RISER_SLOT_AMP_BLOB",
+             "named-read NEW_NAME",
+             "hal-object PICPWR_PAYLOADS",
+             "hal-read PICPWR_PAYLOADS",
+             "raw-read 0xFFFF",
+             "object nothing/here",
+             "i2c-open 999999",
+             "i2c-ioctl 999999 plain",
+             "sysinfo 164",
+             "bus absent",
+             "service absent",
+         }) {
+        EXPECT_NO_THROW(orderFault(board, text)) << text;
+    }
+    EXPECT_EQ(board.faults.size(), 14U);
+}
+
+TEST(FaultOrder, refusesWhatCouldNeverStrike) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"named-read PICPWR_64_DSTAT", "no register has a name like 'PICPWR_64_DSTAT'"},
+        {"named-read PICPWR_X_DSTAT once", "no register has a name like 'PICPWR_X_DSTAT'"},
+        {"named-read picpwr_*", "no register has a name like 'picpwr_*'"},
+        {"named-read [", "no register has a name like '['"},
+        {"hal-object NOPE", "the HAL has no object 'NOPE'"},
+        {"hal-read PICPWR_* status 3", "the HAL has no object 'PICPWR_*'"},
+        {"cosmic-ray", "a fault begins with one of: named-read, raw-read, hal-object, hal-read, "
+                       "bus, service, object, i2c-open, i2c-ioctl, sysinfo"},
+    };
+    Board board = parseBoard("", "b");
+    for (const auto& [text, reason] : cases) {
+        try {
+            orderFault(board, text);
+            ADD_FAILURE() << "taken: " << text;
+        } catch (const FaultRuleError& error) {
+            EXPECT_STREQ(error.what(), reason) << text;
+        }
+    }
+    EXPECT_TRUE(board.faults.empty());
+}
+
+} // namespace
+} // namespace standin
