@@ -28,6 +28,14 @@ constexpr std::array<option, 8> longOptions{{
     {nullptr, 0, nullptr, 0},
 }};
 
+// What an option names; an empty name is a variable that the caller did not set.
+std::string named(const char* option) {
+    if (*optarg == '\0') {
+        throw ArgumentsError(std::string("--") + option + ": the name is empty");
+    }
+    return optarg;
+}
+
 } // namespace
 
 Arguments parseArguments(int argc, char* const argv[]) {
@@ -39,19 +47,19 @@ Arguments parseArguments(int argc, char* const argv[]) {
          (letter = getopt_long(argc, argv, "+:", longOptions.data(), nullptr)) != -1;) {
         switch (letter) {
         case Letter::board:
-            arguments.board = optarg;
+            arguments.board = named("board");
             break;
         case Letter::fault:
             arguments.faults.emplace_back(optarg);
             break;
         case Letter::debugLog:
-            arguments.debugLog = optarg;
+            arguments.debugLog = named("debug-log");
             break;
         case Letter::callLog:
-            arguments.callLog = optarg;
+            arguments.callLog = named("call-log");
             break;
         case Letter::i2cLog:
-            arguments.i2cLog = optarg;
+            arguments.i2cLog = named("i2c-log");
             break;
         case Letter::help:
             arguments.help = true;

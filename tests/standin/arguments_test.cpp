@@ -54,6 +54,10 @@ TEST(Arguments, saysWhatIsWrong) {
         {{"--board", "x"}, "there is no command to run"},
         {{"--board"}, "--board needs a value"},
         {{"--nothing", "x"}, "--nothing is not an option"},
+        {{"--board", "", "x"}, "--board: the name is empty"},
+        {{"--debug-log=", "x"}, "--debug-log: the name is empty"},
+        {{"--call-log", "", "x"}, "--call-log: the name is empty"},
+        {{"--i2c-log", "", "x"}, "--i2c-log: the name is empty"},
         {{"--help=yes", "x"}, "--help=yes is not an option"},
     };
     for (const auto& [words, reason] : cases) {
