@@ -8,6 +8,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <stdexcept>
+#include <string_view>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -34,9 +36,16 @@ struct Pipe {
     }
 };
 
+// The same wherever the command goes, and short enough for the address of a socket.
 std::string directoryPattern() {
     const char* const base = std::getenv("TMPDIR");
-    return std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/zolt_sim.XXXXXX";
+    const bool given = base != nullptr && *base != '\0';
+    std::string pattern = std::filesystem::absolute(given ? base : "/tmp") / "zolt_sim.XXXXXX";
+    constexpr std::size_t room = 99 - std::string_view("/bus").size(); // dbus-daemon's own limit
+    if (pattern.size() > room) {
+        throw std::runtime_error("TMPDIR is too long: no socket fits below '" + pattern + "'");
+    }
+    return pattern;
 }
 
 // The keeper holds nothing of the caller's: no terminal, no output that somebody waits to see end.
@@ -51,10 +60,10 @@ void leaveCaller() {
     }
 }
 
-// Makes the directory, tells its path (or the error), and removes it once the lifeline ends.
-[[noreturn]] void keep(int lifeline, int answer) {
+// Makes a directory of that pattern, tells its path (or the error), and removes it once the
+// lifeline ends.
+[[noreturn]] void keep(std::string path, int lifeline, int answer) {
     leaveCaller();
-    std::string path = directoryPattern();
     if (mkdtemp(path.data()) == nullptr) {
         const int error = errno;
         (void)!write(answer, &error, sizeof error);
@@ -72,13 +81,14 @@ void leaveCaller() {
 } // namespace
 
 PrivateDirectory::PrivateDirectory() {
+    const std::string pattern = directoryPattern();
     const Pipe lifeline;
     const Pipe answer;
     keeper_ = fork();
     if (keeper_ == 0) {
         close(lifeline.writeEnd);
         close(answer.readEnd);
-        keep(lifeline.readEnd, answer.writeEnd);
+        keep(pattern, lifeline.readEnd, answer.writeEnd);
     }
     lifeline_ = lifeline.writeEnd;
     close(lifeline.readEnd);

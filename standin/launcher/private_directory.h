@@ -12,7 +12,9 @@ namespace standin {
 /// the program ends, when it was killed too. Make it before anything that should not be inherited.
 class PrivateDirectory {
 public:
+    /// The path is absolute, and short enough for the sockets in it.
     /// @throw std::system_error when no directory can be made
+    /// @throw std::runtime_error when $TMPDIR leaves no room for a socket
     PrivateDirectory();
     PrivateDirectory(const PrivateDirectory&) = delete;
     PrivateDirectory& operator=(const PrivateDirectory&) = delete;

@@ -63,7 +63,8 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
 // Why a daemon did not start, in its own words.
 std::string complaint(const std::filesystem::path& log) {
     std::ifstream file(log);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    text.erase(text.find_last_not_of('\n') + 1);
     return "dbus-daemon does not start" + (text.empty() ? "; is it installed?" : ": " + text);
 }
 

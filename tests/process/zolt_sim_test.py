@@ -3,6 +3,7 @@
 
 import os
 import pathlib
+import shutil
 import signal
 import stat
 import subprocess
@@ -90,6 +91,27 @@ class Status(SimTest):
         )
 
 
+    def test_is_125_when_the_place_is_too_deep_for_a_socket(self):
+        deep = str(self.scratch.path / ("d" * 100))
+        os.mkdir(deep)
+        self.scratch.environment["TMPDIR"] = deep
+        self.assert_refused(
+            self.sim("true"),
+            125,
+            f"zolt_sim: TMPDIR is too long: no socket fits below '{deep}/zolt_sim.XXXXXX'\n",
+        )
+
+    def test_is_the_commands_in_the_deepest_place_for_a_socket(self):
+        # The bus's path has 99 bytes, 20 of them for "/zolt_sim.XXXXXX/bus".
+        place = str(self.scratch.path).ljust(79, "d")
+        os.mkdir(place)
+        self.addCleanup(shutil.rmtree, place)
+        self.scratch.environment["TMPDIR"] = place
+        self.assertEqual(self.sim("sh", "-c", "exit 7").returncode, 7)
+        self.scratch.environment["TMPDIR"] += "d"
+        self.assertEqual(self.sim("true").returncode, 125)
+
+
 class Command(SimTest):
     def test_keeps_its_arguments_as_they_are(self):
         done = self.sim("--", "printf", "%s|", "--board", "a b", "", "--", "-x")
@@ -113,6 +135,16 @@ class Command(SimTest):
         self.assertEqual(mode, "700")
         self.assertEqual(os.path.dirname(path), str(self.scratch.path))
         self.assertFalse(os.path.exists(path))
+
+    def test_finds_its_directory_below_a_relative_place_wherever_it_goes(self):
+        self.scratch.environment["TMPDIR"] = "."
+        done = run(
+            SIM, "--", "sh", "-c", f"cd /; {TOOL} -o 1 -p 42",
+            env=self.scratch.environment, cwd=self.scratch.path,
+        )
+        self.assertEqual(done.stdout, "\nPICPWR 42 DSTAT              = 00b\n")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual(self.scratch.left_behind(), [])
 
     def test_runs_with_our_umask_whatever_that_hides(self):
         for umask in ("0022", "0077", "0777"):

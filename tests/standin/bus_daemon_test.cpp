@@ -92,6 +92,7 @@ TEST(BusDaemon, complainsInTheDaemonsWords) {
         const std::string text = error.what();
         EXPECT_TRUE(text.starts_with("dbus-daemon does not start: ")) << text;
         EXPECT_TRUE(text.contains("<nonsense>")) << text;
+        EXPECT_NE(text.back(), '\n');
     }
 }
 
