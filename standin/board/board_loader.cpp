@@ -44,7 +44,7 @@ bool isPathElement(std::string_view text) {
 }
 
 // Where the service publishes a module; one without a type is not published.
-void readObjectPath(TomlTable& module, Slot& slot) {
+void readObjectPath(TomlTable& module, Slot& slot, DescribedOnce& objects) {
     const auto type = module.text("type");
     const auto object = module.text("object");
     if (type.has_value() != object.has_value()) {
@@ -59,12 +59,13 @@ void readObjectPath(TomlTable& module, Slot& slot) {
     if (!isPathElement(*object)) {
         module.place("object").refuse("module: 'object' must be letters, digits and underscores");
     }
+    objects.note(*type + '/' + *object, module.place("object"));
     slot.moduleType = *type;
     slot.objectName = *object;
 }
 
 // A slot's payload and OEM area: the module's, or bytes as they stand.
-void readModuleBytes(TomlTable& table, Slot& slot) {
+void readModuleBytes(TomlTable& table, Slot& slot, DescribedOnce& objects) {
     slot.payload = table.bytes("payload").value_or(Bytes{});
     slot.oemArea = table.bytes("oem_area").value_or(Bytes{});
     if (auto module = table.table("module")) {
@@ -74,7 +75,7 @@ void readModuleBytes(TomlTable& table, Slot& slot) {
         ModuleBytes bytes = readModule(*module);
         slot.payload = std::move(bytes.payload);
         slot.oemArea = std::move(bytes.oemArea);
-        readObjectPath(*module, slot);
+        readObjectPath(*module, slot, objects);
         module->finish();
     }
     if (slot.payload.size() > longestPayload) {
@@ -102,6 +103,7 @@ void placePayload(TomlTable& table, Slot& slot, std::uint32_t& nextOffset) {
 
 void readSlots(TomlTable& root, Board& board) {
     DescribedOnce described("slot");
+    DescribedOnce objects("object");
     std::uint32_t nextOffset = 0;
     root.eachTable("slot", [&](TomlTable& table) {
         Slot slot;
@@ -114,7 +116,7 @@ void readSlots(TomlTable& root, Board& board) {
         slot.astat = table.boolean("astat").value_or(false);
         slot.moduleClassIndex = byteOr0(table, "module_class_index");
         readDslIds(table, slot);
-        readModuleBytes(table, slot);
+        readModuleBytes(table, slot, objects);
         // A module's class is what its payload says, unless the register lies.
         slot.moduleClass =
             static_cast<std::uint8_t>(table.integer("module_class", 0, highestByte)

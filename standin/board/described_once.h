@@ -1,4 +1,4 @@
-// Numbered things of a board description, each of which may be described once.
+// Things of a board description, each of which may be described once.
 #pragma once
 
 #include "standin/board/toml_table.h"
@@ -11,21 +11,23 @@ namespace standin {
 
 class DescribedOnce {
 public:
-    /// @param what  what is numbered, for the messages ("slot")
+    /// @param what  what they are, for the messages ("slot")
     explicit DescribedOnce(std::string what) : what_(std::move(what)) {}
 
-    /// Notes where a number is described. @throw BoardError when it is described already
-    void note(std::int64_t number, const Place& place) {
-        const auto [found, isNew] = lines_.emplace(number, place.line);
+    /// Notes where a thing of that name is described.
+    /// @throw BoardError when it is described already
+    void note(const std::string& name, const Place& place) {
+        const auto [found, isNew] = lines_.emplace(name, place.line);
         if (!isNew) {
-            place.refuse(what_ + ": " + std::to_string(number) + " is described already, at line " +
+            place.refuse(what_ + ": " + name + " is described already, at line " +
                          std::to_string(found->second));
         }
     }
+    void note(std::int64_t number, const Place& place) { note(std::to_string(number), place); }
 
 private:
     std::string what_;
-    std::map<std::int64_t, unsigned> lines_;
+    std::map<std::string, unsigned> lines_;
 };
 
 } // namespace standin

@@ -154,6 +154,10 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
          "b.toml:3: slot: 'payload' has 248 bytes, at most 247 fit"},
         {"[[slot]]\nid = 1\npayload_offset = 24574\npayload = [1, 2]",
          "b.toml:4: slot: 'payload' at offset 24574 runs past the payload block's 24575 bytes"},
+        {"[[slot]]\nid = 1\nmodule = { type = 'bp', object = 'a' }\n"
+         "[[slot]]\nid = 2\nmodule = { type = 'puck', object = 'a' }\n"
+         "[[slot]]\nid = 3\n[slot.module]\ntype = 'bp'\nobject = 'a'",
+         "b.toml:11: object: bp/a is described already, at line 3"},
         // overrides and faults
         {"[override.raw]\nx = 1", "b.toml:2: raw: 'x' is no raw address (0x0000 to 0xFFFF)"},
         {"[override.raw]\n0x10000 = 1",
