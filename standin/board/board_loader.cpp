@@ -8,6 +8,7 @@
 #include "standin/board/module.h"
 #include "standin/board/module_type.h"
 #include "standin/board/number.h"
+#include "standin/board/payload_block.h"
 #include "standin/board/riser_map.h"
 #include "standin/board/service_description.h"
 
@@ -84,27 +85,10 @@ void readModuleBytes(TomlTable& table, Slot& slot, DescribedOnce& objects) {
     }
 }
 
-// Payloads without an offset of their own lie one behind the other, in the order of the file, with
-// a byte between them: what follows a payload is the length of its OEM area.
-void placePayload(TomlTable& table, Slot& slot, std::uint32_t& nextOffset) {
-    const auto offset = table.integer("payload_offset", 0, highestWord);
-    const auto size = static_cast<std::uint32_t>(slot.payload.size() + slot.oemArea.size());
-    const auto start = offset ? static_cast<std::uint32_t>(*offset) : size == 0 ? 0 : nextOffset;
-    if (size != 0 && start + size > payloadRoom) {
-        table.place("payload").refuse("slot: 'payload' at offset " + std::to_string(start) +
-                                      " runs past the payload block's " +
-                                      std::to_string(payloadRoom) + " bytes");
-    }
-    slot.payloadOffset = static_cast<std::uint16_t>(start);
-    if (size != 0) {
-        nextOffset = std::max(nextOffset, start + size + 1);
-    }
-}
-
 void readSlots(TomlTable& root, Board& board) {
     DescribedOnce described("slot");
     DescribedOnce objects("object");
-    std::uint32_t nextOffset = 0;
+    PayloadBlock block;
     root.eachTable("slot", [&](TomlTable& table) {
         Slot slot;
         slot.id = static_cast<std::uint8_t>(table.requiredInteger("id", 1, slotCount));
@@ -121,7 +105,7 @@ void readSlots(TomlTable& root, Board& board) {
         slot.moduleClass =
             static_cast<std::uint8_t>(table.integer("module_class", 0, highestByte)
                                           .value_or(slot.payload.size() > 1 ? slot.payload[1] : 0));
-        placePayload(table, slot, nextOffset);
+        block.place(table, slot);
         board.slots.push_back(std::move(slot));
     });
 }

@@ -71,32 +71,6 @@ EMPTY = []
                                          parseFaultRule("raw-read 0x1000 status 4")}));
 }
 
-TEST(BoardLoader, payloadsWithoutAnOffsetLieOneBehindTheOtherWithAByteBetween) {
-    const Board board = parseBoard(R"(
-[[slot]]
-id = 5
-payload = [1, 2, 3]
-[[slot]]
-id = 6
-[[slot]]
-id = 7
-payload = [4]
-[[slot]]
-id = 8
-payload_offset = 100
-payload = [5, 6]
-[[slot]]
-id = 9
-payload = [7]
-)",
-                                   "b");
-    std::vector<int> offsets;
-    for (const Slot& slot : board.slots) {
-        offsets.push_back(slot.payloadOffset);
-    }
-    EXPECT_EQ(offsets, (std::vector{0, 0, 4, 100, 103}));
-}
-
 std::string repeated(const char* text, int count) {
     std::string all;
     while (count-- > 0) {
@@ -152,8 +126,6 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
          "b.toml:5: slot: 7 is described already, at line 2"},
         {"[[slot]]\nid = 1\npayload = '" + repeated("00 ", 248) + "'",
          "b.toml:3: slot: 'payload' has 248 bytes, at most 247 fit"},
-        {"[[slot]]\nid = 1\npayload_offset = 24574\npayload = [1, 2]",
-         "b.toml:4: slot: 'payload' at offset 24574 runs past the payload block's 24575 bytes"},
         {"[[slot]]\nid = 1\nmodule = { type = 'bp', object = 'a' }\n"
          "[[slot]]\nid = 2\nmodule = { type = 'puck', object = 'a' }\n"
          "[[slot]]\nid = 3\n[slot.module]\ntype = 'bp'\nobject = 'a'",

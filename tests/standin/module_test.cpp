@@ -307,7 +307,7 @@ TEST(Module, standsAloneInItsSlot) {
         {"[[slot]]\nid = 1\noem_area = [1]\n[slot.module]",
          "b.toml:4: slot: has a module, and bytes in its place"},
         {"[[slot]]\nid = 1\npayload_offset = 24560\n[slot.module]",
-         "b.toml:1: slot: 'payload' at offset 24560 runs past the payload block's 24575 bytes"},
+         "b.toml:4: slot: 'module' at offset 24560 runs past the payload block's 24575 bytes"},
     };
     for (const auto& [description, message] : cases) {
         try {
