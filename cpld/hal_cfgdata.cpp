@@ -23,16 +23,15 @@ HAL_cfgdata::~HAL_cfgdata() {
     if (halData_ == nullptr) {
         return;
     }
-    const std::string name = halData_->Name(); // outlives the object it is read from
     if (halData_->IsInterruptCallbackRegistered()) {
         const std::int32_t status = halData_->UnregisterInterruptCallback();
         dlog_printf(logInformation, logModule,
                     "[%s]: UnregisterInterruptCallback for [%s], ret= %d", "~HAL_cfgdata",
-                    name.c_str(), status);
+                    objectName_.c_str(), status);
     }
     delete halData_;
     dlog_printf(logInformation, logModule, "[%s]: Deleted halData for [%s]", "~HAL_cfgdata",
-                name.c_str());
+                objectName_.c_str());
 }
 
 std::int32_t HAL_cfgdata::ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
@@ -40,6 +39,9 @@ std::int32_t HAL_cfgdata::ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_
     // The library may still be loading its configuration at the first ask.
     for (int asks = 0; halData_ == nullptr && asks < 2; ++asks) {
         halData_ = ReadHALConfig(name_);
+        if (halData_ != nullptr) {
+            objectName_ = halData_->Name(); // the release may neither allocate nor ask it later
+        }
     }
     if (halData_ == nullptr) {
         dlog_printf(logError, logModule, "%s.%d.%s: [%s]: ERROR, halData is NULL",

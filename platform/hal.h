@@ -76,4 +76,5 @@ public:
 private:
     std::string name_;
     HAL_cfgbase* halData_ = nullptr;
+    std::string objectName_; ///< the object's own name, for the log behind its end
 };

@@ -4,6 +4,33 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+// Allocations of one size, which no other text of the test has.
+constexpr std::size_t countedSize = 1000;
+std::size_t counted = 0;
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    counted += size == countedSize ? 1 : 0;
+    if (void* const memory = std::malloc(size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
 namespace zolt {
 namespace {
 
@@ -73,6 +100,20 @@ TEST_F(HalCfgdata, takesARegisteredCallbackBackBeforeTheObjectGoes) {
         platform().log,
         (Calls{"5 273 [~HAL_cfgdata]: UnregisterInterruptCallback for [PICPWR_PAYLOADS], ret= -3",
                "5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"}));
+}
+
+TEST_F(HalCfgdata, releaseCopiesNoName) {
+    const std::string longName(countedSize - 1, 'N'); // with its zero, the counted size
+    platform().hal[longName] = {.content = {1}, .callbackRegistered = true};
+    std::size_t before = 0;
+    {
+        HAL_cfgdata handle(longName);
+        EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);
+        before = counted;
+        EXPECT_GT(before, 0U);
+    }
+    EXPECT_EQ(counted, before);
+    EXPECT_EQ(platform().calls.back(), "delete " + longName);
 }
 
 TEST_F(HalCfgdata, handleThatWasNeverReadAsksAndLogsNothing) {
