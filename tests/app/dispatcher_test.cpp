@@ -99,12 +99,17 @@ TEST_F(Dispatcher, failedOperationIsToldOnce) {
          {"_DBYP", "_DPEN", "_APEN", "_ASTAT", "_MOD_CLASS", "_MOD_CLASS_IDX"}) {
         platform().named[std::string("PICPWR_42") + name] = {0};
     }
-    const std::string output = run({.option = 1, .picpwrId = 42});
-    EXPECT_TRUE(
-        output.ends_with("PICPWR 42 Module Class Index = 0\n"
-                         "Unable to read PICPWR payload offset using CPLD raw API, status 5\n"
-                         "Unable to perform the desired operation\n"))
-        << output;
+    EXPECT_EQ(run({.option = 1, .picpwrId = 42}),
+              "\n"
+              "PICPWR 42 DSTAT              = 11b\n"
+              "PICPWR 42 DBYP               = 0\n"
+              "PICPWR 42 DPEN               = 0\n"
+              "PICPWR 42 APEN               = 0\n"
+              "PICPWR 42 ASTAT              = 0\n"
+              "PICPWR 42 Module Class       = 0x00\n"
+              "PICPWR 42 Module Class Index = 0\n"
+              "Unable to read PICPWR payload offset using CPLD raw API, status 5\n"
+              "Unable to perform the desired operation\n");
 }
 
 TEST_F(Dispatcher, exceptionPassesThroughAndIsPrintedByTheGuard) {
