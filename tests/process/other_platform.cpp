@@ -1,6 +1,6 @@
 // Another, tiny implementation of the platform's libraries: no name is known but the DSTAT of each
-// slot, which is 3; a raw register holds the low byte of its address; slot 63 is out of memory; the
-// one PICPWR node has index 7.
+// slot, which is 3; a raw register holds the low byte of its address; slot 63 is out of memory,
+// slot 62 throws what is no std::exception; the one PICPWR node has index 7.
 #include "platform/cpld_driver.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"
@@ -13,6 +13,9 @@
 std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std::uint32_t* size) {
     if (name.starts_with("PICPWR_63_")) {
         throw std::bad_alloc();
+    }
+    if (name.starts_with("PICPWR_62_")) {
+        throw 62;
     }
     if (!name.ends_with("_DSTAT")) {
         return 1;

@@ -200,6 +200,17 @@ Bay ID            = 0
         )
         self.assertEqual((done.stdout, done.returncode), ("Exception : std::bad_alloc\n", 0))
 
+    def test_an_exception_of_another_kind_ends_the_program(self):
+        for arguments in (["-o", "1", "-p", "62"], []):
+            done = run(
+                "sh", "-c", 'ulimit -c 0; exec "$@"', "sh", TOOL, *arguments,
+                input="1\n62\n100\n",
+                env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
+            )
+            # What is not flushed goes down with the program; the menu and the prompt are.
+            self.assertEqual(done.stdout, "" if arguments else MAIN_MENU + ASK_ALL)
+            self.assertEqual(done.returncode, -signal.SIGABRT)
+
     def test_without_a_board_every_read_fails(self):
         done = run(SIM, "env", "-u", "ZOLT_SIM_DIR", TOOL, "-o", "1", "-p", "1")
         self.assertEqual(
