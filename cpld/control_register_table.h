@@ -43,8 +43,7 @@ struct ModuleClass {
 };
 
 constexpr SingleRegister oneCConnector[] = {
-    {"1C_CARD_PRES", RawField::bits(0, 7, 7), //
-     line<"1C Card Presence                  = %d\n">},
+    {"1C_CARD_PRES", RawField::bits(0, 7, 7), line<"1C Card Presence                  = %d\n">},
     {"1C_CONNECTOR_PCARD_PAYLOAD_OFFSET", RawField::word(1),
      line<"1C Connector PCARD Payload Offset = %d\n">},
 };
@@ -75,12 +74,12 @@ constexpr InstanceRegister tulmBehindBackplane[] = {
 };
 
 constexpr InstanceRegister backplane[] = {
-    {"_PWR_POLICY", RawField::bits(0, 7, 6), //
-     line<"Backplane %d Power Policy          = %d\n">, Access::rawOnly},
+    {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"Backplane %d Power Policy          = %d\n">,
+     Access::rawOnly},
     {"_VWIRE_SMBUS_RST", RawField::bits(0, 3, 3),
      line<"Backplane %d SMBus Reset vWire     = %d\n">},
-    {"_VWIRE_BP_RST", RawField::bits(0, 2, 2), //
-     line<"Backplane %d BP Reset Vwire        = %d\n">, Access::rawOnly},
+    {"_VWIRE_BP_RST", RawField::bits(0, 2, 2), line<"Backplane %d BP Reset Vwire        = %d\n">,
+     Access::rawOnly},
     {"_VWIRE_RDY", RawField::bits(0, 1, 1), line<"Backplane %d ready register vWire  = %d\n">},
     {"_VWIRE_DOWNSTREAM_MODE", RawField::bits(0, 0, 0),
      line<"Backplane %d vWire Downstream Mode = %d\n">},
@@ -128,8 +127,8 @@ constexpr InstanceRegister flop[] = {
     {"_FRU_WP", RawField::bits(0, 4, 4), line<"FLOP %d FRU Write Protect = %d\n">},
     {"_OCP_PRES", RawField::bits(0, 0, 0), line<"FLOP %d OCP Presence      = %d\n">},
     {"_UNHIDE", RawField::bits(1, 7, 7), line<"FLOP %d Unhide            = %d\n">},
-    {"_NUM_LINKS", RawField::bits(1, 5, 4), //
-     line<"FLOP %d Number of links   = %d\n">, Access::rawOnly},
+    {"_NUM_LINKS", RawField::bits(1, 5, 4), line<"FLOP %d Number of links   = %d\n">,
+     Access::rawOnly},
     // The card's type shows in the presence pins.
     {"_PRSNTB", RawField::bits(1, 3, 0), line<"FLOP %d Card Type         = %d\n">},
     {"_PICPWR_INDEX", RawField::byte(2), line<"FLOP %d PICPWR Index      = %d\n">},
@@ -142,22 +141,36 @@ constexpr InstanceRegister batteryInterposer[] = {
     {"_PICPWR_INDEX", RawField::byte(1), line<"Battery Interposer %d PICPWR Index     = %d\n">},
 };
 
+constexpr ModuleClass single(std::uint16_t base, std::span<const SingleRegister> registers) {
+    return {.base = base, .registers = registers};
+}
+
+constexpr ModuleClass repeated(std::uint16_t base, std::uint16_t distance, std::uint8_t instances,
+                               std::string_view prefix,
+                               std::span<const InstanceRegister> registers) {
+    return {.base = base,
+            .distance = distance,
+            .instances = instances,
+            .prefix = prefix,
+            .instanceRegisters = registers};
+}
+
 /// All classes; a class's selector is its place here, counted from 1.
 constexpr ModuleClass moduleClasses[] = {
-    {.base = 0x13BE, .registers = oneCConnector},
-    {.base = 0x13C4, .registers = fourCConnector},
-    {0x13CA, 6, 2, "DOWNSTREAM_KARN_", {}, karnBehindFlop},
-    {0x13DC, 6, 2, "DOWNSTREAM_M.2_CARD_", {}, m2CardBehindFlop},
-    {0x13EE, 6, 2, "DOWNSTREAM_TULM_", {}, tulmBehindBackplane},
-    {0x1400, 9, 8, "BP_", {}, backplane},
-    {0x1800, 5, 24, "CEM_RISER_", {}, cemRiser},
-    {0x1A00, 4, 2, "KARN_", {}, karn},
-    {0x1C00, 4, 2, "M.2_INTERPOSER_", {}, m2Interposer},
-    {0x1E00, 4, 2, "RIDA_", {}, rida},
-    {0x2000, 4, 16, "PUCK_", {}, puck},
-    {.base = 0x2200, .registers = remoteFanController},
-    {0x2400, 4, 16, "FLOP_", {}, flop},
-    {0x2600, 4, 2, "BAT_INTRPSR_", {}, batteryInterposer},
+    single(0x13BE, oneCConnector),
+    single(0x13C4, fourCConnector),
+    repeated(0x13CA, 6, 2, "DOWNSTREAM_KARN_", karnBehindFlop),
+    repeated(0x13DC, 6, 2, "DOWNSTREAM_M.2_CARD_", m2CardBehindFlop),
+    repeated(0x13EE, 6, 2, "DOWNSTREAM_TULM_", tulmBehindBackplane),
+    repeated(0x1400, 9, 8, "BP_", backplane),
+    repeated(0x1800, 5, 24, "CEM_RISER_", cemRiser),
+    repeated(0x1A00, 4, 2, "KARN_", karn),
+    repeated(0x1C00, 4, 2, "M.2_INTERPOSER_", m2Interposer),
+    repeated(0x1E00, 4, 2, "RIDA_", rida),
+    repeated(0x2000, 4, 16, "PUCK_", puck),
+    single(0x2200, remoteFanController),
+    repeated(0x2400, 4, 16, "FLOP_", flop),
+    repeated(0x2600, 4, 2, "BAT_INTRPSR_", batteryInterposer),
 };
 
 } // namespace zolt
