@@ -25,37 +25,45 @@ namespace {
 constexpr std::uint8_t anyByte = std::numeric_limits<std::uint8_t>::max();
 constexpr std::uint8_t highestPicpwr = 63;
 
+constexpr bool isZero(std::uint8_t value) {
+    return value == 0;
+}
+
+constexpr bool isNoDeviceType(std::uint8_t value) {
+    return value >= DEVICE_TYPE_NOT_GIVEN;
+}
+
 constexpr Question picpwrOrAll{
     .argument = &OptionArgs::picpwrId,
-    .notGiven = 0,
+    .isMissing = isZero,
     .prompt = [] { write("Enter the PICPWR ID: (Enter 0 for all PICPWRs)"); },
     .highestAnswer = anyByte,
 };
 
 constexpr Question picpwr{
     .argument = &OptionArgs::picpwrId,
-    .notGiven = 0,
+    .isMissing = isZero,
     .prompt = [] { write("Enter the PICPWR ID:"); },
     .highestAnswer = highestPicpwr,
 };
 
 constexpr Question moduleClass{
     .argument = &OptionArgs::moduleSelector,
-    .notGiven = 0,
+    .isMissing = isZero,
     .prompt = printModuleClassMenu,
     .highestAnswer = anyByte,
 };
 
 constexpr Question moduleType{
     .argument = &OptionArgs::moduleSelector,
-    .notGiven = 0,
+    .isMissing = isZero,
     .prompt = printModuleTypeMenu,
     .highestAnswer = anyByte,
 };
 
 constexpr Question deviceType{
     .argument = &OptionArgs::deviceType,
-    .notGiven = DEVICE_TYPE_NOT_GIVEN,
+    .isMissing = isNoDeviceType,
     .prompt = printDeviceTypeMenu,
     .highestAnswer = anyByte,
 };
@@ -101,8 +109,7 @@ constexpr OptionRow rows[] = {
 };
 
 bool isMissing(const Question& question, const OptionArgs& given) {
-    const std::uint8_t value = given.*question.argument;
-    return question.notGiven == 0 ? value == 0 : value >= question.notGiven;
+    return question.isMissing(given.*question.argument);
 }
 
 // False when there is no answer to run with.

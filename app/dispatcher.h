@@ -27,7 +27,7 @@ struct OptionArgs {
 /// What an option asks the operator for when it was not given.
 struct Question {
     std::uint8_t OptionArgs::*argument; ///< the argument that the answer fills
-    std::uint8_t notGiven;              ///< the option asks from this value on (0: at 0 alone)
+    bool (*isMissing)(std::uint8_t);    ///< whether the option asks for it, at this value
     void (*prompt)();                   ///< menu and prompt
     std::uint8_t highestAnswer;         ///< a higher answer is a failure; nothing is run
 };
