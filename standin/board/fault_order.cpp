@@ -3,27 +3,27 @@
 #include "standin/board/cpld_contents.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace standin {
 
 namespace {
 
-bool anyFits(const FaultRule& rule, auto&& names) {
-    return std::ranges::any_of(names, [&](const std::string& name) { return fits(rule, name); });
+template <typename T>
+bool fitsAny(const FaultRule& rule, const std::map<std::string, T>& things) {
+    return std::ranges::any_of(things, [&](const auto& thing) { return fits(rule, thing.first); });
 }
 
 void refuseIdle(const Board& board, const FaultRule& rule) {
     switch (rule.kind) {
     case FaultKind::namedRead:
         // An empty slot and an instance that is not there have their registers too.
-        if (!anyFits(rule, std::views::keys(deriveCpldContents(board).named))) {
+        if (!fitsAny(rule, deriveCpldContents(board).named)) {
             throw FaultRuleError("no register has a name like '" + rule.subject + "'");
         }
         break;
     case FaultKind::halObject:
     case FaultKind::halRead:
-        if (!anyFits(rule, std::views::keys(board.halObjects))) {
+        if (!fitsAny(rule, board.halObjects)) {
             throw FaultRuleError("the HAL has no object '" + rule.subject + "'");
         }
         break;
