@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string_view>
+#include <unistd.h>
 
 namespace standin {
 namespace {
@@ -18,8 +19,8 @@ namespace {
 // is not on the buses would make files in /dev.
 std::string fromEnvironment(const char* name) {
     const char* const value = std::getenv(name);
-    if (value == nullptr) {
-        std::fprintf(stderr, "%s is not set: run this through the build\n", name);
+    if (value == nullptr || access(value, R_OK) != 0) {
+        std::fprintf(stderr, "%s names no file: run this through the build\n", name);
         std::exit(EXIT_FAILURE);
     }
     return value;
@@ -78,12 +79,15 @@ protected:
     RunningBusServer server_{boardWithEeprom()};
 };
 
-// What the probe says when every name gives the same.
-std::string everyName(const std::string& outcome) {
+// What the probe says when every name gives the same; the names that create files may be left out.
+std::string everyName(const std::string& outcome, bool creates = true) {
     std::string text;
-    for (const char* const name :
-         {"open", "open64", "__open", "__open64", "__open_2", "__open64_2", "openat", "openat64",
-          "__openat_2", "__openat64_2", "fopen", "fopen64"}) {
+    for (const char* const name : {"open", "open64", "__open", "__open64", "__open_2", "__open64_2",
+                                   "openat", "openat64", "__openat_2", "__openat64_2", "creat",
+                                   "creat64", "fopen", "fopen64", "freopen", "freopen64"}) {
+        if (!creates && std::string_view(name).starts_with("creat")) {
+            continue;
+        }
         const bool closes = outcome.size() < 5 && std::string_view(name) == "open64";
         text.append(name).append(": ").append(outcome).append(closes ? ", closed on exec\n" : "\n");
     }
@@ -107,7 +111,8 @@ TEST_F(Preload, whatIsNoBusIsLeftAlone) {
     EXPECT_EQ(run(probe() + " /dev/null"), everyName("file"));
     for (const char* const path : {"/dev/i2c-", "/dev/i2c-05", "/dev/i2c-5x", "/dev/i2c--1",
                                    "/dev/i2c-99999999999", "/dev/i2c/5"}) {
-        EXPECT_EQ(run(probe() + " " + path), everyName("No such file or directory"));
+        EXPECT_EQ(run(probe() + " " + path + " create-nothing"),
+                  everyName("No such file or directory", false));
     }
 }
 
@@ -120,6 +125,14 @@ TEST_F(Preload, aNewFileHasTheModeThatItIsCreatedWith) {
 TEST_F(Preload, anOpenBusIsInherited) {
     EXPECT_EQ(run("exec 3<>/dev/i2c-5; " + probe() + " <&3"), "inherited: bus\n[0]");
     EXPECT_EQ(run(probe() + " </dev/null"), "inherited: file\n[0]");
+}
+
+TEST_F(Preload, aBusOfTheMachineIsOutOfReach) {
+    const std::string claim = "LD_PRELOAD=$LD_PRELOAD:" + fromEnvironment("REAL_BUS_CLAIM") + " ";
+    EXPECT_EQ(run(probe() + " /dev/zero"), everyName("file"));
+    EXPECT_EQ(run(claim + probe() + " /dev/zero"), everyName("No such file or directory"));
+    EXPECT_EQ(run(claim + probe() + " </dev/zero"), "inherited: nothing\n[0]");
+    EXPECT_EQ(run(claim + probe() + " </dev/null"), "inherited: file\n[0]");
 }
 
 class I2cTools : public Preload {

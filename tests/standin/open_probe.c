@@ -1,6 +1,7 @@
 // Opens a path by every name that the C library has for it, and says what each gave: "bus" for a
-// descriptor that answers as an I2C bus, "file" for any other, or the error. Without a path it asks
-// the descriptor on standard input, which another program has opened.
+// descriptor that answers as an I2C bus, "file" for any other, "nothing" for one that is to be an
+// I2C bus but has no device, or the error. Without a path it asks the descriptor on standard input,
+// which another program has opened.
 #undef _FILE_OFFSET_BITS
 #undef _FORTIFY_SOURCE
 
@@ -27,7 +28,9 @@ static void tell(const char* name, int descriptor) {
         printf("%s: %s\n", name, strerror(errno));
         return;
     }
-    const char* const kind = ioctl(descriptor, I2C_FUNCS, &functions) == 0 ? "bus" : "file";
+    const char* const kind = ioctl(descriptor, I2C_FUNCS, &functions) == 0 ? "bus"
+                             : errno == ENODEV                             ? "nothing"
+                                                                           : "file";
     const int flags = fcntl(descriptor, F_GETFD);
     printf("%s: %s%s\n", name, kind, (flags & FD_CLOEXEC) != 0 ? ", closed on exec" : "");
     close(descriptor);
@@ -41,7 +44,7 @@ static void tellStream(const char* name, FILE* stream) {
 }
 
 int main(int argc, char* argv[]) {
-    if (argc != 2) {
+    if (argc == 1) {
         tell("inherited", dup(STDIN_FILENO));
         return 0;
     }
@@ -56,7 +59,13 @@ int main(int argc, char* argv[]) {
     tell("openat64", openat64(-1, path, O_RDWR));
     tell("__openat_2", __openat_2(AT_FDCWD, path, O_RDWR));
     tell("__openat64_2", __openat64_2(AT_FDCWD, path, O_RDWR));
+    if (argc == 2) { // otherwise it is a path where a file must not come to be
+        tell("creat", creat(path, 0600));
+        tell("creat64", creat64(path, 0600));
+    }
     tellStream("fopen", fopen(path, "r+"));
     tellStream("fopen64", fopen64(path, "r+e"));
+    tellStream("freopen", freopen(path, "r+", fopen("/dev/null", "r")));
+    tellStream("freopen64", freopen64(path, "r+e", fopen("/dev/null", "r")));
     return 0;
 }
