@@ -326,6 +326,24 @@ TEST_F(DynamicNodes, ALongParentNumberIsCutForTheDeviceAlone) {
     EXPECT_EQ(busDevices().records[0], record({{4, "07 00 00 00 FF FF FF FF"}}));
 }
 
+TEST_F(DynamicNodes, TheBusIsClosedBeforeTheResultIsPrinted) {
+    answerQueries("00 00 00 00", "00 00 00 00");
+    busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 14 00 00 00")});
+    answerQueries("00 00 00 00", "00 00 00 00");
+    busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 14 00 00 00")});
+    const std::string indexNode = "Index Node Status:Node Status: [0] &  Name: [/dev/i2c-20]\n";
+    EXPECT_EQ(outputOf([] { createNodes(24, 3, 5, 0x50); }),
+              indexNode + "Device Node Status: [0] &  Name: [/dev/i2c-20]\n");
+    EXPECT_EQ(busDevices().printed, (std::vector<std::string>{"", indexNode}));
+
+    resetBusDevices();
+    busDevices().answers = {{.result = 1}};
+    const std::string prompts = "Enter Parent Node Num:Enter Target Address:";
+    EXPECT_EQ(outputOf([] { EXPECT_EQ(deleteDeviceNode(), 0); }, "20 50"),
+              prompts + "Device Remove Status: [1] Under Parent Node: [/dev/i2c-20]\n");
+    EXPECT_EQ(busDevices().printed, (std::vector<std::string>{prompts}));
+}
+
 } // namespace
 
 } // namespace zolt::test

@@ -44,6 +44,15 @@ TEST_F(NodeProperties, APropertyIsReadFromItsTarget) {
               controlRecord({{0, "54 45 53 4B 05 00 00 00 1A 00 00 00 07 00 00 00"}}));
 }
 
+TEST_F(NodeProperties, TheBusIsClosedBeforeTheResultIsPrinted) {
+    busDevices().answers = {{.reply = bytesOf("2A 00 00 00")}, {.result = 1}};
+    EXPECT_EQ(reading("5 7 1A", 0), readPrompts + "Property ID: [7] and Property Value: [42]\n");
+    EXPECT_EQ(updating("24 20 3 1A 7 42", 0),
+              updatePrompts +
+                  "Updated Property ID : 7 and value : 42 for node_name [/dev/i2c-20]\n");
+    EXPECT_EQ(busDevices().printed, (std::vector<std::string>{readPrompts, updatePrompts}));
+}
+
 TEST_F(NodeProperties, AValueIsPrintedAsSigned) {
     busDevices().answers = {{.reply = bytesOf("FE FF FF FF")}};
     EXPECT_EQ(reading("5 -7 0", 0), readPrompts + "Property ID: [-7] and Property Value: [-2]\n");

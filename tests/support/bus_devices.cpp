@@ -1,5 +1,7 @@
 #include "tests/support/bus_devices.h"
 
+#include "console/output.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -13,6 +15,7 @@
 #include <sstream>
 #include <string_view>
 #include <sys/types.h>
+#include <unistd.h>
 
 // NOLINTBEGIN(bugprone-reserved-identifier): these names are the linker's.
 extern "C" {
@@ -43,6 +46,16 @@ int openDevice(const std::string& path, int flags) {
         return -1;
     }
     return *descriptors().insert(__real_open("/dev/null", O_RDWR)).first;
+}
+
+// What standard output holds when it is a file.
+std::string printedSoFar() {
+    flush();
+    const off_t size = lseek(STDOUT_FILENO, 0, SEEK_CUR);
+    std::string text(static_cast<std::size_t>(std::max<off_t>(size, 0)), '\0');
+    const ssize_t length = pread(STDOUT_FILENO, text.data(), text.size(), 0);
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    return text;
 }
 
 std::string describe(const i2c_msg& message) {
@@ -154,6 +167,7 @@ int __wrap_close(int descriptor) {
         return __real_close(descriptor);
     }
     zolt::test::busDevices().calls.emplace_back("close");
+    zolt::test::busDevices().printed.push_back(zolt::test::printedSoFar());
     const int result = __real_close(descriptor);
     errno = EBADMSG;
     return result;

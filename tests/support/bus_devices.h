@@ -26,10 +26,11 @@ struct BusDevices {
     std::map<std::string, int> openErrors; ///< errno by path; other paths open
     std::deque<BusAnswer> answers;         ///< by ioctl, in order
 
-    std::vector<std::string> calls; ///< "open PATH FLAGS", "ioctl REQUEST: [ADDRESS FLAGS
-                                    ///< LENGTH]..", "close"
-    std::vector<Bytes> records;     ///< the first message of every ioctl
-    std::vector<Bytes> replyAreas;  ///< what the second message's buffer held before the call
+    std::vector<std::string> calls;   ///< "open PATH FLAGS", "ioctl REQUEST: [ADDRESS FLAGS
+                                      ///< LENGTH]..", "close"
+    std::vector<Bytes> records;       ///< the first message of every ioctl
+    std::vector<Bytes> replyAreas;    ///< what the second message's buffer held before the call
+    std::vector<std::string> printed; ///< what outputOf() had received when a device was closed
 };
 
 /// The devices of the running test; resetBusDevices() empties them.
