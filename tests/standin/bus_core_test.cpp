@@ -213,6 +213,14 @@ TEST_F(BusCoreTest, aTextOfARecordEndsWithinItsField) {
     EXPECT_EQ(send(createNode(3, 0, "SIXTEEN LETTERS!", "")), -EINVAL);
     EXPECT_EQ(send(createNode(3, 0x50, "PUCK", "/dev/i2c-5000000")), -EINVAL);
     EXPECT_EQ(send(createNode(3, 0, "FIFTEEN LETTERS", "")), 2);
+    ASSERT_EQ(busCoreSetProperty(core(), 5, 0, 8, 1), 0);
+    ControlRequest update = updateProperty(0, 8, 2);
+    update.setText(24, "SIXTEEN LETTERS!");
+    EXPECT_EQ(send(update), -EINVAL);
+    EXPECT_EQ(query(5, 0, 8, 1), 2);
+    update.record[24 + 15] = 0;
+    EXPECT_EQ(send(update), 1);
+    EXPECT_EQ(query(5, 0, 8, 2), 2);
 }
 
 TEST_F(BusCoreTest, whatStandsBehindATextIsNotPartOfIt) {

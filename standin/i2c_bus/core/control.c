@@ -27,12 +27,28 @@ static int findProperty(struct BusCore* core, const struct BusCoreBus* bus, uint
     return *property == NULL ? -ENOENT : 0;
 }
 
+// Whether a text field ends within itself; the text is copied with nothing behind its end.
+static bool takeText(char* text, const uint8_t* field) {
+    uint32_t length = 0;
+    memset(text, 0, CONTROL_TEXT_SIZE);
+    while (length < CONTROL_TEXT_SIZE && field[length] != 0) {
+        text[length] = (char)field[length];
+        ++length;
+    }
+    return length < CONTROL_TEXT_SIZE;
+}
+
 static int updateProperty(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
                           uint8_t* reply) {
     struct BusCoreProperty* property = NULL;
-    const int result = findProperty(core, bus, controlNumber(record, UPDATE_TARGET),
-                                    controlNumber(record, UPDATE_PROPERTY), &property);
+    char typeName[CONTROL_TEXT_SIZE];
+    int result = 0;
     (void)reply;
+    if (!takeText(typeName, record + UPDATE_TYPE_NAME)) {
+        return -EINVAL;
+    }
+    result = findProperty(core, bus, controlNumber(record, UPDATE_TARGET),
+                          controlNumber(record, UPDATE_PROPERTY), &property);
     if (result == 0) {
         property->value = controlNumber(record, UPDATE_VALUE);
     }
@@ -48,17 +64,6 @@ static int getProperty(struct BusCore* core, struct BusCoreBus* bus, const uint8
         controlSetNumber(reply, 0, property->value);
     }
     return result;
-}
-
-// Whether a text field ends within itself; the text is copied with nothing behind its end.
-static bool takeText(char* text, const uint8_t* field) {
-    uint32_t length = 0;
-    memset(text, 0, CONTROL_TEXT_SIZE);
-    while (length < CONTROL_TEXT_SIZE && field[length] != 0) {
-        text[length] = (char)field[length];
-        ++length;
-    }
-    return length < CONTROL_TEXT_SIZE;
 }
 
 static void devicePath(char* text, uint32_t number) {
