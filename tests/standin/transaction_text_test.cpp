@@ -28,6 +28,14 @@ TEST(TransactionText, aQueryShowsItsAnswer) {
               "/dev/i2c-5 get-property target=0x00 property=8 -> 2 value=0x44332211");
 }
 
+TEST(TransactionText, theFlagThatAKernelAddsChangesNothing) {
+    ControlRequest request = getProperty(0, 8);
+    request.messages[0].flags = 0x0280;
+    request.messages[1].flags = 0x0201;
+    EXPECT_EQ(textOf(request, 2),
+              "/dev/i2c-5 get-property target=0x00 property=8 -> 2 value=0x00000000");
+}
+
 TEST(TransactionText, aRefusalShowsItsErrorAndNoAnswer) {
     EXPECT_EQ(textOf(getProperty(0xFFFFFFFF, 4294967295), -ENODEV),
               "/dev/i2c-5 get-property target=0xFFFFFFFF property=4294967295 -> -19 ENODEV");

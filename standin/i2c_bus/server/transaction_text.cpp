@@ -144,7 +144,7 @@ std::string strayText(std::span<const Field> fields, const std::uint8_t* record)
 }
 
 bool isMessage(const i2c_msg& message, std::uint32_t flags, std::uint32_t length) {
-    return message.addr == 0 && message.flags == flags && message.len == length;
+    return message.addr == 0 && (message.flags & ~I2C_M_DMA_SAFE) == flags && message.len == length;
 }
 
 // The command that the messages have the shape of, or none.
