@@ -106,7 +106,28 @@ TEST_F(BusCoreTest, noRoomForANodesPropertiesCreatesNothing) {
         ASSERT_EQ(busCoreSetProperty(core(), 5, 0, id, id), 0);
     }
     EXPECT_EQ(send(createNode(1, 0, "PUCK", "")), -ENOSPC);
+    EXPECT_EQ(send(createNode(1, 0x50, "PUCK", "/dev/i2c-5")), -ENOSPC);
     EXPECT_EQ(core()->busCount, 1);
+    EXPECT_EQ(core()->deviceCount, 0);
+}
+
+TEST_F(BusCoreTest, whatNeedsNoRoomForPropertiesIsDoneWithoutIt) {
+    const std::uint32_t node = indexNode(1, "PUCK");
+    for (std::uint32_t id = 100; core()->propertyCount < BUS_CORE_PROPERTIES - 1; ++id) {
+        ASSERT_EQ(busCoreSetProperty(core(), 5, 0, id, id), 0);
+    }
+    ControlRequest again = createNode(1, 0, "PUCK", "");
+    EXPECT_EQ(send(again), 2);
+    EXPECT_EQ(again.replyWord(0), BUS_CORE_NODE_USED);
+    EXPECT_EQ(again.replyWord(4), node);
+    ControlRequest one = createNode(2, 0, "PUCK", "");
+    one.setWord(74, 0xFFFFFFFF);
+    EXPECT_EQ(send(one), 2);
+    ControlRequest none = createNode(3, 0, "PUCK", "");
+    none.setWord(74, 0xFFFFFFFF);
+    none.setWord(30, 0xFFFFFFFF);
+    EXPECT_EQ(send(none), 2);
+    EXPECT_EQ(core()->propertyCount, BUS_CORE_PROPERTIES);
 }
 
 TEST_F(BusCoreTest, propertiesAreToldApartByBusTargetAndId) {

@@ -7,7 +7,6 @@ static const uint32_t unknownValue = 0xFFFFFFFF;
 enum {
     PROPERTY_8 = 8,
     PROPERTY_10 = 10,
-    NODE_PROPERTIES = 2, // both, which every node that is created gets
 };
 
 static int checkTarget(struct BusCore* core, const struct BusCoreBus* bus, uint32_t target) {
@@ -97,6 +96,12 @@ static void answerNode(struct BusCore* core, uint32_t bus, uint32_t target, cons
     controlSetNumber(reply, 4, bus);
 }
 
+static bool hasRoomForProperties(const struct BusCore* core, const uint8_t* record) {
+    const uint32_t wanted = (controlNumber(record, CREATE_PROPERTY_8) != unknownValue ? 1U : 0U) +
+                            (controlNumber(record, CREATE_PROPERTY_10) != unknownValue ? 1U : 0U);
+    return wanted <= BUS_CORE_PROPERTIES - core->propertyCount;
+}
+
 static const struct BusCoreBus* findIndexNode(const struct BusCore* core, uint32_t parent,
                                               uint32_t index, const char* typeName) {
     for (uint32_t i = 0; i < core->busCount; ++i) {
@@ -119,7 +124,8 @@ static int createIndexNode(struct BusCore* core, const struct BusCoreBus* parent
         controlSetNumber(reply, 4, existing->number);
         return 0;
     }
-    if (busCoreAddIndexNode(core, number, parent->number, index, typeName) != 0) {
+    if (!hasRoomForProperties(core, record) ||
+        busCoreAddIndexNode(core, number, parent->number, index, typeName) != 0) {
         return -ENOSPC;
     }
     answerNode(core, number, BUS_CORE_BUS_NODE, record, reply);
@@ -129,8 +135,12 @@ static int createIndexNode(struct BusCore* core, const struct BusCoreBus* parent
 static int createDeviceNode(struct BusCore* core, const struct BusCoreBus* bus,
                             const char* typeName, const uint8_t* record, uint8_t* reply) {
     const uint32_t target = controlNumber(record, CREATE_TARGET);
-    const int result = busCoreAddDeviceNode(core, bus->number, target,
-                                            controlNumber(record, CREATE_INDEX), typeName);
+    int result = 0;
+    if (!hasRoomForProperties(core, record)) {
+        return -ENOSPC;
+    }
+    result = busCoreAddDeviceNode(core, bus->number, target, controlNumber(record, CREATE_INDEX),
+                                  typeName);
     if (result == 0) {
         answerNode(core, bus->number, target, record, reply);
     }
@@ -150,9 +160,6 @@ static int createNode(struct BusCore* core, struct BusCoreBus* bus, const uint8_
         !takeText(path, record + CREATE_DEVICE_PATH) ||
         memcmp(path, expected, CONTROL_TEXT_SIZE) != 0) {
         return -EINVAL;
-    }
-    if (core->propertyCount > BUS_CORE_PROPERTIES - NODE_PROPERTIES) {
-        return -ENOSPC;
     }
     return isIndexNode ? createIndexNode(core, bus, typeName, record, reply)
                        : createDeviceNode(core, bus, typeName, record, reply);
