@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace sdbusplus::test {
 
@@ -48,6 +49,49 @@ void serve(int socket, sd_bus_message_handler_t answer) {
     sd_bus_close_unref(raw);
 }
 
+// A signal as it is on the wire, with every number of its head in big endian.
+class BigEndianSignal {
+public:
+    BigEndianSignal(std::string_view signature, std::initializer_list<std::uint8_t> body) {
+        bytes_ = {'B', 4, 0, 1}; // byte order, signal, no flags, version of the protocol
+        number(body.size());
+        number(1); // serial
+        const std::size_t sizeOfFields = bytes_.size();
+        number(0);
+        field(1, 'o', "/");
+        field(2, 's', "a.b");
+        field(3, 's', "C");
+        field(8, 'g', signature);
+        bytes_[sizeOfFields + 3] = static_cast<std::uint8_t>(bytes_.size() - sizeOfFields - 4);
+        align();
+        bytes_.insert(bytes_.end(), body);
+    }
+
+    [[nodiscard]] const std::vector<std::uint8_t>& bytes() const { return bytes_; }
+
+private:
+    void align() { bytes_.resize((bytes_.size() + 7) / 8 * 8); }
+
+    // No number of these messages needs more than a byte.
+    void number(std::size_t value) {
+        bytes_.insert(bytes_.end(), {0, 0, 0, static_cast<std::uint8_t>(value)});
+    }
+
+    void field(std::uint8_t code, char type, std::string_view text) {
+        align();
+        bytes_.insert(bytes_.end(), {code, 1, static_cast<std::uint8_t>(type), 0});
+        if (type == 'g') {
+            bytes_.push_back(static_cast<std::uint8_t>(text.size()));
+        } else {
+            number(text.size());
+        }
+        bytes_.insert(bytes_.end(), text.begin(), text.end());
+        bytes_.push_back(0);
+    }
+
+    std::vector<std::uint8_t> bytes_;
+};
+
 } // namespace
 
 message_t received(const Fill& fill) {
@@ -60,6 +104,27 @@ message_t received(const Fill& fill) {
     require(sd_bus_message_seal(message, 1, 0));
     require(sd_bus_message_rewind(message, 1));
     ::close(far);
+    return {message, std::false_type()};
+}
+
+message_t receivedBigEndian(std::string_view signature, std::initializer_list<std::uint8_t> body) {
+    const auto [near, far] = socketPair();
+    sd_bus* receiver = connected(near, false);
+    const bus_t receiverEnd(receiver, std::false_type());
+    sd_bus* sender = connected(far, true);
+    const bus_t senderEnd(sender, std::false_type());
+    while (sd_bus_is_ready(receiver) == 0 || sd_bus_is_ready(sender) == 0) {
+        require(sd_bus_process(receiver, nullptr));
+        require(sd_bus_process(sender, nullptr));
+    }
+    // The two have agreed to talk; sd-bus itself would send in this machine's order.
+    const BigEndianSignal signal(signature, body);
+    const auto size = static_cast<ssize_t>(signal.bytes().size());
+    require(write(far, signal.bytes().data(), signal.bytes().size()) == size ? 0 : -1);
+    sd_bus_message* message = nullptr;
+    while (message == nullptr) {
+        require(sd_bus_process(receiver, &message));
+    }
     return {message, std::false_type()};
 }
 

@@ -3,8 +3,11 @@
 
 #include "sdbusplus/bus.hpp"
 
+#include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -15,6 +18,11 @@ using Fill = std::function<int(sd_bus_message*)>;
 
 /// A finished message with the contents that @p fill gives it, at its start for reading.
 [[nodiscard]] message_t received(const Fill& fill);
+
+/// A message as it comes from a machine of the other byte order, at its start for reading.
+/// @param body its contents as they are on the wire, of @p signature
+[[nodiscard]] message_t receivedBigEndian(std::string_view signature,
+                                          std::initializer_list<std::uint8_t> body);
 
 /// A connection whose other end answers every call in a thread of its own.
 class Peer {

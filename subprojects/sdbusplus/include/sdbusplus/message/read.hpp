@@ -85,6 +85,8 @@ void readArray(sd_bus_message* message, const char* element, ReadElement readEle
     checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container array");
 }
 
+// Numbers too come one by one: sd-bus hands an array out as it stands in the message only when the
+// sender is of this machine's byte order.
 template <typename Element, typename Allocator>
 struct Reader<std::vector<Element, Allocator>> {
     static void read(sd_bus_message* message, std::vector<Element, Allocator>& values) {
@@ -93,19 +95,6 @@ struct Reader<std::vector<Element, Allocator>> {
             readValue(message, value);
             values.push_back(std::move(value));
         });
-    }
-};
-
-// Numbers of a fixed width stand in the message as they stand in memory.
-template <Number Element, typename Allocator>
-struct Reader<std::vector<Element, Allocator>> {
-    static void read(sd_bus_message* message, std::vector<Element, Allocator>& values) {
-        const void* bytes = nullptr;
-        std::size_t size = 0;
-        checked(sd_bus_message_read_array(message, types::code<Element>, &bytes, &size),
-                "sd_bus_message_read_array vector");
-        const auto* first = static_cast<const Element*>(bytes);
-        values.insert(values.end(), first, first + size / sizeof(Element));
     }
 };
 
