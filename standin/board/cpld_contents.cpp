@@ -37,18 +37,9 @@ void nameFields(const Slot& slot, CpldContents& contents) {
                                          static_cast<std::uint8_t>(slot.payloadOffset >> 8)};
 }
 
-void place(const Bytes& bytes, std::uint32_t address, CpldContents& contents) {
-    std::ranges::copy(bytes, contents.raw.begin() + address);
-}
-
 void placeSlot(const Slot& slot, CpldContents& contents) {
     const auto block = encodeBlock(slot);
     std::ranges::copy(block, contents.raw.begin() + slotBlockStart + slotBlockSize * (slot.id - 1));
-    place(slot.payload, payloadBlockStart + payloadIndexOfOffset0 + slot.payloadOffset, contents);
-    place(slot.oemArea,
-          static_cast<std::uint32_t>(payloadBlockStart + payloadIndexOfOffset0 +
-                                     slot.payloadOffset + slot.payload.size()),
-          contents);
     nameFields(slot, contents);
 }
 
@@ -60,6 +51,18 @@ void placeRiserMap(const Bytes& blob, CpldContents& contents) {
 
 } // namespace
 
+Bytes payloadBlock(const Board& board) {
+    Bytes block(payloadBlockSize);
+    for (const Slot& slot : board.slots) {
+        // A slot without a payload may have its offset anywhere.
+        if (!slot.payload.empty() || !slot.oemArea.empty()) {
+            const auto start = block.begin() + payloadIndexOfOffset0 + slot.payloadOffset;
+            std::ranges::copy(slot.oemArea, std::ranges::copy(slot.payload, start).out);
+        }
+    }
+    return block;
+}
+
 CpldContents deriveCpldContents(const Board& board) {
     CpldContents contents;
     for (std::uint8_t id = 1; id <= slotCount; ++id) {
@@ -68,6 +71,7 @@ CpldContents deriveCpldContents(const Board& board) {
     for (const Slot& slot : board.slots) {
         placeSlot(slot, contents);
     }
+    std::ranges::copy(payloadBlock(board), contents.raw.begin() + payloadBlockStart);
     for (const ControlRegister& control : board.controlRegisters) {
         contents.named[control.name] = control.value;
     }

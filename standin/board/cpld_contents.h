@@ -15,6 +15,9 @@ struct CpldContents {
     Bytes raw = Bytes(rawAddressCount); ///< every register, by raw address
 };
 
+/// The payload block as the modules fill it, before anything is overridden.
+[[nodiscard]] Bytes payloadBlock(const Board& board);
+
 /// One description of a slot yields both its named registers and its raw bytes; overrides come
 /// last and touch only what they name.
 [[nodiscard]] CpldContents deriveCpldContents(const Board& board);

@@ -13,7 +13,6 @@ namespace {
 constexpr std::size_t headerSize = 13;
 constexpr std::size_t mostEndPoints = 31;
 constexpr std::size_t backplaneSize = 7;
-constexpr std::size_t lengthUnit = 8;
 constexpr std::size_t longestOemArea = 255;
 
 constexpr BitField headerFields[] = {
@@ -133,8 +132,8 @@ Bytes readPayload(TomlTable& table) {
         readEndPoints(table, payload);
     }
     // In whole units, the checksum last.
-    const std::size_t units = payload.size() / lengthUnit + 1;
-    payload.resize(units * lengthUnit - 1);
+    const std::size_t units = payload.size() / payloadSizeUnit + 1;
+    payload.resize(units * payloadSizeUnit - 1);
     lengthField.encode(static_cast<std::uint32_t>(units), payload);
     readFields(table, {&lengthField, 1}, payload);
     readFields(table, {&countField, 1}, payload);

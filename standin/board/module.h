@@ -12,6 +12,7 @@
 #include "standin/board/bytes.h"
 #include "standin/board/toml_table.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace standin {
@@ -20,6 +21,8 @@ namespace standin {
 constexpr std::uint8_t puckDeviceClass = 0x1A;
 constexpr std::uint8_t rfcDeviceClass = 0x1B;
 constexpr std::uint8_t backplaneDeviceClass = 0x2A;
+
+constexpr std::size_t payloadSizeUnit = 8; ///< bytes in which a payload gives its length
 
 /// What a module carries.
 struct ModuleBytes {

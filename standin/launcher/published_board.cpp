@@ -1,5 +1,7 @@
 #include "standin/launcher/published_board.h"
 
+#include "standin/board/cpld_contents.h"
+#include "standin/board/module.h"
 #include "standin/board/module_type.h"
 #include "standin/board/service_description.h"
 
@@ -11,31 +13,45 @@ namespace standin {
 
 namespace {
 
-// Payload bytes by offset; a payload that is too short has zeros there.
+// A module's payload, by offset from its first byte on.
 class PayloadView {
 public:
-    explicit PayloadView(std::span<const std::uint8_t> payload) : payload_(payload) {}
+    PayloadView(const Bytes& block, const Slot& slot)
+        : bytes_(std::span(block).subspan(payloadIndexOfOffset0 + slot.payloadOffset)),
+          size_(slot.payload.size()) {}
 
-    [[nodiscard]] int byte(std::size_t at) const { return at < payload_.size() ? payload_[at] : 0; }
+    [[nodiscard]] int byte(std::size_t at) const { return at < bytes_.size() ? bytes_[at] : 0; }
     [[nodiscard]] int bigEndian(std::size_t at) const { return byte(at) << 8 | byte(at + 1); }
-    [[nodiscard]] int last() const { return payload_.empty() ? 0 : payload_.back(); }
 
-    // An end point that does not lie before the checksum is not there: zeros.
+    // Where the payload itself has it, whatever lies there; a payload of no length has none.
+    [[nodiscard]] int checksum() const {
+        switch (byte(1)) {
+        case puckDeviceClass:
+        case rfcDeviceClass:
+            return byte(headerOnlySize - 1);
+        default:
+            return byte(2) == 0 ? 0 : byte(payloadSizeUnit * static_cast<std::size_t>(byte(2)) - 1);
+        }
+    }
+
+    // An end point that does not lie before the payload's last byte is not there: zeros.
     [[nodiscard]] Value endPoint(std::size_t at) const {
         Value::List bytes(endPointSize, Value(0));
-        if (at + endPointSize < payload_.size()) {
-            std::ranges::transform(payload_.subspan(at, endPointSize), bytes.begin(),
+        if (at + endPointSize < size_) {
+            std::ranges::transform(bytes_.subspan(at, endPointSize), bytes.begin(),
                                    [](std::uint8_t value) { return Value(int{value}); });
         }
         return bytes;
     }
 
 private:
-    std::span<const std::uint8_t> payload_;
+    static constexpr std::size_t headerOnlySize = 2 * payloadSizeUnit;
+
+    std::span<const std::uint8_t> bytes_; // to the end of the payload block
+    std::size_t size_;
 };
 
-std::vector<Property> propertiesOf(const ModuleType& type, const Bytes& bytes) {
-    const PayloadView payload(bytes);
+std::vector<Property> propertiesOf(const ModuleType& type, const PayloadView& payload) {
     std::vector<Property> properties{
         {"PayloadFrmtVer", "y", payload.byte(0)},    {"DeviceClass", "y", payload.byte(1)},
         {"StaticPaylodSize", "y", payload.byte(2)},  {"DeviceId", "q", payload.bigEndian(4)},
@@ -48,11 +64,12 @@ std::vector<Property> propertiesOf(const ModuleType& type, const Bytes& bytes) {
         properties.push_back({"EndPoint" + std::to_string(i), "(yyyyyy)",
                               payload.endPoint(start + endPointSize * i)});
     }
-    properties.push_back({"checksum", "y", payload.last()});
+    properties.push_back({"checksum", "y", payload.checksum()});
     return properties;
 }
 
 void publishModules(const Board& board, ServiceModel& model) {
+    const Bytes block = payloadBlock(board);
     for (const ModuleType& type : moduleTypes) {
         const std::string manager = std::string(servicePathPrefix).append(type.name);
         model.managers.push_back(manager);
@@ -61,7 +78,7 @@ void publishModules(const Board& board, ServiceModel& model) {
                 model.interfaces.push_back(
                     {manager + "/" + slot.objectName,
                      std::string(serviceInterfacePrefix).append(type.interface),
-                     propertiesOf(type, slot.payload)});
+                     propertiesOf(type, PayloadView(block, slot))});
             }
         }
     }

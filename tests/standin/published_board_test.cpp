@@ -89,6 +89,52 @@ TEST(PublishedBoard, backplaneHasSixteenEndPointsBehindItsDescriptor) {
     EXPECT_NE(lines.find("EndPoint15 (yyyyyy) [0 0 0 0 0 0]\nchecksum y "), std::string::npos);
 }
 
+// In the payload block behind the payload: 8, 1, 9, 6, 1, 2, 3, 43 and the OEM area's checksum.
+TEST(PublishedBoard, checksumIsWhereThePayloadSaysThatItEnds) {
+    struct {
+        std::string type;
+        int deviceClass;
+        std::string interface;
+        int units;
+        int checksum;
+    } const cases[] = {
+        {"riser", 0x11, "cemCIR", 0, 0},
+        {"riser", 0x11, "cemCIR", 1, 11},
+        {"riser", 0x11, "cemCIR", 2, 119},
+        {"riser", 0x11, "cemCIR", 3, 43},
+        {"riser", 0x11, "cemCIR", 255, 0},
+        {"bp", 0x2A, "backplaneCIR", 3, 119},
+        {"bp", 0x2A, "backplaneCIR", 4, 43},
+        // A payload that is its header alone has its checksum in byte 15.
+        {"puck", 0x1A, "puckCIR", 0, 119},
+        {"puck", 0x1A, "puckCIR", 3, 119},
+        {"rfc", 0x1B, "rfcCIR", 1, 119},
+        {"rfc", 0x1B, "rfcCIR", 255, 119},
+    };
+    for (const auto& each : cases) {
+        const std::string lines = published(
+            publish(module(each.type, each.deviceClass) +
+                    "checksum = 119\nstatic_payload_size = " + std::to_string(each.units) +
+                    "\n[[slot.module.oem]]\ntype = 9\ndata = [1, 2, 3, 43]\n"),
+            each.type + "/one", each.interface);
+        EXPECT_TRUE(lines.ends_with("\nchecksum y " + std::to_string(each.checksum) + "\n"))
+            << each.type << " of " << each.units << " units:\n"
+            << lines;
+    }
+}
+
+TEST(PublishedBoard, checksumBehindThePayloadBlockIsZero) {
+    for (const auto& [units, checksum] : {std::pair(2, 119), std::pair(3, 0)}) {
+        const std::string lines =
+            published(publish("[[slot]]\nid = 7\npayload_offset = 24559\n[slot.module]\n"
+                              "type = 'flop'\nobject = 'one'\nchecksum = 119\n"
+                              "static_payload_size = " +
+                              std::to_string(units)),
+                      "flop/one", "cemCIR");
+        EXPECT_TRUE(lines.ends_with("\nchecksum y " + std::to_string(checksum) + "\n")) << lines;
+    }
+}
+
 TEST(PublishedBoard, everyTypeHasAManager) {
     std::vector<std::string> expected;
     for (const char* const type : {"bp", "puck", "rfc", "riser", "ftulm", "karnRaid", "karnNonRaid",
