@@ -10,7 +10,6 @@
 #include <functional>
 #include <pty.h>
 #include <string>
-#include <sys/resource.h>
 #include <termios.h>
 #include <thread>
 #include <unistd.h>
@@ -213,25 +212,6 @@ TEST(StandardOutput, aSignalInTheMiddleLosesNothing) {
         EXPECT_TRUE(read == text) << mode;
     }
     sigaction(SIGUSR1, &before, nullptr);
-}
-
-TEST(StandardOutput, whatCannotBeWaitedForIsGivenUp) {
-    const Pipe pipe;
-    const StandsIn standsIn(pipe.ends[1]);
-    StandardOutput output;
-    output.write("gone\n");
-    fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK);
-    const std::string full(static_cast<std::size_t>(fcntl(pipe.ends[1], F_GETPIPE_SZ)), 'x');
-    ASSERT_EQ(write(pipe.ends[1], full.data(), full.size()), static_cast<ssize_t>(full.size()));
-    rlimit before{};
-    getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none); // poll wants no more descriptors than there may be
-    output.flush();
-    setrlimit(RLIMIT_NOFILE, &before);
-    EXPECT_TRUE(readNow(pipe.ends[0]) == full);
-    output.flush();
-    EXPECT_EQ(readNow(pipe.ends[0]), "");
 }
 
 TEST(StandardOutput, nobodyToReadIsNotAFailure) {
