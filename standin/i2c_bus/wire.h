@@ -4,7 +4,9 @@
 // ends run on one machine, so numbers are in its byte order. A request begins with WireRequest, a
 // reply with WireReply. What follows:
 //
-//   WIRE_OPEN         first, and once: argument is the bus number
+//   WIRE_OPEN         once, and before what follows: argument is the bus number
+//   WIRE_LOOK         only before it is open: whether it is there, with the same argument
+//   WIRE_NUMBER       the result is the number of the open bus
 //   WIRE_TRANSFER     argument is the message count; that many WireMessage, then the bytes of all
 //                     write messages in order. The reply holds the bytes of all read messages.
 //   WIRE_SLAVE        argument is the address of later SMBus requests; refused when a device node
@@ -25,6 +27,8 @@ enum WireKind {
     WIRE_SLAVE = 3,
     WIRE_SLAVE_FORCE = 4,
     WIRE_SMBUS = 5,
+    WIRE_LOOK = 6,
+    WIRE_NUMBER = 7,
 };
 
 struct WireRequest {

@@ -72,6 +72,23 @@ TEST_F(Connection, opensFirstAndOnce) {
     EXPECT_EQ(answer(request(WIRE_OPEN, 5)), std::nullopt);
 }
 
+TEST_F(Connection, aLookOpensNothing) {
+    const BusCoreFault busy{
+        .bus = 8, .operation = BUS_CORE_OPEN, .anySelector = true, .selector = 0, .error = EBUSY};
+    ASSERT_EQ(busCoreAddFault(&state_.core(), &busy), 0);
+    EXPECT_EQ(answer(request(WIRE_LOOK, 5)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_LOOK, 6)), reply(-ENOENT));
+    EXPECT_EQ(answer(request(WIRE_LOOK, 8)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_NUMBER, 0)), std::nullopt);
+    open();
+    EXPECT_EQ(answer(request(WIRE_LOOK, 5)), std::nullopt);
+}
+
+TEST_F(Connection, anOpenBusKnowsItsNumber) {
+    open();
+    EXPECT_EQ(answer(request(WIRE_NUMBER, 0)), reply(5));
+}
+
 TEST_F(Connection, aTransferReadsAndWrites) {
     open();
     EXPECT_EQ(answer(transfer({{0x50, 0, 1}, {0x50, I2C_M_RD, 2}}, {1})), reply(2, {11, 12}));
@@ -115,7 +132,7 @@ TEST_F(Connection, aTransferHasBounds) {
 
 TEST_F(Connection, unknownRequestsEndIt) {
     open();
-    for (const std::uint32_t kind : {0U, 6U, 0xFFFFFFFFU}) {
+    for (const std::uint32_t kind : {0U, 8U, 0xFFFFFFFFU}) {
         EXPECT_EQ(answer(request(kind, 0)), std::nullopt);
     }
     Bytes longer = request(WIRE_SLAVE, 0x50);
@@ -165,7 +182,7 @@ TEST_F(Connection, nothingThatItIsSentHarmsIt) {
         Bytes received;
         Bytes first = request(WIRE_OPEN, 5);
         ASSERT_TRUE(fresh.answer(first, received));
-        Bytes bytes = request(below(7), below(50));
+        Bytes bytes = request(below(9), below(50));
         for (std::uint32_t rest = below(300); rest > 0; --rest) {
             bytes.push_back(below(3) == 0 ? static_cast<std::uint8_t>(random()) : 0);
         }

@@ -94,6 +94,21 @@ std::string everyName(const std::string& outcome, bool creates = true) {
     return text + "[0]";
 }
 
+// What the probe that looks says when every name gives the same; access may be left out.
+std::string everyLook(const std::string& outcome, const char* access = nullptr) {
+    std::string text;
+    for (const char* const name :
+         {"stat", "stat64", "lstat", "lstat64", "fstatat", "fstatat64", "statx"}) {
+        text.append(name).append(": ").append(outcome).append("\n");
+    }
+    if (access != nullptr) {
+        for (const char* const name : {"access", "eaccess", "euidaccess", "faccessat"}) {
+            text.append(name).append(":").append(access).append("\n");
+        }
+    }
+    return text + "[0]";
+}
+
 TEST_F(Preload, everyWayToOpenABusGivesOne) {
     EXPECT_EQ(run(probe() + " /dev/i2c-5"), everyName("bus"));
 }
@@ -133,6 +148,23 @@ TEST_F(Preload, aBusOfTheMachineIsOutOfReach) {
     EXPECT_EQ(run(claim + probe() + " /dev/zero"), everyName("No such file or directory"));
     EXPECT_EQ(run(claim + probe() + " </dev/zero"), "inherited: nothing\n[0]");
     EXPECT_EQ(run(claim + probe() + " </dev/null"), "inherited: file\n[0]");
+    const std::string look = fromEnvironment("STATUS_PROBE") + " /dev/zero | grep -v access";
+    EXPECT_EQ(run(look), everyLook("20666 1:5"));
+    EXPECT_EQ(run(claim + look), everyLook("No such file or directory"));
+}
+
+TEST_F(Preload, aBusLooksLikeACharacterDevice) {
+    const std::string look = fromEnvironment("STATUS_PROBE");
+    EXPECT_EQ(run(look + " /dev/i2c-5"), everyLook("20660 89:5", " there usable"));
+    EXPECT_EQ(run(look + " /dev/i2c-6"), everyLook("20660 89:6", " there usable"));
+    EXPECT_EQ(run(look + " /dev/i2c-7"), everyLook("No such file or directory", ""));
+    EXPECT_EQ(run(look + " /dev/null"), everyLook("20666 1:3", " there usable"));
+    EXPECT_EQ(run(look + " <>/dev/i2c-5"), "fstat: 20660 89:5\nfstat64: 20660 89:5\n"
+                                           "fstatat: 20660 89:5\nstatx: 20660 89:5\n[0]");
+    EXPECT_EQ(run(look + " </dev/null"), "fstat: 20666 1:3\nfstat64: 20666 1:3\n"
+                                         "fstatat: 20666 1:3\nstatx: 20666 1:3\n[0]");
+    EXPECT_EQ(run("test -c /dev/i2c-5 && test -w /dev/i2c-5 && ls -l /dev/i2c-5 | cut -c1-10"),
+              "crw-rw----\n[0]");
 }
 
 class I2cTools : public Preload {

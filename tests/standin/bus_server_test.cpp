@@ -72,6 +72,21 @@ TEST_F(BusServerTest, theServerDecidesWhatOpens) {
     EXPECT_EQ(errno, ENOENT);
 }
 
+TEST_F(BusServerTest, aBusIsThereEvenIfItIsRefused) {
+    errno = 7;
+    EXPECT_TRUE(busIsThere(5));
+    EXPECT_TRUE(busIsThere(6));
+    EXPECT_FALSE(busIsThere(7));
+    const Descriptor bus(busOpen(5, true));
+    EXPECT_EQ(busOf(bus.number()), 5);
+    EXPECT_EQ(busOf(STDIN_FILENO), -1);
+    EXPECT_EQ(busOf(-1), -1);
+    server_.stop();
+    EXPECT_FALSE(busIsThere(5));
+    EXPECT_EQ(busOf(bus.number()), -1);
+    EXPECT_EQ(errno, 7);
+}
+
 TEST_F(BusServerTest, withoutAServerNothingOpens) {
     unsetenv(WIRE_ENVIRONMENT);
     EXPECT_EQ(busOpen(5, true), -1);

@@ -98,13 +98,14 @@ static int ask(int descriptor, uint32_t kind, uint32_t argument) {
     return exchange(descriptor, &sent, 1, &received, 1);
 }
 
-int busOpen(uint32_t bus, bool closeOnExec) {
+// A connection that has asked for a bus, and got it.
+static int connectAndAsk(uint32_t kind, uint32_t bus, int flags) {
     static const int room = WIRE_LONGEST;
     struct sockaddr_un address;
     if (!serverAddress(&address)) {
         return failed(ENOENT);
     }
-    const int descriptor = socket(AF_UNIX, SOCK_SEQPACKET | (closeOnExec ? SOCK_CLOEXEC : 0), 0);
+    const int descriptor = socket(AF_UNIX, SOCK_SEQPACKET | flags, 0);
     if (descriptor < 0) {
         return -1;
     }
@@ -112,13 +113,27 @@ int busOpen(uint32_t bus, bool closeOnExec) {
     // The longest transfer is more than a socket takes of itself.
     if (setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &room, sizeof(room)) == 0 &&
         connect(descriptor, (const struct sockaddr*)&address, sizeof(address)) == 0) {
-        if (ask(descriptor, WIRE_OPEN, bus) == 0) {
+        if (ask(descriptor, kind, bus) == 0) {
             return descriptor;
         }
         error = errno;
     }
     close(descriptor);
     return failed(error);
+}
+
+int busOpen(uint32_t bus, bool closeOnExec) {
+    return connectAndAsk(WIRE_OPEN, bus, closeOnExec ? SOCK_CLOEXEC : 0);
+}
+
+bool busIsThere(uint32_t bus) {
+    const int before = errno;
+    const int descriptor = connectAndAsk(WIRE_LOOK, bus, SOCK_CLOEXEC);
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+    errno = before;
+    return descriptor >= 0;
 }
 
 bool busIsOpen(int descriptor) {
@@ -132,6 +147,13 @@ bool busIsOpen(int descriptor) {
                         strncmp(peer.sun_path, server.sun_path, sizeof(peer.sun_path)) == 0;
     errno = before;
     return isOurs;
+}
+
+long busOf(int descriptor) {
+    const int before = errno;
+    const long bus = busIsOpen(descriptor) ? ask(descriptor, WIRE_NUMBER, 0) : -1;
+    errno = before;
+    return bus;
 }
 
 static int transfer(int descriptor, const struct i2c_rdwr_ioctl_data* given) {

@@ -12,8 +12,15 @@ extern "C" {
 // the server decides; ENOENT when the environment names none, ENXIO when it does not answer.
 int busOpen(uint32_t bus, bool closeOnExec);
 
+// Whether the server has such a bus, be it one that it refuses to open. Leaves errno as it is.
+bool busIsThere(uint32_t bus);
+
 // Whether a descriptor is one of busOpen(). Leaves errno as it is.
 bool busIsOpen(int descriptor);
+
+// The number of the bus that a descriptor of busOpen() stands for; -1 for any other descriptor.
+// Leaves errno as it is.
+long busOf(int descriptor);
 
 // An ioctl of the I2C range on such a descriptor, with the results of the kernel's I2C devices.
 // Threads may share a descriptor; processes that do must take turns.

@@ -9,18 +9,17 @@
 #include <unistd.h>
 
 enum {
-    I2C_DEVICE_MAJOR = 89,
     LONGEST_BUS_NUMBER = 9, // digits
 };
 
 long busNumber(const char* path) {
     static const char prefix[] = "/dev/i2c-";
-    const char* const digits = path + sizeof(prefix) - 1;
     long number = 0;
     size_t length = 0;
-    if (strncmp(path, prefix, sizeof(prefix) - 1) != 0) {
+    if (path == NULL || strncmp(path, prefix, sizeof(prefix) - 1) != 0) {
         return -1;
     }
+    const char* const digits = path + sizeof(prefix) - 1;
     for (; digits[length] >= '0' && digits[length] <= '9'; ++length) {
         if (length == LONGEST_BUS_NUMBER) {
             return -1;

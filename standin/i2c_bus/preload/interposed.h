@@ -14,7 +14,9 @@
 
 #define EXPORTED __attribute__((visibility("default")))
 
-// The N of "/dev/i2c-N", which has no zero in front; -1 for any other path.
+enum { I2C_DEVICE_MAJOR = 89 };
+
+// The N of "/dev/i2c-N", which has no zero in front; -1 for any other path, or none.
 long busNumber(const char* path);
 
 // Whether a descriptor is an I2C device of this machine.

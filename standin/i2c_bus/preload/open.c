@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 static int openAt(int directory, const char* path, int flags, mode_t mode) {
-    const long bus = path == NULL ? -1 : busNumber(path);
+    const long bus = busNumber(path);
     if (bus >= 0) {
         return busOpen((uint32_t)bus, (flags & O_CLOEXEC) != 0);
     }

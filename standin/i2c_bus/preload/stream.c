@@ -43,7 +43,7 @@ static FILE* openStream(const char* path, const char* mode, Fopen real) {
 
 // The C library opens something harmless in the stream, whose place the bus takes.
 static FILE* reopenStream(const char* path, const char* mode, FILE* stream, Freopen real) {
-    const long bus = path == NULL ? -1 : busNumber(path);
+    const long bus = busNumber(path);
     if (bus < 0) {
         return withoutRealBus(real(path, mode, stream));
     }

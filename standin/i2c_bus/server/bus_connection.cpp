@@ -59,8 +59,8 @@ bool place(std::span<i2c_msg> messages, std::span<std::uint8_t> written, Bytes& 
 bool BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
     std::span<const std::uint8_t> rest = request;
     const auto head = take<WireRequest>(rest);
-    // The first request opens the bus, and none but the first.
-    if (!head || (head->kind == WIRE_OPEN) == bus_.has_value()) {
+    const bool opens = head && (head->kind == WIRE_OPEN || head->kind == WIRE_LOOK);
+    if (!head || opens == bus_.has_value()) {
         return false;
     }
     reply.assign(sizeof(WireReply), 0);
@@ -74,6 +74,14 @@ bool BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
         break;
     case WIRE_OPEN:
         result = rest.empty() ? std::optional(open(head->argument)) : std::nullopt;
+        break;
+    case WIRE_LOOK: // a bus that is refused is there, too
+        if (rest.empty()) {
+            result = busCoreOpen(core_, head->argument) == -ENOENT ? -ENOENT : 0;
+        }
+        break;
+    case WIRE_NUMBER:
+        result = rest.empty() ? std::optional(static_cast<int>(*bus_)) : std::nullopt;
         break;
     case WIRE_SLAVE:
     case WIRE_SLAVE_FORCE:

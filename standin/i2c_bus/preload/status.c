@@ -1,0 +1,155 @@
+// Shows the I2C buses of the stand-in to a command that looks before it opens, as the character
+// devices that they would be. No bus of the machine is to be seen.
+
+#undef _FILE_OFFSET_BITS // the names below are not to be those of their 64-bit twins
+#undef _FORTIFY_SOURCE
+
+#include "standin/i2c_bus/preload/bus_client.h"
+#include "standin/i2c_bus/preload/interposed.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+enum {
+    NO_BUS = -1,
+    MISSING_BUS = -2,
+    BUS_MODE = S_IFCHR | 0660,
+};
+
+// A device of every machine. What is said of it goes for a bus, too, but for mode and number.
+static const char example[] = "/dev/null";
+
+static int failed(int error) {
+    errno = error;
+    return -1;
+}
+
+// The number of a bus that is there, or one of the above.
+static long busAt(int directory, const char* path, int flags) {
+    if (path == NULL || (path[0] == '\0' && (flags & AT_EMPTY_PATH) != 0)) {
+        return busOf(directory);
+    }
+    const long bus = busNumber(path);
+    return bus < 0 || busIsThere((uint32_t)bus) ? bus : MISSING_BUS;
+}
+
+// Makes what was found out about the example hold for the bus; refuses to show one of the machine.
+static int show(long bus, mode_t* mode, dev_t* device) {
+    if (bus >= 0) {
+        *mode = BUS_MODE;
+        *device = makedev(I2C_DEVICE_MAJOR, (unsigned)bus);
+    } else if (S_ISCHR(*mode) && major(*device) == I2C_DEVICE_MAJOR) {
+        return failed(ENOENT);
+    }
+    return 0;
+}
+
+// The functions for one of the two layouts.
+#define DEFINE_STATS(type, suffix)                                                                 \
+    static int statAt##suffix(int directory, const char* path, type* status, int flags) {          \
+        static int (*real)(int, const char*, type*, int);                                          \
+        const long bus = busAt(directory, path, flags);                                            \
+        if (bus == MISSING_BUS) {                                                                  \
+            return failed(ENOENT);                                                                 \
+        }                                                                                          \
+        if (!realFunction((void**)&real, "fstatat" #suffix)) {                                     \
+            return failed(ENOSYS);                                                                 \
+        }                                                                                          \
+        return (bus < 0 ? real(directory, path, status, flags)                                     \
+                        : real(AT_FDCWD, example, status, 0)) == 0                                 \
+                   ? show(bus, &status->st_mode, &status->st_rdev)                                 \
+                   : -1;                                                                           \
+    }                                                                                              \
+    EXPORTED int stat##suffix(const char* path, type* status);                                     \
+    int stat##suffix(const char* path, type* status) {                                             \
+        return statAt##suffix(AT_FDCWD, path, status, 0);                                          \
+    }                                                                                              \
+    EXPORTED int lstat##suffix(const char* path, type* status);                                    \
+    int lstat##suffix(const char* path, type* status) {                                            \
+        return statAt##suffix(AT_FDCWD, path, status, AT_SYMLINK_NOFOLLOW);                        \
+    }                                                                                              \
+    EXPORTED int fstat##suffix(int descriptor, type* status);                                      \
+    int fstat##suffix(int descriptor, type* status) {                                              \
+        return statAt##suffix(descriptor, "", status, AT_EMPTY_PATH);                              \
+    }                                                                                              \
+    EXPORTED int fstatat##suffix(int directory, const char* path, type* status, int flags);        \
+    int fstatat##suffix(int directory, const char* path, type* status, int flags) {                \
+        return statAt##suffix(directory, path, status, flags);                                     \
+    }
+
+DEFINE_STATS(struct stat, )
+DEFINE_STATS(struct stat64, 64)
+
+EXPORTED int statx(int directory, const char* path, int flags, unsigned mask, struct statx* status);
+int statx(int directory, const char* path, int flags, unsigned mask, struct statx* status) {
+    const long bus = busAt(directory, path, flags);
+    if (bus == MISSING_BUS) {
+        return failed(ENOENT);
+    }
+    const long result = bus < 0 ? syscall(SYS_statx, directory, path, flags, mask, status)
+                                : syscall(SYS_statx, AT_FDCWD, example, 0, mask, status);
+    if (result != 0) {
+        return -1;
+    }
+    mode_t mode = status->stx_mode;
+    dev_t device = makedev(status->stx_rdev_major, status->stx_rdev_minor);
+    const int shown = show(bus, &mode, &device);
+    status->stx_mode = (uint16_t)mode;
+    status->stx_rdev_major = major(device);
+    status->stx_rdev_minor = minor(device);
+    return shown;
+}
+
+static int accessBus(long bus, int mode) {
+    if (!busIsThere((uint32_t)bus)) {
+        return failed(ENOENT);
+    }
+    return (mode & X_OK) != 0 ? failed(EACCES) : 0;
+}
+
+#define DEFINE_ACCESS(name)                                                                        \
+    EXPORTED int name(const char* path, int mode);                                                 \
+    int name(const char* path, int mode) {                                                         \
+        static int (*real)(const char*, int);                                                      \
+        const long bus = busNumber(path);                                                          \
+        if (bus >= 0) {                                                                            \
+            return accessBus(bus, mode);                                                           \
+        }                                                                                          \
+        return realFunction((void**)&real, #name) ? real(path, mode) : failed(ENOSYS);             \
+    }
+
+DEFINE_ACCESS(access)
+DEFINE_ACCESS(eaccess)
+DEFINE_ACCESS(euidaccess)
+
+// A long listing asks for access lists by these.
+#define DEFINE_GETXATTR(name)                                                                      \
+    EXPORTED ssize_t name(const char* path, const char* attribute, void* value, size_t size);      \
+    ssize_t name(const char* path, const char* attribute, void* value, size_t size) {              \
+        static ssize_t (*real)(const char*, const char*, void*, size_t);                           \
+        const long bus = busAt(-1, path, 0);                                                       \
+        if (bus == MISSING_BUS) {                                                                  \
+            return failed(ENOENT);                                                                 \
+        }                                                                                          \
+        return realFunction((void**)&real, #name)                                                  \
+                   ? real(bus < 0 ? path : example, attribute, value, size)                        \
+                   : failed(ENOSYS);                                                               \
+    }
+
+DEFINE_GETXATTR(getxattr)
+DEFINE_GETXATTR(lgetxattr)
+
+EXPORTED int faccessat(int directory, const char* path, int mode, int flags);
+int faccessat(int directory, const char* path, int mode, int flags) {
+    static int (*real)(int, const char*, int, int);
+    const long bus = busNumber(path);
+    if (bus >= 0) {
+        return accessBus(bus, mode);
+    }
+    return realFunction((void**)&real, "faccessat") ? real(directory, path, mode, flags)
+                                                    : failed(ENOSYS);
+}
