@@ -131,6 +131,23 @@ TEST_F(Preload, whatIsNoBusIsLeftAlone) {
     }
 }
 
+TEST_F(Preload, aBusIsNeitherADirectoryNorNew) {
+    const auto reading = [](int bus) {
+        return "dd if=/dev/i2c-" + std::to_string(bus) + " iflag=directory count=0 status=none";
+    };
+    const auto creating = [](int bus) {
+        return "dd of=/dev/i2c-" + std::to_string(bus) + " conv=excl count=0 status=none";
+    };
+    for (const int bus : {5, 6}) { // whether it opens or not
+        const std::string failure = "dd: failed to open '/dev/i2c-" + std::to_string(bus) + "': ";
+        EXPECT_EQ(run(reading(bus)), failure + "Not a directory\n[1]");
+        EXPECT_EQ(run(creating(bus)), failure + "File exists\n[1]");
+    }
+    const std::string failure = "dd: failed to open '/dev/i2c-7': No such file or directory\n[1]";
+    EXPECT_EQ(run(reading(7)), failure);
+    EXPECT_EQ(run(creating(7)), failure);
+}
+
 TEST_F(Preload, aNewFileHasTheModeThatItIsCreatedWith) {
     EXPECT_EQ(run("cd $(mktemp -d) && umask 027 && : > new && stat -c %a new && rm new && "
                   "rmdir $PWD"),

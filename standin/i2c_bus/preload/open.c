@@ -14,9 +14,23 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+// What a path that names something is refused for before it is opened; 0 when it is not.
+static int refusalOf(int flags) {
+    const int creatingOnly = O_CREAT | O_EXCL;
+    if ((flags & creatingOnly) == creatingOnly) {
+        return EEXIST;
+    }
+    return (flags & O_DIRECTORY) != 0 ? ENOTDIR : 0;
+}
+
 static int openAt(int directory, const char* path, int flags, mode_t mode) {
     const long bus = busNumber(path);
     if (bus >= 0) {
+        const int refusal = refusalOf(flags);
+        if (refusal != 0 && busIsThere((uint32_t)bus)) {
+            errno = refusal;
+            return -1;
+        }
         return busOpen((uint32_t)bus, (flags & O_CLOEXEC) != 0);
     }
     const int descriptor = (int)syscall(SYS_openat, directory, path, flags, mode);
