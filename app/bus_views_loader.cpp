@@ -4,17 +4,24 @@
 
 #include <dlfcn.h>
 #include <stdexcept>
+#include <string>
 
 namespace zolt {
 
 namespace {
+
+[[noreturn]] void refuseLibrary() {
+    const char* const reason = dlerror();
+    // The loader takes an object without an address for no error.
+    throw std::runtime_error(reason == nullptr ? std::string(busViewsLibrary) : reason);
+}
 
 const BusViews& loadBusViews() {
     // Stays loaded until the tool ends.
     void* const library = dlopen(busViewsLibrary, RTLD_NOW);
     const void* const object = library == nullptr ? nullptr : dlsym(library, busViewsObject);
     if (object == nullptr) {
-        throw std::runtime_error(dlerror());
+        refuseLibrary();
     }
     return *static_cast<const BusViews*>(object);
 }

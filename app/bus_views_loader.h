@@ -7,7 +7,8 @@ namespace zolt {
 
 /// Loads the library of the bus views, once. What was printed so far is handed out: the views print
 /// for themselves.
-/// @throws std::runtime_error with the loader's text when there is no such library.
+/// @throws std::runtime_error with the loader's text when the library is not there, or is of no
+/// use; the next call tries again.
 [[nodiscard]] const BusViews& busViews();
 
 } // namespace zolt

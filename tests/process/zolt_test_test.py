@@ -255,6 +255,28 @@ Bay ID            = 0
             MAIN_MENU + complaint + MAIN_MENU + MODULE_TYPES + complaint + MAIN_MENU,
         )
 
+    def test_a_tool_with_unusable_bus_views_says_so_and_goes_on(self):
+        scratch = Scratch()
+        self.addCleanup(scratch.close)
+        library = scratch.path / "zolt_bus_views.so"
+        environment = dict(os.environ, LD_LIBRARY_PATH=f"{scratch.path}:{OTHER_PLATFORM}")
+        for contents, problem in (
+            (b"", f"{library}: file too short"),
+            (b"no library, though long enough for its head" * 100,
+             f"{library}: invalid ELF header"),
+            (pathlib.Path(OTHER_PLATFORM, "libdlog.so.1").read_bytes(),
+             f"{library}: undefined symbol: zoltBusViews"),
+            # To the loader that is no failure, so it has no text for it.
+            (pathlib.Path(os.environ["VIEWS_OF_NOTHING"]).read_bytes(), "zolt_bus_views.so"),
+        ):
+            library.write_bytes(contents)
+            done = run(TOOL, input="11\n12\n2\n100\n", env=environment)
+            complaint = f"Exception : {problem}\n"
+            self.assertEqual(
+                done.stdout,
+                MAIN_MENU + complaint + MAIN_MENU + MODULE_TYPES + complaint + MAIN_MENU,
+            )
+
     def test_registers_open_no_socket_and_no_device(self):
         # The kernel's own account of the process. A leak checker cannot run beside strace.
         done = run(
