@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import select
 import subprocess
 import tempfile
 
@@ -30,6 +31,30 @@ ZOLT Test Tool
  15 : Perform Bus Recovery
 100 : Exit \nEnter option :"""
 
+MODULE_TYPES = """ 1 : Backplane
+ 2 : PUCK
+ 3 : RFC
+ 4 : Riser
+ 5 : FTULM
+ 6 : KARN_RAID
+ 7 : KARN_NON_RAID
+ 8 : RIDA
+ 9 : FLOP
+10 : Battery interposer
+11 : Battery
+Enter the module type :
+"""
+
+INFO = """PrintZoltInfoProperties: \nProperty Name  = FRUreadComplete
+Property Value = 1
+Property Name  = SlotMappingComplete
+Property Value = 1
+
+"""
+
+# The build's sanitizers, if it has any.
+SANITIZED = os.environ["SANITIZERS"] != "none"
+
 TIMEOUT_SECONDS = 60
 
 
@@ -38,6 +63,45 @@ def run(*command, **options):
     options.setdefault("timeout", TIMEOUT_SECONDS)
     options.setdefault("input", "")
     return subprocess.run(command, capture_output=True, text=True, check=False, **options)
+
+
+class Session:
+    """A dialogue with a command, of which a test expects every byte."""
+
+    def __init__(self, test, *command):
+        self._test = test
+        self.process = subprocess.Popen(
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE
+        )
+        test.addCleanup(self.process.stderr.close)
+        test.addCleanup(self.process.stdout.close)
+        test.addCleanup(self.process.wait)
+        test.addCleanup(self.process.kill)
+
+    def told(self):
+        """The next line on standard error."""
+        return self.process.stderr.readline().decode().rstrip("\n")
+
+    def expect(self, text):
+        """Waits until as much has been printed."""
+        got = b""
+        while len(got) < len(text):
+            ready, _, _ = select.select([self.process.stdout], [], [], TIMEOUT_SECONDS)
+            self._test.assertTrue(ready, f"silent after {got!r}")
+            more = os.read(self.process.stdout.fileno(), len(text) - len(got))
+            if not more:
+                break
+            got += more
+        self._test.assertEqual(got.decode(), text)
+
+    def type(self, text):
+        self.process.stdin.write(text.encode())
+        self.process.stdin.flush()
+
+    def ends_with(self, text):
+        """Waits for the end, which is a good one."""
+        output, _ = self.process.communicate(timeout=TIMEOUT_SECONDS)
+        self._test.assertEqual((output.decode(), self.process.returncode), (text, 0))
 
 
 class Scratch:

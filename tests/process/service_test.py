@@ -4,7 +4,7 @@
 import json
 import os
 import pathlib
-import subprocess
+import resource
 import sys
 import unittest
 
@@ -13,7 +13,17 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
 from cir_report import report, shown_properties  # noqa: E402
-from programs import MAIN_MENU, SIM, TIMEOUT_SECONDS, TOOL, Scratch, run  # noqa: E402
+from programs import (  # noqa: E402
+    INFO,
+    MAIN_MENU,
+    MODULE_TYPES,
+    SANITIZED,
+    SIM,
+    Scratch,
+    Session,
+    TOOL,
+    run,
+)
 
 SERVICE = "com.tesk.bmc.zolt"
 PREFIX = "/com/tesk/bmc/zolt/"
@@ -264,6 +274,33 @@ class DemoBoard(unittest.TestCase):
             )
 
 
+@unittest.skipIf(SANITIZED, "a sanitizer needs address space of its own")
+class Memory(ServiceTest):
+    ROOM = 4 << 20  # for the reply, and not for the objects that are made of it
+
+    def test_that_runs_out_in_a_view_ends_the_option_only(self):
+        board = "".join(
+            f'[[service.object]]\npath = "riser/r{i}"\ninterface = "cemCIR"\n'
+            "[service.object.properties]\na = true\nb = true\nc = true\nd = true\n"
+            for i in range(10_000)
+        )
+        session = Session(
+            self, SIM, "--board", self.scratch.file("board.toml", board), "--",
+            "sh", "-c", 'echo $$ >&2; exec "$1"', "sh", TOOL,
+        )
+        tool = int(session.told())
+        session.expect(MAIN_MENU)
+        session.type("11\n")
+        session.expect(INFO + MAIN_MENU)
+        used = int(pathlib.Path(f"/proc/{tool}/statm").read_text().split()[0])
+        most = used * resource.getpagesize() + self.ROOM
+        resource.prlimit(tool, resource.RLIMIT_AS, (most, most))
+        session.type("12\n4\n11\n100\n")
+        session.ends_with(
+            MODULE_TYPES + "Exception : std::bad_alloc\n" + MAIN_MENU + INFO + MAIN_MENU
+        )
+
+
 class BusThatComesBack(ServiceTest):
     def test_serves_the_next_operation(self):
         # The first operation finds no bus at the tool's address; before the second one the bus of
@@ -273,32 +310,20 @@ class BusThatComesBack(ServiceTest):
             f'path="${{DBUS_SYSTEM_BUS_ADDRESS#unix:path=}}"; path="${{path%%,*}}"; '
             f'echo "$path" >&2; export DBUS_SYSTEM_BUS_ADDRESS=unix:path={address}; exec "$@"'
         )
-        process = subprocess.Popen(
-            [SIM, "--board", self.scratch.file("board.toml", BOARD), "--",
-             "sh", "-c", script, "sh", TOOL],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+        session = Session(
+            self, SIM, "--board", self.scratch.file("board.toml", BOARD), "--",
+            "sh", "-c", script, "sh", TOOL,
         )
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.stderr.close)
-        socket = process.stderr.readline().strip()
-        refused = (
+        socket = session.told()
+        session.expect(MAIN_MENU)
+        session.type("11\n")
+        session.expect(
             "PrintZoltInfoProperties: catch error: sd_bus_message_new_method_call: "
-            "System.Error.ENOTCONN: Transport endpoint is not connected\n\n"
+            "System.Error.ENOTCONN: Transport endpoint is not connected\n\n" + MAIN_MENU
         )
-        process.stdin.write("11\n")
-        process.stdin.flush()
-        expected = MAIN_MENU + refused + MAIN_MENU
-        self.assertEqual(process.stdout.read(len(expected)), expected)
         os.symlink(socket, address)
-        output, _ = process.communicate("11\n100\n", timeout=TIMEOUT_SECONDS)
-        self.assertEqual(
-            output,
-            "PrintZoltInfoProperties: \n"
-            "Property Name  = FRUreadComplete\nProperty Value = 1\n"
-            "Property Name  = SlotMappingComplete\nProperty Value = 1\n\n" + MAIN_MENU,
-        )
+        session.type("11\n100\n")
+        session.ends_with(INFO + MAIN_MENU)
 
 
 if __name__ == "__main__":

@@ -3,7 +3,6 @@
 
 import os
 import pathlib
-import select
 import shutil
 import signal
 import subprocess
@@ -16,9 +15,11 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import tap  # noqa: E402
 from programs import (  # noqa: E402
     MAIN_MENU,
+    MODULE_TYPES,
     OTHER_PLATFORM,
     SIM,
     Scratch,
+    Session,
     TIMEOUT_SECONDS,
     TOOL,
     run,
@@ -26,52 +27,19 @@ from programs import (  # noqa: E402
 
 ASK_ALL = "Enter the PICPWR ID: (Enter 0 for all PICPWRs)"
 SLOT_42 = "\nPICPWR 42 DSTAT              = 00b\n"
-MODULE_TYPES = """ 1 : Backplane
- 2 : PUCK
- 3 : RFC
- 4 : Riser
- 5 : FTULM
- 6 : KARN_RAID
- 7 : KARN_NON_RAID
- 8 : RIDA
- 9 : FLOP
-10 : Battery interposer
-11 : Battery
-Enter the module type :
-"""
 NO_BUS = "unix:path=/nonexistent/bus"
 
 
 class Dialogue(unittest.TestCase):
     def test_prompts_come_before_the_tool_waits(self):
-        process = subprocess.Popen(
-            [SIM, "--", TOOL], stdin=subprocess.PIPE, stdout=subprocess.PIPE
-        )
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-
-        def expect(text):
-            got = b""
-            while len(got) < len(text):
-                ready, _, _ = select.select([process.stdout], [], [], TIMEOUT_SECONDS)
-                self.assertTrue(ready, f"silent after {got!r}")
-                got += os.read(process.stdout.fileno(), len(text) - len(got))
-            self.assertEqual(got.decode(), text)
-
-        def answer(text):
-            process.stdin.write(text)
-            process.stdin.flush()
-
-        expect(MAIN_MENU)
-        answer(b"1\n")
-        expect(ASK_ALL)
-        answer(b"42\n")
-        expect(SLOT_42 + MAIN_MENU)
-        answer(b"100\n")
-        self.assertEqual(process.stdout.read(), b"")
-        process.stdin.close()
-        self.assertEqual(process.wait(TIMEOUT_SECONDS), 0)
+        session = Session(self, SIM, "--", TOOL)
+        session.expect(MAIN_MENU)
+        session.type("1\n")
+        session.expect(ASK_ALL)
+        session.type("42\n")
+        session.expect(SLOT_42 + MAIN_MENU)
+        session.type("100\n")
+        session.ends_with("")
 
     def test_the_end_of_input_repeats_the_last_option_until_nobody_reads(self):
         process = subprocess.Popen(

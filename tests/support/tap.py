@@ -19,6 +19,11 @@ class TapResult(unittest.TestResult):
     def addSuccess(self, test):
         self._line("ok", test)
 
+    def addSkip(self, test, reason):
+        super().addSkip(test, reason)
+        self.number += 1
+        print(f"ok {self.number} - {test.id().removeprefix('__main__.')} # SKIP {reason}")
+
     def addFailure(self, test, err):
         super().addFailure(test, err)
         self._line("not ok", test, self.failures[-1][1])
