@@ -1,0 +1,71 @@
+#!/usr/bin/env python3
+"""The programs as they are installed: they find what belongs to them wherever the tree stands."""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+
+import tap  # noqa: E402
+from programs import INFO, SANITIZED, Scratch, run  # noqa: E402
+
+
+class Installed(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = Scratch()
+        cls.addClassCleanup(cls.scratch.close)
+        cls.root = cls.scratch.path / "root"
+        subprocess.run(
+            [os.environ["MESON"], "install", "--no-rebuild", "--quiet",
+             "-C", os.environ["BUILD_DIRECTORY"], "--destdir", str(cls.root)],
+            check=True, stdout=subprocess.DEVNULL,
+        )
+        cls.sim, cls.tool = map(cls.only, ("zolt_sim", "zolt_test"))
+
+    @classmethod
+    def only(cls, name):
+        (path,) = (
+            path for path in cls.root.rglob(name) if path.is_file() and os.access(path, os.X_OK)
+        )
+        return path
+
+    def environment(self, **more):
+        environment = dict(os.environ, **more)
+        environment.pop("LD_LIBRARY_PATH", None)  # of the build
+        if SANITIZED:
+            # It is the sanitizer's library that loads the views then, which has not the tool's way.
+            environment["LD_LIBRARY_PATH"] = str(self.only("zolt_bus_views.so").parent)
+        return environment
+
+    def test_tool_asks_the_bus_of_the_installed_board(self):
+        done = run(self.sim, "--", self.tool, "-o", "11", env=self.environment())
+        self.assertEqual((done.stdout, done.stderr, done.returncode), (INFO, "", 0))
+
+    def test_tool_reads_the_registers_of_the_installed_board(self):
+        done = run(self.sim, "--", self.tool, "-o", "1", "-p", "42", env=self.environment())
+        self.assertEqual(
+            (done.stdout, done.stderr), ("\nPICPWR 42 DSTAT              = 00b\n", "")
+        )
+
+    def test_tree_needs_nothing_of_the_build(self):
+        done = run(
+            self.sim, "--", self.tool, "-o", "11", env=self.environment(LD_DEBUG="files")
+        )
+        loaded = set(re.findall(r"calling init: (/.*/(?:lib)?(zolt_bus_views|hal|cpld|dlog|sysinfo|"
+                                r"zolt_sim_i2c)\.so.*)", done.stderr))
+        self.assertEqual(
+            {name for _, name in loaded},
+            {"zolt_bus_views", "hal", "cpld", "dlog", "sysinfo", "zolt_sim_i2c"},
+        )
+        for path, _ in loaded:
+            self.assertTrue(pathlib.Path(path).is_relative_to(self.root), path)
+
+
+if __name__ == "__main__":
+    tap.main()
