@@ -25,6 +25,7 @@ namespace zolt {
 
 /// Decodes header, end points or backplane description, and checksum, which is not verified. The
 /// listing ends where the bytes do.
+/// @param take  is handed the fields in the order in which they print.
 void decodeCirPayload(std::span<const std::uint8_t> payload, TakeField take);
 
 } // namespace zolt

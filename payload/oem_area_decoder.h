@@ -19,6 +19,7 @@ namespace zolt {
 
 /// Decodes an area that is not empty, with its checksum, which is not verified. The listing ends
 /// where the bytes do; the checksum of an area that is cut short is not among them.
+/// @param take  is handed the fields in the order in which they print.
 void decodeOemArea(std::span<const std::uint8_t> area, TakeField take);
 
 } // namespace zolt

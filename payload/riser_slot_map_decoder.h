@@ -31,6 +31,7 @@ namespace zolt {
 
 /// Decodes configuration, records and checksum, which is not verified. The listing ends where the
 /// bytes do.
+/// @param take  is handed the fields in the order in which they print.
 void decodeRiserSlotMap(std::span<const std::uint8_t> blob, TakeField take);
 
 } // namespace zolt
