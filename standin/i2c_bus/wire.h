@@ -2,7 +2,8 @@
 //
 // One connection is one open /dev/i2c-N. Each request is one datagram, and so is each reply; both
 // ends run on one machine, so numbers are in its byte order. A request begins with WireRequest, a
-// reply with WireReply. What follows:
+// reply with WireReply, which bears the request's ticket: several processes may share a connection,
+// and one that ends before its reply has come leaves it to the next. What follows:
 //
 //   WIRE_OPEN         once, and before what follows: argument is the bus number
 //   WIRE_LOOK         only before it is open: whether it is there, with the same argument
@@ -12,8 +13,10 @@
 //   WIRE_SLAVE        argument is the address of later SMBus requests; refused when a device node
 //   WIRE_SLAVE_FORCE  has it, unless forced
 //   WIRE_SMBUS        WireSmbus; the reply holds its data
+//   WIRE_READ         argument is a count; the reply holds as many bytes from that address
+//   WIRE_WRITE        the bytes for that address
 //
-// A reply that tells of a failure holds nothing else.
+// A reply that tells of a failure holds nothing else. What is no request is answered with EPROTO.
 #pragma once
 
 #include <stdint.h>
@@ -29,15 +32,19 @@ enum WireKind {
     WIRE_SMBUS = 5,
     WIRE_LOOK = 6,
     WIRE_NUMBER = 7,
+    WIRE_READ = 8,
+    WIRE_WRITE = 9,
 };
 
 struct WireRequest {
     uint32_t kind;
     uint32_t argument;
+    uint32_t ticket; ///< no two requests of a connection share one
 };
 
 struct WireReply {
-    int32_t result; ///< of open or ioctl; a failure is a negative errno
+    int32_t result; ///< of the call; a failure is a negative errno
+    uint32_t ticket;
 };
 
 struct WireMessage {

@@ -184,6 +184,21 @@ TEST_F(Preload, aBusLooksLikeACharacterDevice) {
               "crw-rw----\n[0]");
 }
 
+TEST_F(Preload, aFileOfABusReadsAndWritesADevice) {
+    const std::string transfer = fromEnvironment("TRANSFER_PROBE") + " /dev/i2c-5 ";
+    EXPECT_EQ(run(transfer + "0x50"),
+              "write: 1 \nread: 6 EEPROM\nwrite: 6 \nwrite: 1 \n__read_chk: 5 OTHER\n[0]");
+    const std::string failure = ": No such device or address\n";
+    EXPECT_EQ(run(transfer + "0x51"), "write" + failure + "read" + failure + "write" + failure +
+                                          "write" + failure + "__read_chk" + failure + "[0]");
+    EXPECT_EQ(run("cat /dev/i2c-5"), "cat: /dev/i2c-5" + failure + "[1]");
+}
+
+TEST_F(Preload, aStreamOfABusWaitsForNothing) {
+    const std::string reason = "/dev/i2c-5: Resource temporarily unavailable\n";
+    EXPECT_EQ(run("sort /dev/i2c-5"), "sort: read failed: " + reason + "[2]");
+}
+
 class I2cTools : public Preload {
 protected:
     void SetUp() override {

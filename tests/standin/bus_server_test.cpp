@@ -6,8 +6,10 @@
 #include "tests/standin/control_request.h"
 #include "tests/standin/running_bus_server.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <linux/i2c-dev.h>
@@ -286,10 +288,6 @@ bool isDropped(const Descriptor& client) {
 TEST_F(BusServerTest, aClientOfNoMannersIsDroppedAlone) {
     const Descriptor bus(busOpen(5, true));
     const Descriptor silent = rawClient();
-    const Descriptor rude = rawClient();
-    EXPECT_EQ(send(rude.number(), "x", 1, 0), 1);
-    EXPECT_TRUE(isDropped(rude));
-
     const Descriptor large = rawClient();
     const int room = 400000;
     setsockopt(large.number(), SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
@@ -305,15 +303,62 @@ TEST_F(BusServerTest, aClientOfNoMannersIsDroppedAlone) {
 TEST_F(BusServerTest, aClientThatTakesNoRepliesIsDroppedAlone) {
     const Descriptor bus(busOpen(5, true));
     const Descriptor deaf = rawClient();
-    const WireRequest open{WIRE_OPEN, 5};
+    const WireRequest open{.kind = WIRE_OPEN, .argument = 5, .ticket = 0};
     EXPECT_EQ(send(deaf.number(), &open, sizeof open, 0), sizeof open);
-    const WireRequest slave{WIRE_SLAVE, 0x50};
+    const WireRequest slave{.kind = WIRE_SLAVE, .argument = 0x50, .ticket = 0};
     // It goes on until the server hangs up; the test's own limit is the time.
     while (send(deaf.number(), &slave, sizeof slave, MSG_NOSIGNAL) > 0) {
     }
     EXPECT_TRUE(errno == EPIPE || errno == ECONNRESET) << errno;
     ControlRequest request = getProperty(0, 8);
     EXPECT_EQ(rdwr(bus.number(), request), 2);
+}
+
+TEST_F(BusServerTest, whatIsLeftOfAnotherProcessDisturbsNobody) {
+    const Descriptor bus(busOpen(5, true));
+    const WireRequest number{.kind = WIRE_NUMBER, .argument = 0, .ticket = 1};
+    EXPECT_EQ(send(bus.number(), &number, sizeof number, 0), sizeof number); // and ends there
+    EXPECT_EQ(::write(bus.number(), "x\n", 2), 2);                           // as a file
+    ControlRequest request = getProperty(0, 8);
+    EXPECT_EQ(rdwr(bus.number(), request), 2);
+    EXPECT_EQ(request.replyWord(0), 42);
+}
+
+TEST_F(BusServerTest, aDescriptorThatDoesNotWaitIsAnswered) {
+    const Descriptor bus(busOpen(5, true));
+    ASSERT_EQ(fcntl(bus.number(), F_SETFL, O_NONBLOCK), 0);
+    for (int round = 0; round < 100; ++round) {
+        ControlRequest request = getProperty(0, 8);
+        EXPECT_EQ(rdwr(bus.number(), request), 2);
+        EXPECT_EQ(request.replyWord(0), 42);
+    }
+}
+
+TEST_F(BusServerTest, whoReadsItAsAFileDoesNotWait) {
+    const Descriptor bus(busOpen(5, true));
+    char byte = 0;
+    EXPECT_EQ(::read(bus.number(), &byte, 1), -1);
+    EXPECT_EQ(errno, EAGAIN);
+}
+
+TEST_F(BusServerTest, readsAndWritesAreTransfers) {
+    const Descriptor bus(busOpen(5, true));
+    std::array<std::uint8_t, 3> bytes{1, 77, 78};
+    EXPECT_EQ(busWrite(bus.number(), bytes.data(), bytes.size()), -1);
+    EXPECT_EQ(errno, ENXIO);
+    EXPECT_EQ(busRead(bus.number(), bytes.data(), bytes.size()), -1);
+    EXPECT_EQ(errno, ENXIO);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SLAVE, reinterpret_cast<void*>(0x50)), 0);
+    EXPECT_EQ(busWrite(bus.number(), bytes.data(), bytes.size()), 3);
+    EXPECT_EQ(busWrite(bus.number(), bytes.data(), 1), 1);
+    EXPECT_EQ(busRead(bus.number(), bytes.data(), bytes.size()), 3);
+    EXPECT_EQ(bytes, (std::array<std::uint8_t, 3>{77, 78, 13}));
+    Bytes many(10000, 0xEE);
+    EXPECT_EQ(busRead(bus.number(), many.data(), many.size()), 8192);
+    EXPECT_EQ(Bytes(many.begin() + 8192, many.end()), Bytes(10000 - 8192, 0xEE));
+    EXPECT_EQ(busWrite(bus.number(), many.data(), many.size()), 8192);
+    EXPECT_EQ(busRead(bus.number(), nullptr, 1), -1);
+    EXPECT_EQ(errno, EFAULT);
 }
 
 TEST_F(BusServerTest, aServerThatGoesFailsWhoIsLeft) {

@@ -5,12 +5,15 @@
 #include <errno.h>
 #include <linux/i2c-dev.h>
 #include <linux/i2c.h>
+#include <poll.h>
 #include <pthread.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/uio.h>
 #include <sys/un.h>
+#include <time.h>
 #include <unistd.h>
 
 enum {
@@ -48,28 +51,46 @@ static size_t lengthOf(const struct iovec* pieces, size_t count) {
     return length;
 }
 
-// One request and its reply, the first piece of which is a WireReply. The other pieces are filled
-// when the server did what was asked for. Returns the result as an ioctl does.
+// When it is sent tells a request from all others of its connection, whichever process sends it.
+static uint32_t newTicket(void) {
+    struct timespec now = {0};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return (uint32_t)now.tv_sec * 1000000000U + (uint32_t)now.tv_nsec;
+}
+
+// The request is on its way: nothing may come between it and its reply, neither a signal nor that
+// the descriptor is not to wait.
+static ssize_t receive(int descriptor, struct msghdr* message) {
+    for (;;) {
+        const ssize_t length = recvmsg(descriptor, message, 0);
+        if (length >= 0 || (errno != EINTR && errno != EAGAIN)) {
+            return length;
+        }
+        poll(&(struct pollfd){.fd = descriptor, .events = POLLIN}, 1, -1);
+    }
+}
+
+// One request and its reply, which begin with WireRequest and WireReply. The other pieces of the
+// reply are filled when the server did what was asked for. Returns the result as an ioctl does.
 static int converse(int descriptor, struct iovec* request, size_t requestPieces,
                     struct iovec* reply, size_t replyPieces) {
+    struct WireRequest* const asked = request[0].iov_base;
     const struct WireReply* const head = reply[0].iov_base;
     struct msghdr message = {.msg_iov = request, .msg_iovlen = requestPieces};
     ssize_t length = -1;
+    asked->ticket = newTicket();
     do {
         length = sendmsg(descriptor, &message, MSG_NOSIGNAL);
     } while (length < 0 && errno == EINTR);
     if (length < 0) {
         return errno == EFAULT ? -1 : failed(EIO);
     }
-    message = (struct msghdr){.msg_iov = reply, .msg_iovlen = replyPieces};
-    do { // the request is on its way: nothing may come between it and its reply
-        length = recvmsg(descriptor, &message, 0);
-    } while (length < 0 && errno == EINTR);
-    if (length < 0) {
-        return errno == EFAULT ? -1 : failed(EIO);
-    }
-    if ((size_t)length < sizeof(*head)) {
-        return failed(EIO);
+    do {
+        message = (struct msghdr){.msg_iov = reply, .msg_iovlen = replyPieces};
+        length = receive(descriptor, &message);
+    } while (length >= (ssize_t)sizeof(*head) && head->ticket != asked->ticket);
+    if (length < (ssize_t)sizeof(*head)) {
+        return length < 0 && errno == EFAULT ? -1 : failed(EIO);
     }
     if (head->result < 0) {
         return failed(-head->result);
@@ -91,7 +112,7 @@ static int exchange(int descriptor, struct iovec* request, size_t requestPieces,
 
 // A request that is its head alone, with a reply of the same kind.
 static int ask(int descriptor, uint32_t kind, uint32_t argument) {
-    struct WireRequest request = {kind, argument};
+    struct WireRequest request = {.kind = kind, .argument = argument};
     struct WireReply reply = {0};
     struct iovec sent = {&request, sizeof(request)};
     struct iovec received = {&reply, sizeof(reply)};
@@ -101,6 +122,7 @@ static int ask(int descriptor, uint32_t kind, uint32_t argument) {
 // A connection that has asked for a bus, and got it.
 static int connectAndAsk(uint32_t kind, uint32_t bus, int flags) {
     static const int room = WIRE_LONGEST;
+    static const struct timeval patience = {.tv_usec = 1};
     struct sockaddr_un address;
     if (!serverAddress(&address)) {
         return failed(ENOENT);
@@ -110,8 +132,10 @@ static int connectAndAsk(uint32_t kind, uint32_t bus, int flags) {
         return -1;
     }
     int error = ENXIO;
-    // The longest transfer is more than a socket takes of itself.
+    // The longest transfer is more than a socket takes of itself. Who reads from the socket as if
+    // it were a file finds nothing, and must not wait for it.
     if (setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &room, sizeof(room)) == 0 &&
+        setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience)) == 0 &&
         connect(descriptor, (const struct sockaddr*)&address, sizeof(address)) == 0) {
         if (ask(descriptor, kind, bus) == 0) {
             return descriptor;
@@ -141,9 +165,10 @@ bool busIsOpen(int descriptor) {
     struct sockaddr_un server;
     struct sockaddr_un peer = {0};
     socklen_t length = sizeof(peer);
-    const bool isOurs = serverAddress(&server) &&
-                        getpeername(descriptor, (struct sockaddr*)&peer, &length) == 0 &&
+    // Most descriptors are no sockets.
+    const bool isOurs = getpeername(descriptor, (struct sockaddr*)&peer, &length) == 0 &&
                         peer.sun_family == AF_UNIX && length <= sizeof(peer) &&
+                        serverAddress(&server) &&
                         strncmp(peer.sun_path, server.sun_path, sizeof(peer.sun_path)) == 0;
     errno = before;
     return isOurs;
@@ -156,8 +181,28 @@ long busOf(int descriptor) {
     return bus;
 }
 
+static size_t shortened(size_t size) {
+    return size < WIRE_MESSAGE_LENGTH ? size : WIRE_MESSAGE_LENGTH;
+}
+
+ssize_t busRead(int descriptor, void* buffer, size_t size) {
+    struct WireRequest head = {.kind = WIRE_READ, .argument = (uint32_t)shortened(size)};
+    struct WireReply result = {0};
+    struct iovec request[] = {{&head, sizeof(head)}};
+    struct iovec reply[] = {{&result, sizeof(result)}, {buffer, head.argument}};
+    return exchange(descriptor, request, 1, reply, 2);
+}
+
+ssize_t busWrite(int descriptor, const void* buffer, size_t size) {
+    struct WireRequest head = {.kind = WIRE_WRITE};
+    struct WireReply result = {0};
+    struct iovec request[] = {{&head, sizeof(head)}, {(void*)buffer, shortened(size)}};
+    struct iovec reply[] = {{&result, sizeof(result)}};
+    return exchange(descriptor, request, 2, reply, 1);
+}
+
 static int transfer(int descriptor, const struct i2c_rdwr_ioctl_data* given) {
-    struct WireRequest head = {WIRE_TRANSFER, 0};
+    struct WireRequest head = {.kind = WIRE_TRANSFER};
     struct WireReply result = {0};
     struct WireMessage messages[WIRE_MESSAGES];
     struct iovec request[LONGEST_REQUEST] = {{&head, sizeof(head)}, {messages, 0}};
@@ -209,7 +254,7 @@ static size_t smbusDataSize(const struct i2c_smbus_ioctl_data* given) {
 }
 
 static int smbus(int descriptor, const struct i2c_smbus_ioctl_data* given) {
-    struct WireRequest head = {WIRE_SMBUS, 0};
+    struct WireRequest head = {.kind = WIRE_SMBUS};
     struct WireReply result = {0};
     struct WireSmbus access = {0};
     uint8_t answer[WIRE_SMBUS_DATA];

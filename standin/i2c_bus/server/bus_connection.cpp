@@ -56,49 +56,52 @@ bool place(std::span<i2c_msg> messages, std::span<std::uint8_t> written, Bytes& 
 
 } // namespace
 
-bool BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
+void BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
     std::span<const std::uint8_t> rest = request;
-    const auto head = take<WireRequest>(rest);
-    const bool opens = head && (head->kind == WIRE_OPEN || head->kind == WIRE_LOOK);
-    if (!head || opens == bus_.has_value()) {
-        return false;
-    }
+    const WireRequest head = take<WireRequest>(rest).value_or(WireRequest{});
     reply.assign(sizeof(WireReply), 0);
-    std::optional<int> result;
-    switch (head->kind) {
+    const int result = perform(head, request.last(rest.size()), reply).value_or(-EPROTO);
+    const WireReply replyHead{.result = result, .ticket = head.ticket};
+    reply.resize(result < 0 ? sizeof replyHead : reply.size());
+    std::memcpy(reply.data(), &replyHead, sizeof replyHead);
+}
+
+std::optional<int> BusConnection::perform(const WireRequest& head, std::span<std::uint8_t> rest,
+                                          Bytes& reply) {
+    // One request opens the bus. Looking comes before it, and all else behind.
+    const bool isEarly = head.kind == WIRE_OPEN || head.kind == WIRE_LOOK;
+    if (isEarly == bus_.has_value()) {
+        return std::nullopt;
+    }
+    switch (head.kind) {
     case WIRE_TRANSFER:
-        result = transfer(head->argument, request.subspan(sizeof *head), reply);
-        break;
+        return transfer(head.argument, rest, reply);
     case WIRE_SMBUS:
-        result = access(rest, reply);
-        break;
+        return access(rest, reply);
+    case WIRE_WRITE:
+        return write(rest);
+    default:
+        return rest.empty() ? performAlone(head, reply) : std::nullopt;
+    }
+}
+
+// The requests that nothing follows.
+std::optional<int> BusConnection::performAlone(const WireRequest& head, Bytes& reply) {
+    switch (head.kind) {
     case WIRE_OPEN:
-        result = rest.empty() ? std::optional(open(head->argument)) : std::nullopt;
-        break;
+        return open(head.argument);
     case WIRE_LOOK: // a bus that is refused is there, too
-        if (rest.empty()) {
-            result = busCoreOpen(core_, head->argument) == -ENOENT ? -ENOENT : 0;
-        }
-        break;
+        return busCoreOpen(core_, head.argument) == -ENOENT ? -ENOENT : 0;
     case WIRE_NUMBER:
-        result = rest.empty() ? std::optional(static_cast<int>(*bus_)) : std::nullopt;
-        break;
+        return static_cast<int>(*bus_);
     case WIRE_SLAVE:
     case WIRE_SLAVE_FORCE:
-        if (rest.empty()) {
-            result = setAddress(head->argument, head->kind == WIRE_SLAVE_FORCE);
-        }
-        break;
+        return setAddress(head.argument, head.kind == WIRE_SLAVE_FORCE);
+    case WIRE_READ:
+        return read(head.argument, reply);
     default:
-        break;
+        return std::nullopt;
     }
-    if (!result) {
-        return false;
-    }
-    const WireReply replyHead{.result = *result};
-    reply.resize(*result < 0 ? sizeof replyHead : reply.size());
-    std::memcpy(reply.data(), &replyHead, sizeof replyHead);
-    return true;
 }
 
 int BusConnection::open(std::uint32_t bus) {
@@ -144,6 +147,35 @@ std::optional<int> BusConnection::transfer(std::uint32_t count, std::span<std::u
         (*log_)(transactionText(*bus_, messages, result));
     }
     return result;
+}
+
+std::optional<int> BusConnection::read(std::uint32_t count, Bytes& reply) {
+    if (count > WIRE_MESSAGE_LENGTH) {
+        return std::nullopt;
+    }
+    reply.resize(sizeof(WireReply) + count);
+    i2c_msg message{.addr = address_,
+                    .flags = I2C_M_RD,
+                    .len = static_cast<std::uint16_t>(count),
+                    .buf = reply.data() + sizeof(WireReply)};
+    return transferAlone(message);
+}
+
+std::optional<int> BusConnection::write(std::span<std::uint8_t> bytes) {
+    if (bytes.size() > WIRE_MESSAGE_LENGTH) {
+        return std::nullopt;
+    }
+    i2c_msg message{.addr = address_,
+                    .flags = 0,
+                    .len = static_cast<std::uint16_t>(bytes.size()),
+                    .buf = bytes.data()};
+    return transferAlone(message);
+}
+
+// As many bytes as the message has, or what was wrong.
+int BusConnection::transferAlone(i2c_msg& message) {
+    const int result = busCoreTransfer(core_, *bus_, &message, 1);
+    return result < 0 ? result : message.len;
 }
 
 std::optional<int> BusConnection::access(std::span<const std::uint8_t> rest, Bytes& reply) {

@@ -27,14 +27,21 @@ public:
     ///
     /// @param request  one datagram; its write messages are handed to the core where they lie.
     /// @param reply    receives the reply, which is WIRE_LONGEST bytes at most.
-    /// @return false when the client does not keep to the wire format, and cannot go on.
-    [[nodiscard]] bool answer(std::span<std::uint8_t> request, std::vector<std::uint8_t>& reply);
+    void answer(std::span<std::uint8_t> request, std::vector<std::uint8_t>& reply);
 
 private:
+    // Each gives the result, or none for a request that does not keep to the wire format.
+    [[nodiscard]] std::optional<int> perform(const WireRequest& head, std::span<std::uint8_t> rest,
+                                             std::vector<std::uint8_t>& reply);
+    [[nodiscard]] std::optional<int> performAlone(const WireRequest& head,
+                                                  std::vector<std::uint8_t>& reply);
     [[nodiscard]] int open(std::uint32_t bus);
     [[nodiscard]] int setAddress(std::uint32_t address, bool force);
     [[nodiscard]] std::optional<int> transfer(std::uint32_t count, std::span<std::uint8_t> rest,
                                               std::vector<std::uint8_t>& reply);
+    [[nodiscard]] std::optional<int> read(std::uint32_t count, std::vector<std::uint8_t>& reply);
+    [[nodiscard]] std::optional<int> write(std::span<std::uint8_t> bytes);
+    [[nodiscard]] int transferAlone(i2c_msg& message);
     [[nodiscard]] std::optional<int> access(std::span<const std::uint8_t> rest,
                                             std::vector<std::uint8_t>& reply);
 

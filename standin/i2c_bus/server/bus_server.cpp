@@ -134,11 +134,10 @@ bool BusServer::serve(Client& client) {
     if (length < 0) {
         return errno == EAGAIN || errno == EINTR;
     }
-    if (length == 0 || static_cast<std::size_t>(length) > request_.size() ||
-        !client.connection.answer(std::span(request_).first(static_cast<std::size_t>(length)),
-                                  reply_)) {
+    if (length == 0 || static_cast<std::size_t>(length) > request_.size()) {
         return false;
     }
+    client.connection.answer(std::span(request_).first(static_cast<std::size_t>(length)), reply_);
     if (afterEachRequest_) {
         afterEachRequest_();
     }

@@ -42,8 +42,8 @@ using EventSource = std::unique_ptr<sd_event_source, DisableEventSource>;
 /// Listens on a socket and serves every client that the preload library connects, on an event loop.
 ///
 /// Each request is answered in one go, so what one client does is done before another's request is
-/// looked at. A client that breaks the wire format, or does not take its replies, is dropped;
-/// nothing waits for it.
+/// looked at. A client that sends more than a request can hold, or does not take its replies,
+/// is dropped; nothing waits for it.
 class BusServer {
 public:
     /// @param loop   is to outlive the server.
