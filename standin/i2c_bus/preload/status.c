@@ -5,6 +5,7 @@
 #undef _FORTIFY_SOURCE
 
 #include "standin/i2c_bus/preload/bus_client.h"
+#include "standin/i2c_bus/preload/conversation.h"
 #include "standin/i2c_bus/preload/interposed.h"
 
 #include <errno.h>
@@ -22,11 +23,6 @@ enum {
 
 // A device of every machine. What is said of it goes for a bus, too, but for mode and number.
 static const char example[] = "/dev/null";
-
-static int failed(int error) {
-    errno = error;
-    return -1;
-}
 
 // The number of a bus that is there, or one of the above.
 static long busAt(int directory, const char* path, int flags) {
