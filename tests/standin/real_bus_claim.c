@@ -37,7 +37,7 @@ long syscall(long number, ...) {
     }
     const long result = real(number, given[0], given[1], given[2], given[3], given[4], given[5]);
     if (number == SYS_statx && result == 0) {
-        struct statx* const told = (struct statx*)given[4];
+        struct statx* const told = (struct statx*)given[4]; // NOLINT(performance-no-int-to-ptr)
         if (told->stx_rdev_major == zeroMajor && told->stx_rdev_minor == zeroMinor) {
             told->stx_rdev_major = I2C_DEVICE_MAJOR;
         }
@@ -45,6 +45,7 @@ long syscall(long number, ...) {
     return result;
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type bears none.
 #define DEFINE_FSTATAT(name, type)                                                                 \
     int name(int directory, const char* path, type* status, int flags) {                           \
         static int (*real)(int, const char*, type*, int);                                          \
@@ -57,6 +58,7 @@ long syscall(long number, ...) {
         }                                                                                          \
         return result;                                                                             \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 DEFINE_FSTATAT(fstatat, struct stat)
 DEFINE_FSTATAT(fstatat64, struct stat64)

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/sysmacros.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 enum {
@@ -45,6 +46,7 @@ static int show(long bus, mode_t* mode, dev_t* device) {
 }
 
 // The functions for one of the two layouts.
+// NOLINTBEGIN(bugprone-macro-parentheses): a type bears none.
 #define DEFINE_STATS(type, suffix)                                                                 \
     static int statAt##suffix(int directory, const char* path, type* status, int flags) {          \
         static int (*real)(int, const char*, type*, int);                                          \
@@ -60,28 +62,25 @@ static int show(long bus, mode_t* mode, dev_t* device) {
                    ? show(bus, &status->st_mode, &status->st_rdev)                                 \
                    : -1;                                                                           \
     }                                                                                              \
-    EXPORTED int stat##suffix(const char* path, type* status);                                     \
-    int stat##suffix(const char* path, type* status) {                                             \
+    EXPORTED int stat##suffix(const char* path, type* status) {                                    \
         return statAt##suffix(AT_FDCWD, path, status, 0);                                          \
     }                                                                                              \
-    EXPORTED int lstat##suffix(const char* path, type* status);                                    \
-    int lstat##suffix(const char* path, type* status) {                                            \
+    EXPORTED int lstat##suffix(const char* path, type* status) {                                   \
         return statAt##suffix(AT_FDCWD, path, status, AT_SYMLINK_NOFOLLOW);                        \
     }                                                                                              \
-    EXPORTED int fstat##suffix(int descriptor, type* status);                                      \
-    int fstat##suffix(int descriptor, type* status) {                                              \
+    EXPORTED int fstat##suffix(int descriptor, type* status) {                                     \
         return statAt##suffix(descriptor, "", status, AT_EMPTY_PATH);                              \
     }                                                                                              \
-    EXPORTED int fstatat##suffix(int directory, const char* path, type* status, int flags);        \
-    int fstatat##suffix(int directory, const char* path, type* status, int flags) {                \
+    EXPORTED int fstatat##suffix(int directory, const char* path, type* status, int flags) {       \
         return statAt##suffix(directory, path, status, flags);                                     \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 DEFINE_STATS(struct stat, )
 DEFINE_STATS(struct stat64, 64)
 
-EXPORTED int statx(int directory, const char* path, int flags, unsigned mask, struct statx* status);
-int statx(int directory, const char* path, int flags, unsigned mask, struct statx* status) {
+EXPORTED int statx(int directory, const char* path, int flags, unsigned mask,
+                   struct statx* status) {
     const long bus = busAt(directory, path, flags);
     if (bus == MISSING_BUS) {
         return failed(ENOENT);
@@ -108,8 +107,7 @@ static int accessBus(long bus, int mode) {
 }
 
 #define DEFINE_ACCESS(name)                                                                        \
-    EXPORTED int name(const char* path, int mode);                                                 \
-    int name(const char* path, int mode) {                                                         \
+    EXPORTED int name(const char* path, int mode) {                                                \
         static int (*real)(const char*, int);                                                      \
         const long bus = busNumber(path);                                                          \
         if (bus >= 0) {                                                                            \
@@ -124,8 +122,7 @@ DEFINE_ACCESS(euidaccess)
 
 // A long listing asks for access lists by these.
 #define DEFINE_GETXATTR(name)                                                                      \
-    EXPORTED ssize_t name(const char* path, const char* attribute, void* value, size_t size);      \
-    ssize_t name(const char* path, const char* attribute, void* value, size_t size) {              \
+    EXPORTED ssize_t name(const char* path, const char* attribute, void* value, size_t size) {     \
         static ssize_t (*real)(const char*, const char*, void*, size_t);                           \
         const long bus = busAt(-1, path, 0);                                                       \
         if (bus == MISSING_BUS) {                                                                  \
@@ -139,8 +136,7 @@ DEFINE_ACCESS(euidaccess)
 DEFINE_GETXATTR(getxattr)
 DEFINE_GETXATTR(lgetxattr)
 
-EXPORTED int faccessat(int directory, const char* path, int mode, int flags);
-int faccessat(int directory, const char* path, int mode, int flags) {
+EXPORTED int faccessat(int directory, const char* path, int mode, int flags) {
     static int (*real)(int, const char*, int, int);
     const long bus = busNumber(path);
     if (bus >= 0) {

@@ -16,8 +16,7 @@ enum {
     I2C_IOCTL_LAST = 0x07FF,
 };
 
-EXPORTED ssize_t read(int descriptor, void* buffer, size_t size);
-ssize_t read(int descriptor, void* buffer, size_t size) {
+EXPORTED ssize_t read(int descriptor, void* buffer, size_t size) {
     static ssize_t (*real)(int, void*, size_t);
     if (busIsOpen(descriptor)) {
         return busRead(descriptor, buffer, size);
@@ -40,8 +39,7 @@ ssize_t __read_chk(int descriptor, void* buffer, size_t size, size_t room) {
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
-EXPORTED ssize_t write(int descriptor, const void* buffer, size_t size);
-ssize_t write(int descriptor, const void* buffer, size_t size) {
+EXPORTED ssize_t write(int descriptor, const void* buffer, size_t size) {
     static ssize_t (*real)(int, const void*, size_t);
     if (busIsOpen(descriptor)) {
         return busWrite(descriptor, buffer, size);
