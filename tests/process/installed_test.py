@@ -66,6 +66,11 @@ class Installed(unittest.TestCase):
         for path, _ in loaded:
             self.assertTrue(pathlib.Path(path).is_relative_to(self.root), path)
 
+    def test_library_of_the_bus_views_offers_nothing_else(self):
+        done = run("nm", "-D", "--defined-only", self.only("zolt_bus_views.so"))
+        self.assertEqual([line.split()[1:] for line in done.stdout.splitlines()],
+                         [["D", "zoltBusViews"]])
+
 
 if __name__ == "__main__":
     tap.main()
