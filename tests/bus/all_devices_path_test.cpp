@@ -209,7 +209,33 @@ TEST(PrintAllDevicesPath, managerIsUnknown) {
                                  "Unknown interface 'org.freedesktop.DBus.ObjectManager'."));
 }
 
-TEST(PrintAllDevicesPath, accessIsRefused) {
+std::string refusal(const std::string& interface, const std::string& member) {
+    return "sd_bus_call: org.freedesktop.DBus.Error.AccessDenied: Rejected send message, "
+           "N matched rules; type=\"method_call\", sender=\"NAME\" (PEER) interface=\"" +
+           interface + "\" member=\"" + member +
+           "\" error name=\"(unset)\" requested_reply=\"0\" "
+           "destination=\"com.tesk.bmc.zolt\" (PEER)";
+}
+
+TEST(PrintAllDevicesPath, busRefusesAccessToTheManager) {
+    SystemBus bus("<deny send_destination=\"com.tesk.bmc.zolt\" "
+                  "send_interface=\"org.freedesktop.DBus.ObjectManager\"/>");
+    bus.publish(pucks({"a"}));
+    EXPECT_EQ(impersonal(printed(2)), failed(refusal(managerInterface, "GetManagedObjects")));
+}
+
+TEST(PrintAllDevicesPath, busRefusesAccessToTheObjects) {
+    SystemBus bus("<deny send_destination=\"com.tesk.bmc.zolt\" "
+                  "send_interface=\"org.freedesktop.DBus.Properties\"/>");
+    bus.publish(pucks({"a", "b"}));
+    const std::string caught =
+        "PrintAllProperties: catch error: " + refusal("org.freedesktop.DBus.Properties", "GetAll") +
+        "\n";
+    EXPECT_EQ(impersonal(printed(2)),
+              "/com/tesk/bmc/zolt/puck/a\n" + caught + "/com/tesk/bmc/zolt/puck/b\n" + caught);
+}
+
+TEST(PrintAllDevicesPath, serviceRefusesAccess) {
     SystemBus bus;
     bus.publish(pucks({"a"}, {{.interface = managerInterface,
                                .action = Action::error,
