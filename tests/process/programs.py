@@ -31,6 +31,8 @@ ZOLT Test Tool
  15 : Perform Bus Recovery
 100 : Exit \nEnter option :"""
 
+ASK_ALL = "Enter the PICPWR ID: (Enter 0 for all PICPWRs)"
+SLOT_42 = "\nPICPWR 42 DSTAT              = 00b\n"
 MODULE_TYPES = """ 1 : Backplane
  2 : PUCK
  3 : RFC
@@ -68,10 +70,10 @@ def run(*command, **options):
 class Session:
     """A dialogue with a command, of which a test expects every byte."""
 
-    def __init__(self, test, *command):
+    def __init__(self, test, *command, **options):
         self._test = test
         self.process = subprocess.Popen(
-            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options
         )
         test.addCleanup(self.process.stderr.close)
         test.addCleanup(self.process.stdout.close)

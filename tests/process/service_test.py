@@ -5,6 +5,8 @@ import json
 import os
 import pathlib
 import resource
+import select
+import signal
 import sys
 import unittest
 
@@ -14,13 +16,16 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import tap  # noqa: E402
 from cir_report import report, shown_properties  # noqa: E402
 from programs import (  # noqa: E402
+    ASK_ALL,
     INFO,
     MAIN_MENU,
     MODULE_TYPES,
     SANITIZED,
     SIM,
+    SLOT_42,
     Scratch,
     Session,
+    TIMEOUT_SECONDS,
     TOOL,
     run,
 )
@@ -299,6 +304,99 @@ class Memory(ServiceTest):
         session.ends_with(
             MODULE_TYPES + "Exception : std::bad_alloc\n" + MAIN_MENU + INFO + MAIN_MENU
         )
+
+
+class Dialogue(ServiceTest):
+    # Failures on the way to objects, and those of the objects themselves.
+    BOARD = BOARD + """
+[[service.order]]
+path = "karnRaid"
+delay_ms = 60000
+[[service.order]]
+path = "puck"
+action = "reply"
+signature = "a{oas}"
+value = []
+[[service.order]]
+path = "riser/riser1"
+delay_ms = 60000
+[[service.order]]
+path = "flop/flop1"
+action = "reply"
+signature = "s"
+value = "text"
+[[service.object]]
+path = "rida/rida1"
+interface = "puckCIR"
+[[service.object]]
+path = "bp/bp1"
+interface = "backplaneCIR"
+[service.object.properties]
+DeviceId = { signature = "y", value = 5 }
+"""
+    CALL = "sd_bus_call: org.freedesktop.DBus.Error."
+    MISMATCH = (
+        "sd_bus_message_enter_container array: System.Error.ENXIO: No such device or address"
+    )
+    GONE = "System.Error.ENOTCONN: Transport endpoint is not connected"
+
+    def unlisted(self, error):
+        return (
+            f"failed to get managed objects err{error}\n"
+            "PrintAllDevicesPath: GetManagedObjects() failed to get GetManagedObjects !.\n"
+        )
+
+    def failed(self, path, error):
+        return f"{PREFIX}{path}\nPrintAllProperties: catch error: {error}\n"
+
+    def test_goes_on_after_every_failure_of_the_bus(self):
+        session = Session(
+            self, SIM, "--board", self.scratch.file("board.toml", self.BOARD), "--",
+            "sh", "-c", 'echo $$ >&2; exec "$1"', "sh", TOOL,
+            env=dict(os.environ, SYSTEMD_BUS_TIMEOUT="1s"),
+        )
+        session.told()
+        session.expect(MAIN_MENU)
+        for family, printed in (
+            ("karnRaid", self.unlisted(self.CALL + "Timeout: Connection timed out")),
+            ("puck", self.unlisted(self.MISMATCH)),
+            ("riser", self.failed("riser/riser1", self.CALL + "Timeout: Connection timed out")),
+            ("flop", self.failed("flop/flop1", self.MISMATCH)),
+            ("rida", self.failed("rida/rida1", self.CALL + "UnknownInterface: Unknown interface "
+                                                           "'com.tesk.bmc.zolt.cemCIR'.")),
+            ("bp", self.failed("bp/bp1", "std::get: wrong index for variant")),
+            ("battery", "No DBUS objects of this module type are present\n"),
+        ):
+            session.type(f"12\n{TYPES.index(family) + 1}\n")
+            session.expect(MODULE_TYPES + printed + MAIN_MENU)
+        session.type("11\n")
+        session.expect(INFO + MAIN_MENU)
+
+        self.end(self.bus_of(session.process.pid))
+        session.type("11\n12\n3\n1\n42\n100\n")
+        session.ends_with(
+            f"PrintZoltInfoProperties: catch error: sd_bus_message_new_method_call: {self.GONE}\n\n"
+            + MAIN_MENU + MODULE_TYPES
+            + self.unlisted(f"sd_bus_message_new_method_call: {self.GONE}") + MAIN_MENU
+            + ASK_ALL + SLOT_42 + MAIN_MENU
+        )
+
+    def bus_of(self, sim):
+        """The daemon that a zolt_sim has started."""
+        children = pathlib.Path(f"/proc/{sim}/task/{sim}/children").read_text().split()
+        (bus,) = (
+            int(child) for child in children
+            if pathlib.Path(f"/proc/{child}/comm").read_text() == "dbus-daemon\n"
+        )
+        return bus
+
+    def end(self, bus):
+        """Kills a daemon, and returns when its socket is gone with it."""
+        watch = os.pidfd_open(bus)
+        self.addCleanup(os.close, watch)
+        os.kill(bus, signal.SIGKILL)
+        ready, _, _ = select.select([watch], [], [], TIMEOUT_SECONDS)
+        self.assertTrue(ready)
 
 
 class BusThatComesBack(ServiceTest):

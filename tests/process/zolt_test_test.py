@@ -14,10 +14,12 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
 from programs import (  # noqa: E402
+    ASK_ALL,
     MAIN_MENU,
     MODULE_TYPES,
     OTHER_PLATFORM,
     SIM,
+    SLOT_42,
     Scratch,
     Session,
     TIMEOUT_SECONDS,
@@ -25,8 +27,6 @@ from programs import (  # noqa: E402
     run,
 )
 
-ASK_ALL = "Enter the PICPWR ID: (Enter 0 for all PICPWRs)"
-SLOT_42 = "\nPICPWR 42 DSTAT              = 00b\n"
 NO_BUS = "unix:path=/nonexistent/bus"
 
 
