@@ -23,7 +23,7 @@ namespace {
 constexpr std::uint32_t propertyId = 8;
 
 bool askAsTheTool(std::int32_t number) {
-    zolt::BusDevice bus(zolt::busDevicePath(number));
+    zolt::BusDevice bus(zolt::BusPath(number).c_str());
     zolt::BusControlRecord record(zolt::BusCommand::getProperty);
     record.set(zolt::get_property::target, 0);
     record.set(zolt::get_property::propertyId, propertyId);

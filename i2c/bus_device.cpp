@@ -1,15 +1,14 @@
 #include "i2c/bus_device.h"
 
+#include "console/number_text.h"
 #include "console/output.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <linux/i2c-dev.h>
 #include <linux/i2c.h>
-#include <string_view>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -20,19 +19,23 @@ namespace {
 constexpr std::uint16_t controlFlag = 0x0080; // the driver's own, no flag of Linux
 constexpr std::uint16_t controlAddress = 0;
 
+constexpr std::string_view prefix = "/dev/i2c-";
+
 std::string_view errorText() {
     return std::strerror(errno);
 }
 
 } // namespace
 
-std::string busDevicePath(std::int32_t bus) {
-    std::string path = "/dev/i2c-" + std::to_string(bus);
-    path.resize(std::min(path.size(), busTextSize - 1));
-    return path;
+BusPath::BusPath(std::int32_t bus) {
+    std::array<char, prefix.size() + longestNumber> whole;
+    std::memcpy(whole.data(), prefix.data(), prefix.size());
+    const char* const end = appendDecimal(whole.data() + prefix.size(), bus);
+    const auto length = static_cast<std::size_t>(end - whole.data());
+    std::copy_n(whole.begin(), std::min(length, busTextSize - 1), text_.begin());
 }
 
-BusDevice::BusDevice(const std::string& path) : descriptor_(::open(path.c_str(), O_RDWR)) {
+BusDevice::BusDevice(const char* path) : descriptor_(::open(path, O_RDWR)) {
     if (!isOpen()) {
         print<"I2C Open error (%s)\n">(errorText());
     }

@@ -6,20 +6,31 @@
 
 #include "i2c/bus_control_record.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
-#include <string>
+#include <string_view>
 
 namespace zolt {
 
-/// "/dev/i2c-N", cut to the 15 characters that a path field of the driver holds.
-[[nodiscard]] std::string busDevicePath(std::int32_t bus);
+/// The path of a bus device.
+class BusPath {
+public:
+    /// "/dev/i2c-N", cut to the 15 characters that a path field of the driver holds.
+    explicit BusPath(std::int32_t bus);
+
+    [[nodiscard]] const char* c_str() const { return text_.data(); }
+    operator std::string_view() const { return text_.data(); }
+
+private:
+    std::array<char, busTextSize> text_{};
+};
 
 /// An open bus device, closed when the object goes at the latest.
 class BusDevice {
 public:
     /// Opens @p path read-write. A failure is printed with the system's error text.
-    explicit BusDevice(const std::string& path);
+    explicit BusDevice(const char* path);
     BusDevice(const BusDevice&) = delete;
     BusDevice& operator=(const BusDevice&) = delete;
     ~BusDevice() { close(); }

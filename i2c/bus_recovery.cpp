@@ -5,7 +5,6 @@
 #include "i2c/bus_device.h"
 #include "i2c/node_questions.h"
 
-#include <string>
 #include <string_view>
 
 namespace zolt {
@@ -27,10 +26,10 @@ constexpr Step steps[] = {
 } // namespace
 
 Status busRecoveryStep(std::int32_t bus, BusRecoveryMode mode) {
-    const std::string path = busDevicePath(bus);
+    const BusPath path(bus);
     BusControlRecord record(BusCommand::recoverBus);
     record.set(recover_bus::mode, mode);
-    const BusDevice device(path);
+    const BusDevice device(path.c_str());
     if (!device.isOpen()) {
         return statusNothingToShow;
     }

@@ -48,7 +48,7 @@ void printNode(Line<Number, Number> line, const NodeReply& reply) {
 }
 
 bool removeDevice(std::int32_t parent, std::uint32_t target) {
-    BusDevice bus(busDevicePath(parent));
+    BusDevice bus(BusPath(parent).c_str());
     if (!bus.isOpen()) {
         return false;
     }
@@ -80,7 +80,7 @@ std::uint32_t queryNodeProperty(std::int32_t propertyId, int bus, std::uint32_t 
 
 std::uint32_t createIndexNode(std::uint32_t deviceType, std::uint32_t index,
                               std::int32_t parentBus) {
-    BusDevice bus(busDevicePath(parentBus));
+    BusDevice bus(BusPath(parentBus).c_str());
     if (!bus.isOpen()) {
         return nodeNotCreated;
     }
@@ -94,8 +94,8 @@ std::uint32_t createIndexNode(std::uint32_t deviceType, std::uint32_t index,
 
 Status createDeviceNode(std::uint32_t deviceType, std::uint32_t index, std::uint32_t indexBus,
                         std::uint32_t target) {
-    const std::string path = busDevicePath(static_cast<std::int32_t>(indexBus));
-    BusDevice bus(path);
+    const BusPath path(static_cast<std::int32_t>(indexBus));
+    BusDevice bus(path.c_str());
     if (!bus.isOpen()) {
         return statusIoFailed;
     }

@@ -27,7 +27,7 @@ Status readNodeProperty() {
         !askTarget(target)) {
         return statusNothingToShow;
     }
-    BusDevice bus(busDevicePath(parent));
+    BusDevice bus(BusPath(parent).c_str());
     if (!bus.isOpen()) {
         return statusNothingToShow;
     }
@@ -42,7 +42,7 @@ Status readNodeProperty() {
     return statusDone;
 }
 
-Status updateNodeProperty(const std::string& path, std::uint32_t deviceType, std::uint32_t index,
+Status updateNodeProperty(const BusPath& path, std::uint32_t deviceType, std::uint32_t index,
                           std::int32_t propertyId, std::uint32_t value, std::uint32_t target) {
     BusControlRecord record(BusCommand::updateProperty);
     record.set(update_property::index, index);
@@ -50,7 +50,7 @@ Status updateNodeProperty(const std::string& path, std::uint32_t deviceType, std
     record.set(update_property::value, value);
     record.set(update_property::propertyId, static_cast<std::uint32_t>(propertyId));
     record.set(update_property::typeName, deviceTypeName(deviceType));
-    BusDevice bus(path);
+    BusDevice bus(path.c_str());
     if (!bus.isOpen()) {
         return statusNothingToShow;
     }
@@ -78,8 +78,8 @@ Status promptUpdateNodeProperty() {
         return statusNothingToShow;
     }
     const Status status = updateNodeProperty(
-        busDevicePath(parent), static_cast<std::uint32_t>(deviceType),
-        static_cast<std::uint32_t>(index), propertyId, static_cast<std::uint32_t>(value), target);
+        BusPath(parent), static_cast<std::uint32_t>(deviceType), static_cast<std::uint32_t>(index),
+        propertyId, static_cast<std::uint32_t>(value), target);
     if (status != statusDone) {
         write("Failed to update property. \n");
     }

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "console/status.h"
+#include "i2c/bus_device.h"
 
 #include <cstdint>
-#include <string>
 
 namespace zolt {
 
@@ -22,7 +22,7 @@ Status readNodeProperty();
 /// @param target      address of the device on the bus, or 0 for the bus node itself.
 /// @return statusNothingToShow when the bus cannot be opened or the driver refuses, which is
 ///         printed.
-Status updateNodeProperty(const std::string& path, std::uint32_t deviceType, std::uint32_t index,
+Status updateNodeProperty(const BusPath& path, std::uint32_t deviceType, std::uint32_t index,
                           std::int32_t propertyId, std::uint32_t value, std::uint32_t target);
 
 /// Option 14: asks for all that updateNodeProperty() takes, then calls it.

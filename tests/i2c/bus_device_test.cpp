@@ -29,7 +29,7 @@ TEST_F(BusDeviceTest, APathIsCutToFifteenCharacters) {
         {std::numeric_limits<std::int32_t>::min(), "/dev/i2c--21474"},
     };
     for (const auto& [bus, path] : paths) {
-        EXPECT_EQ(busDevicePath(bus), path);
+        EXPECT_STREQ(BusPath(bus).c_str(), path);
     }
 }
 
