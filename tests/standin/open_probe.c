@@ -65,7 +65,7 @@ int main(int argc, char* argv[]) {
     }
     tellStream("fopen", fopen(path, "r+"));
     tellStream("fopen64", fopen64(path, "r+e"));
-    tellStream("freopen", freopen(path, "r+", fopen("/dev/null", "r")));
-    tellStream("freopen64", freopen64(path, "r+e", fopen("/dev/null", "r")));
+    tellStream("freopen", freopen(path, "r+", stdin));
+    tellStream("freopen64", freopen64(path, "r+e", stderr));
     return 0;
 }
