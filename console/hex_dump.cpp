@@ -67,22 +67,14 @@ void printHexDump(std::uint64_t baseOffset, const std::vector<std::uint8_t>& byt
     write("\n+             0  1  2  3  4  5  6  7 :  8  9  A  B  C  D  E  F\n"
           "--------------------------------------------------------------\n");
 
-    // Composed in pieces of many lines: the stream's work is then a few percent of the dump's.
-    std::array<char, 64 * 1024> piece;
-    char* end = piece.data();
     auto rest = std::span(bytes).first(std::min<std::size_t>(byteCount, bytes.size()));
     std::uint64_t address = baseOffset;
     while (!rest.empty()) {
         const auto line = rest.first(std::min(rest.size(), lineBytes));
-        end = appendLine(end, address, line);
+        standardOutput.finish(appendLine(standardOutput.room(longestLine + 1), address, line));
         address += line.size();
         rest = rest.subspan(line.size());
-        if (static_cast<std::size_t>(piece.data() + piece.size() - end) < longestLine + 1) {
-            write({piece.data(), end});
-            end = piece.data();
-        }
     }
-    write({piece.data(), end});
     write("\n\n");
 }
 

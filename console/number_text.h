@@ -13,7 +13,7 @@ constexpr std::size_t longestNumber = 20;
 namespace detail {
 
 // The two digits of each number below 100.
-constexpr auto digitPairs = [] {
+inline constexpr auto digitPairs = [] {
     std::array<char, 200> digits{};
     for (unsigned number = 0; number < 100; ++number) {
         digits[2 * number] = static_cast<char>('0' + number / 10);

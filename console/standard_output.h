@@ -46,10 +46,10 @@ public:
 private:
     void makeRoom();
 
-    std::array<char, capacity> buffer_{};
     std::size_t used_ = 0;
     std::size_t limit_ = 0; ///< the capacity, once it is known what the descriptor is
     bool lineByLine_ = false;
+    std::array<char, capacity> buffer_{}; // last: a short text takes no second page of memory
 };
 
 extern StandardOutput standardOutput;
