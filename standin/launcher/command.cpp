@@ -1,5 +1,7 @@
 #include "standin/launcher/command.h"
 
+#include "standin/launcher/machine_buses.h"
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -24,8 +26,24 @@ void check(int result, const char* what) {
     }
 }
 
+// What a child tells of why it did not become the command.
+struct Obstacle {
+    bool isBuses; ///< the machine's, which it could not be kept from; else exec
+    int error;
+};
+
+[[noreturn]] void giveUp(int failure, const Obstacle& obstacle) {
+    (void)!write(failure, &obstacle, sizeof obstacle);
+    _exit(EXIT_FAILURE);
+}
+
 [[noreturn]] void become(char* const* command, const Environment& additions,
                          const Inherited& inherited, pid_t parent, int failure) {
+    try {
+        keepFromMachineBuses();
+    } catch (const std::system_error& error) {
+        giveUp(failure, {true, error.code().value()});
+    }
     prctl(PR_SET_PDEATHSIG, SIGHUP);
     if (getppid() != parent) { // it ended before it could be watched
         _exit(EXIT_FAILURE);
@@ -36,9 +54,7 @@ void check(int result, const char* what) {
     umask(inherited.umask);
     sigprocmask(SIG_SETMASK, &inherited.signals, nullptr);
     execvp(command[0], command);
-    const int error = errno;
-    (void)!write(failure, &error, sizeof error);
-    _exit(EXIT_FAILURE);
+    giveUp(failure, {false, errno});
 }
 
 int passOn(sd_event_source* /*source*/, const signalfd_siginfo* info, void* pid) {
@@ -88,16 +104,20 @@ Started startCommand(char* const* command, const Environment& additions,
         become(command, additions, inherited, parent, failure[1]);
     }
     close(failure[1]);
-    int error = errno;
-    if (started.pid > 0 && read(failure[0], &error, sizeof error) != sizeof error) {
-        error = 0; // the pipe closed with a successful exec
+    Obstacle obstacle{false, errno};
+    if (started.pid > 0 && read(failure[0], &obstacle, sizeof obstacle) != sizeof obstacle) {
+        obstacle = {}; // the pipe closed with a successful exec
     }
     close(failure[0]);
-    if (error != 0) {
-        if (started.pid > 0) {
-            waitpid(started.pid, nullptr, 0);
-        }
-        started = {.failure = {error == ENOENT ? 127 : 126, error}};
+    if (obstacle.error != 0 && started.pid > 0) {
+        waitpid(started.pid, nullptr, 0);
+    }
+    if (obstacle.isBuses) {
+        throw std::system_error(obstacle.error, std::generic_category(),
+                                "the machine's I2C buses cannot be kept from the command");
+    }
+    if (obstacle.error != 0) {
+        started = {.failure = {obstacle.error == ENOENT ? 127 : 126, obstacle.error}};
     }
     return started;
 }

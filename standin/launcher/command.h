@@ -39,7 +39,8 @@ void holdStandardStreams();
 [[nodiscard]] Inherited prepareProcess();
 
 /// Starts a command with additions to this process's environment. It is hung up should this
-/// process end before it.
+/// process end before it, and kept from the machine's I2C buses.
+/// @throw std::system_error when it cannot be kept from them
 [[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
                                    const Inherited& inherited);
 

@@ -1,0 +1,145 @@
+#include "standin/launcher/machine_buses.h"
+
+#include "standin/i2c_bus/device.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <fcntl.h>
+#include <filesystem>
+#include <linux/capability.h>
+#include <sched.h>
+#include <string>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <system_error>
+#include <unistd.h>
+#include <vector>
+
+namespace standin {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Capabilities that lead to a bus in spite of the mounts.
+constexpr std::array<unsigned, 4> waysRound{
+    CAP_SYS_ADMIN,       // uncovers a node, joins the mounts of others
+    CAP_MKNOD,           // makes another node
+    CAP_SYS_PTRACE,      // looks at /dev through the root directory of another process
+    CAP_DAC_READ_SEARCH, // opens a file by its handle, whatever is mounted there
+};
+
+void check(long result) {
+    if (result < 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
+}
+
+bool isBus(const struct stat& status) {
+    return S_ISCHR(status.st_mode) && major(status.st_rdev) == I2C_DEVICE_MAJOR;
+}
+
+void addNodesBelow(const fs::path& directory, std::vector<std::string>& nodes) {
+    std::error_code closed; // or gone since it was listed
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, closed)) {
+        struct stat status {};
+        if (lstat(entry.path().c_str(), &status) != 0) {
+            continue;
+        }
+        if (S_ISDIR(status.st_mode)) {
+            addNodesBelow(entry.path(), nodes);
+        } else if (isBus(status)) {
+            nodes.push_back(entry.path());
+        }
+    }
+}
+
+bool canBeOpened(const std::string& node) {
+    return faccessat(AT_FDCWD, node.c_str(), R_OK, AT_EACCESS) == 0 ||
+           faccessat(AT_FDCWD, node.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+template <typename Condition>
+void closeDescriptors(Condition toBeClosed) {
+    std::vector<int> descriptors;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd")) {
+        const std::string name = entry.path().filename();
+        std::from_chars(name.data(), name.data() + name.size(), descriptors.emplace_back());
+    }
+    for (const int descriptor : descriptors) {
+        struct stat status {};
+        if (fstat(descriptor, &status) == 0 && toBeClosed(status)) {
+            close(descriptor);
+        }
+    }
+}
+
+void writeFile(const char* path, const std::string& text) {
+    const int file = open(path, O_WRONLY | O_CLOEXEC);
+    check(file);
+    check(write(file, text.data(), text.size()));
+    close(file);
+}
+
+// An ordinary user's mounts need a user namespace, in which the user is to be the same.
+void getOwnMounts() {
+    if (unshare(CLONE_NEWNS) == 0) {
+        check(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr));
+        return;
+    }
+    const std::string user = std::to_string(geteuid());
+    const std::string group = std::to_string(getegid());
+    check(unshare(CLONE_NEWUSER | CLONE_NEWNS));
+    writeFile("/proc/self/uid_map", user + " " + user + " 1");
+    writeFile("/proc/self/setgroups", "deny");
+    writeFile("/proc/self/gid_map", group + " " + group + " 1");
+}
+
+void closeNode(const std::string& node) {
+    mount_attr noDevices{};
+    noDevices.attr_set = MOUNT_ATTR_NODEV;
+    check(mount(node.c_str(), node.c_str(), nullptr, MS_BIND, nullptr));
+    check(mount_setattr(AT_FDCWD, node.c_str(), 0, &noDevices, sizeof noDevices));
+}
+
+// For good: no program that the process starts gains a privilege.
+void giveUpWaysRound() {
+    __user_cap_header_struct header{.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
+    check(syscall(SYS_capget, &header, sets.data()));
+    for (const unsigned capability : waysRound) {
+        __user_cap_data_struct& set = sets.at(CAP_TO_INDEX(capability));
+        set.effective &= ~CAP_TO_MASK(capability);
+        set.permitted &= ~CAP_TO_MASK(capability);
+        set.inheritable &= ~CAP_TO_MASK(capability);
+    }
+    check(syscall(SYS_capset, &header, sets.data()));
+}
+
+} // namespace
+
+void keepFromMachineBuses() {
+    closeDescriptors(isBus);
+    std::vector<std::string> nodes;
+    addNodesBelow("/dev", nodes);
+    if (nodes.empty()) {
+        return;
+    }
+    check(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0));
+    std::erase_if(nodes, [](const std::string& node) { return !canBeOpened(node); });
+    if (nodes.empty()) {
+        return;
+    }
+    getOwnMounts();
+    // One that was opened before leads to the mounts of before.
+    closeDescriptors([](const struct stat& status) { return S_ISDIR(status.st_mode); });
+    std::ranges::for_each(nodes, closeNode);
+    giveUpWaysRound();
+}
+
+} // namespace standin

@@ -1,0 +1,208 @@
+#!/usr/bin/env python3
+"""zolt_sim on a machine with I2C buses of its own, which no command on a board reaches.
+
+The machine is this one with another /dev, in mounts of the test's own. Nothing answers behind its
+buses: who gets as far as the kernel's table of drivers hears that there is no device, so "No such
+device or address" is what a bus that is reached looks like, and nobody else is refused that way.
+"""
+
+import os
+import pathlib
+import shutil
+import unittest
+
+import tap
+from programs import INFO, SIM, TOOL, Scratch, run
+
+MACHINE = """
+mount -t tmpfs none /dev
+mkdir -p /dev/shm /dev/bus
+mknod -m 666 /dev/null c 1 3
+mknod -m 666 /dev/zero c 1 5
+mknod -m 444 /dev/urandom c 1 9
+mknod -m 660 /dev/i2c-77 c 89 77
+mknod -m 660 /dev/bus/other c 89 78
+chgrp 4321 /dev/i2c-77
+exec "$@"
+"""
+ON_MACHINE = ("unshare", "--mount", "sh", "-ec", MACHINE, "sh")
+MEMBER = ("setpriv", "--reuid=daemon", "--regid=daemon", "--groups=4321")
+STRANGER = ("setpriv", "--reuid=daemon", "--regid=daemon", "--clear-groups")
+
+# A program that goes round the preload library, as one does that is linked statically.
+CAT = "env -u LD_PRELOAD cat"
+REACHED = "cat: {}: No such device or address\n"
+REFUSED = "cat: {}: Permission denied\n"
+
+# Opens a bus by the kernel's handle of its node, past what is mounted there.
+BY_HANDLE = r"""
+import ctypes, os
+libc = ctypes.CDLL(None, use_errno=True)
+handle, mount = ctypes.create_string_buffer(b"\x80\0\0\0", 136), ctypes.c_int()
+named = libc.name_to_handle_at(-1, b"/dev/i2c-77", handle, ctypes.byref(mount), 0)
+devices = os.open("/dev", os.O_RDONLY)
+print(named, libc.open_by_handle_at(devices, handle, os.O_RDONLY), os.strerror(ctypes.get_errno()))
+"""
+
+HAS_MACHINE = os.geteuid() == 0 and run(*ON_MACHINE, "true").returncode == 0
+FOR_OTHERS = HAS_MACHINE and run(*STRANGER, "sh", "-c", "test -x " + SIM).returncode == 0
+
+
+@unittest.skipUnless(HAS_MACHINE, "makes no mounts and devices")
+class MachineBuses(unittest.TestCase):
+    def setUp(self):
+        self.scratch = Scratch()
+        self.addCleanup(self.scratch.close)
+        self.scratch.path.chmod(0o777)
+
+    def machine(self, *command, script="exec", **options):
+        """Runs a command there, or a shell's script that has it as its arguments."""
+        return run(
+            *ON_MACHINE, "sh", "-c", script + ' "$@"', "sh", *command,
+            env=self.scratch.environment, **options,
+        )
+
+    def board(self, user, script, **options):
+        """Runs a shell's script on a board that a user started on that machine."""
+        if user and not FOR_OTHERS:
+            self.skipTest("the build is not for other users")
+        return self.machine(*user, SIM, "--", "sh", "-c", script, **options)
+
+    def assert_refuses(self, done, *nodes):
+        self.assertEqual(
+            (done.stdout, done.stderr), ("", "".join(REFUSED.format(node) for node in nodes))
+        )
+
+    def test_answer_without_a_board(self):
+        for user in ((), MEMBER):
+            done = self.machine(*user, "cat", "/dev/i2c-77")
+            self.assertEqual((done.stdout, done.stderr), ("", REACHED.format("/dev/i2c-77")))
+
+    def test_are_closed_to_programs_without_the_preload_library(self):
+        for user in ((), MEMBER, STRANGER):
+            done = self.board(user, f"{CAT} /dev/i2c-77; {CAT} /dev/bus/other")
+            self.assert_refuses(done, "/dev/i2c-77", "/dev/bus/other")
+
+    def test_are_closed_to_writers(self):
+        for user in ((), MEMBER):
+            done = self.board(user, "env -u LD_PRELOAD dd if=/dev/zero of=/dev/i2c-77 status=none")
+            self.assertEqual(
+                done.stderr, "dd: failed to open '/dev/i2c-77': Permission denied\n"
+            )
+
+    def test_are_closed_on_the_way_from_a_working_directory(self):
+        done = self.machine(
+            SIM, "--", "sh", "-c", f"{CAT} i2c-77", script="cd /dev; exec"
+        )
+        self.assert_refuses(done, "i2c-77")
+
+    def test_stay_closed_whatever_root_tries(self):
+        done = self.board(
+            (),
+            f"""umount /dev/i2c-77 2>/dev/null && echo uncovered
+            mknod /dev/mine c 89 77 2>/dev/null && echo made
+            nsenter --target $PPID --mount true 2>/dev/null && echo joined
+            {CAT} /proc/$PPID/root/dev/i2c-77""",
+        )
+        self.assertRegex(
+            done.stderr, r"^cat: /proc/\d+/root/dev/i2c-77: Permission denied\n$"
+        )
+        self.assertEqual(done.stdout, "")
+
+    def test_stay_closed_to_root_with_a_handle(self):
+        done = self.machine("python3", "-c", BY_HANDLE)
+        self.assertEqual(done.stdout, "0 -1 No such device or address\n")
+        done = self.machine(SIM, "--", "env", "-u", "LD_PRELOAD", "python3", "-c", BY_HANDLE)
+        self.assertEqual(done.stdout, "0 -1 Operation not permitted\n")
+
+    def test_stay_closed_in_a_namespace_of_the_commands_own(self):
+        for user in ((), MEMBER):
+            done = self.board(
+                user,
+                f"""unshare --user --map-root-user --mount sh -c '
+                umount /dev/i2c-77 2>/dev/null && echo uncovered
+                {CAT} /dev/i2c-77'""",
+            )
+            self.assert_refuses(done, "/dev/i2c-77")
+
+    def test_stay_closed_to_a_program_that_becomes_root(self):
+        program = shutil.copy(shutil.which("cat"), self.scratch.path)
+        os.chmod(program, 0o4755)
+        done = self.machine(*STRANGER, program, "/dev/bus/other")
+        self.assertEqual(done.stderr, f"{program}: /dev/bus/other: No such device or address\n")
+        for user in (MEMBER, STRANGER):
+            done = self.board(user, f"env -u LD_PRELOAD {program} /dev/bus/other")
+            self.assertEqual(done.stderr, f"{program}: /dev/bus/other: Permission denied\n")
+
+    def test_are_not_handed_on_open(self):
+        # Opened by its path alone, which needs no driver: for the kernel it is the same file.
+        opener = (
+            "import os, sys; bus = os.open('/dev/i2c-77', os.O_PATH);"
+            "os.dup2(bus, 0); os.dup2(bus, 7); os.dup2(os.open('/dev', os.O_RDONLY), 8);"
+            "os.dup2(os.open('/dev/zero', os.O_RDONLY), 9); os.execvp(sys.argv[1], sys.argv[1:])"
+        )
+        listing = "for i in 0 7 8 9; do readlink /proc/$$/fd/$i || echo $i is closed; done"
+        done = self.machine("python3", "-c", opener, SIM, "--", "sh", "-c", listing)
+        self.assertEqual(
+            (done.stdout, done.stderr), ("0 is closed\n7 is closed\n8 is closed\n/dev/zero\n", "")
+        )
+
+    def test_leave_the_rest_of_the_machine_as_it_was(self):
+        for user, who in (((), "root"), (MEMBER, "daemon"), (STRANGER, "daemon")):
+            done = self.board(
+                user,
+                f"""echo $(id -un) $(id -gn)
+                head -c 3 /dev/zero | tr '\\0' z
+                echo > /dev/null && touch {self.scratch.path}/made.{who} && echo""",
+            )
+            self.assertEqual((done.stdout, done.stderr), (f"{who} {who}\nzzz\n", ""))
+
+    def test_leave_the_board_as_it_is(self):
+        for user in ((), MEMBER, STRANGER):
+            done = self.board(
+                user,
+                f"""{TOOL} -o 11
+                test -c /dev/i2c-0 && echo bus
+                test -e /dev/i2c-77 || echo no other""",
+            )
+            self.assertEqual((done.stdout, done.stderr), (INFO + "bus\nno other\n", ""))
+
+    def test_stay_with_the_machine_while_a_board_runs(self):
+        board = f"{SIM} -- sh -c 'echo started; read end'"
+        done = self.machine(
+            script=f"""mount --make-rshared /
+            mkfifo {self.scratch.path}/end
+            exec 3<> {self.scratch.path}/end
+            {board} <&3 | (read line; cat /dev/i2c-77; grep i2c-77 /proc/self/mountinfo
+            echo > {self.scratch.path}/end)
+            exec true""",
+        )
+        self.assertEqual((done.stdout, done.stderr), ("", REACHED.format("/dev/i2c-77")))
+
+    @unittest.skipUnless(FOR_OTHERS, "the build is not for other users")
+    def test_let_no_command_start_that_cannot_be_kept_from_them(self):
+        # Who lives below another root directory gets no user namespace.
+        root = self.scratch.path / "root"
+        root.mkdir()
+        below = f"mount --rbind / {root}; exec chroot --userspec=daemon:daemon"
+        member = self.machine("--groups=4321", root, SIM, "--", "echo", "started", script=below)
+        self.assertEqual(
+            (member.returncode, member.stdout, member.stderr),
+            (
+                125,
+                "",
+                "zolt_sim: the machine's I2C buses cannot be kept from the command: "
+                "Operation not permitted\n",
+            ),
+        )
+        # They are closed to this one as it is.
+        stranger = self.machine("--groups=1234", root, SIM, "--", "echo", "started", script=below)
+        self.assertEqual((stranger.returncode, stranger.stdout), (0, "started\n"))
+
+    def test_on_a_machine_without_any_the_command_loses_nothing(self):
+        show = ("grep", "-E", "^(Cap|NoNewPrivs)", "/proc/self/status")
+        self.assertEqual(run(SIM, "--", *show).stdout, run(*show).stdout)
+
+
+if __name__ == "__main__":
+    tap.main()
