@@ -135,7 +135,11 @@ static int createIndexNode(struct BusCore* core, const struct BusCoreBus* parent
 static int createDeviceNode(struct BusCore* core, const struct BusCoreBus* bus,
                             const char* typeName, const uint8_t* record, uint8_t* reply) {
     const uint32_t target = controlNumber(record, CREATE_TARGET);
+    const struct BusCoreDevice* device = busCoreFindDevice(core, bus->number, target);
     int result = 0;
+    if (device != NULL && device->hasNode) {
+        return -EEXIST;
+    }
     if (!hasRoomForProperties(core, record)) {
         return -ENOSPC;
     }
