@@ -5,8 +5,7 @@
 
 namespace zolt {
 
-/// Loads the library of the bus views, once. What was printed so far is handed out: the views print
-/// for themselves.
+/// Loads the library of the bus views, once.
 /// @throws std::runtime_error with the loader's text when the library is not there, or is of no
 /// use; the next call tries again.
 [[nodiscard]] const BusViews& busViews();

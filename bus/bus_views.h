@@ -3,8 +3,7 @@
 // They live in a library of their own, which is loaded when an option asks the bus for the first
 // time: the bus's libraries cost more to load than a report of registers takes.
 //
-// The library prints through a console of its own. Each side hands out what it has printed before
-// the other one goes on.
+// The library prints through the console of the program that loads it.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +18,7 @@ struct BusViews {
     void (*showCirProperties)(std::uint8_t moduleType); ///< 1 (backplane) to 11 (battery)
 };
 
-constexpr const char* busViewsLibrary = "zolt_bus_views.so"; ///< beside the tool's other libraries
+constexpr const char* busViewsLibrary = "zolt_bus_views.so"; ///< beside the tool
 constexpr const char* busViewsObject = "zoltBusViews";
 
 } // namespace zolt

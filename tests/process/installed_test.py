@@ -12,7 +12,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import INFO, SANITIZED, Scratch, run  # noqa: E402
+from programs import INFO, Scratch, run  # noqa: E402
 
 
 class Installed(unittest.TestCase):
@@ -26,7 +26,8 @@ class Installed(unittest.TestCase):
              "-C", os.environ["BUILD_DIRECTORY"], "--destdir", str(cls.root)],
             check=True, stdout=subprocess.DEVNULL,
         )
-        cls.sim, cls.tool = map(cls.only, ("zolt_sim", "zolt_test"))
+        cls.sim = cls.only("zolt_sim")
+        cls.tool = cls.sim.with_name("zolt_test")
 
     @classmethod
     def only(cls, name):
@@ -38,9 +39,6 @@ class Installed(unittest.TestCase):
     def environment(self, **more):
         environment = dict(os.environ, **more)
         environment.pop("LD_LIBRARY_PATH", None)  # of the build
-        if SANITIZED:
-            # It is the sanitizer's library that loads the views then, which has not the tool's way.
-            environment["LD_LIBRARY_PATH"] = str(self.only("zolt_bus_views.so").parent)
         return environment
 
     def test_tool_asks_the_bus_of_the_installed_board(self):

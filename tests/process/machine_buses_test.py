@@ -9,10 +9,14 @@ device or address" is what a bus that is reached looks like, and nobody else is 
 import os
 import pathlib
 import shutil
+import sys
 import unittest
 
-import tap
-from programs import INFO, SIM, TOOL, Scratch, run
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+
+import tap  # noqa: E402
+from programs import INFO, SIM, TOOL, Scratch, run  # noqa: E402
 
 MACHINE = """
 mount -t tmpfs none /dev

@@ -215,7 +215,7 @@ Bay ID            = 0
             env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
         )
         complaint = (
-            "Exception : zolt_bus_views.so: cannot open shared object file: "
+            f"Exception : {scratch.path}/zolt_bus_views.so: cannot open shared object file: "
             "No such file or directory\n"
         )
         self.assertEqual(
@@ -227,7 +227,8 @@ Bay ID            = 0
         scratch = Scratch()
         self.addCleanup(scratch.close)
         library = scratch.path / "zolt_bus_views.so"
-        environment = dict(os.environ, LD_LIBRARY_PATH=f"{scratch.path}:{OTHER_PLATFORM}")
+        tool = shutil.copy(TOOL, scratch.path)
+        environment = dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM)
         for contents, problem in (
             (b"", f"{library}: file too short"),
             (b"no library, though long enough for its head" * 100,
@@ -235,10 +236,10 @@ Bay ID            = 0
             (pathlib.Path(OTHER_PLATFORM, "libdlog.so.1").read_bytes(),
              f"{library}: undefined symbol: zoltBusViews"),
             # To the loader that is no failure, so it has no text for it.
-            (pathlib.Path(os.environ["VIEWS_OF_NOTHING"]).read_bytes(), "zolt_bus_views.so"),
+            (pathlib.Path(os.environ["VIEWS_OF_NOTHING"]).read_bytes(), str(library)),
         ):
             library.write_bytes(contents)
-            done = run(TOOL, input="11\n12\n2\n100\n", env=environment)
+            done = run(tool, input="11\n12\n2\n100\n", env=environment)
             complaint = f"Exception : {problem}\n"
             self.assertEqual(
                 done.stdout,
