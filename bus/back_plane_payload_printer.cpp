@@ -30,7 +30,10 @@ constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
 } // namespace
 
 void BackPlanePayloadPrinter::print() {
-    printReport({.printer = "BackPlanePayloadPrinter", .labelWidth = wideLabel, .rows = rows});
+    static constexpr Report report{
+        .printer = "BackPlanePayloadPrinter", .labelWidth = wideLabel, .rows = rows};
+    static_assert(fits(report));
+    printReport(report);
 }
 
 } // namespace zolt

@@ -59,7 +59,10 @@ constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
 } // namespace
 
 void CEMV3PayloadPrinter::print() {
-    printReport({.printer = "CEMV3PayloadPrinter", .labelWidth = wideLabel, .rows = rows});
+    static constexpr Report report{
+        .printer = "CEMV3PayloadPrinter", .labelWidth = wideLabel, .rows = rows};
+    static_assert(fits(report));
+    printReport(report);
 }
 
 } // namespace zolt

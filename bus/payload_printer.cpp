@@ -2,6 +2,7 @@
 
 #include "console/output.h"
 
+#include <algorithm>
 #include <array>
 #include <tuple>
 #include <utility>
@@ -13,38 +14,42 @@ namespace {
 
 using EndpointBytes = std::array<std::uint8_t, 6>;
 
-// A report under composition.
+// A report under composition, in the console's own room: until it is handed over nothing of it
+// counts.
 class Composition {
 public:
-    explicit Composition(std::size_t labelWidth) : labelWidth_(labelWidth) { text_.reserve(4096); }
+    explicit Composition(std::size_t labelWidth)
+        : labelWidth_(labelWidth), end_(standardOutput.room(longestReport)) {}
 
     void add(const ReportRow& row, const PropertyValue& value) {
         addLabel(row.label);
         switch (row.type) {
         case PropertyType::byte:
-            text_ += formatHex(row.bits.of(std::get<std::uint8_t>(value)));
+            add(formatHex(row.bits.of(std::get<std::uint8_t>(value))));
             break;
         case PropertyType::word:
-            text_ += formatHex(row.bits.of(std::get<std::uint16_t>(value)));
+            add(formatHex(row.bits.of(std::get<std::uint16_t>(value))));
             break;
         case PropertyType::endpoint:
             addEndpoint(row, bytesOf(std::get<EndpointDescriptor>(value)));
             break;
         }
-        text_ += '\n';
+        add("\n");
     }
 
-    [[nodiscard]] const std::string& text() const { return text_; }
+    void handOver() { standardOutput.finish(end_); }
 
 private:
     static EndpointBytes bytesOf(const EndpointDescriptor& endpoint) {
         return std::apply([](auto... bytes) { return EndpointBytes{bytes...}; }, endpoint);
     }
 
+    void add(std::string_view text) { end_ = std::ranges::copy(text, end_).out; }
+
     void addLabel(std::string_view label) {
-        text_ += label;
-        text_.append(labelWidth_ - label.size(), ' ');
-        text_ += ": ";
+        add(label);
+        end_ = std::fill_n(end_, labelWidth_ - label.size(), ' ');
+        add(": ");
     }
 
     void addEndpoint(const ReportRow& row, const EndpointBytes& bytes) {
@@ -52,7 +57,7 @@ private:
             addBytes(bytes);
         }
         for (const EndpointField& field : row.fields) {
-            text_ += '\n';
+            add("\n");
             addLabel(field.label);
             addField(field, field.bits.of(bytes[field.byte]));
         }
@@ -61,8 +66,8 @@ private:
     void addBytes(const EndpointBytes& bytes) {
         std::string_view separator;
         for (const std::uint8_t byte : bytes) {
-            text_ += separator;
-            text_ += formatHex(byte);
+            add(separator);
+            add(formatHex(byte));
             separator = ", ";
         }
     }
@@ -70,29 +75,26 @@ private:
     void addField(const EndpointField& field, std::uint16_t value) {
         switch (field.style) {
         case FieldStyle::hexadecimal:
-            text_ += formatHex(value);
+            add(formatHex(value));
             break;
         case FieldStyle::decimal:
-            text_ += std::to_string(value);
+            end_ = appendDecimal(end_, value);
             break;
         case FieldStyle::sentence:
-            text_ += value != 0 ? field.ifSet : field.ifClear;
+            add(value != 0 ? field.ifSet : field.ifClear);
             break;
         }
     }
 
     std::size_t labelWidth_;
-    std::string text_;
+    char* end_;
 };
 
 } // namespace
 
 std::string formatHex(std::uint16_t value) {
-    std::string text = "0x";
-    for (unsigned digit = value > 0xFFF ? 4 : value > 0xFF ? 3 : 2; digit > 0; --digit) {
-        text += "0123456789ABCDEF"[(value >> (4 * (digit - 1))) & 0xF];
-    }
-    return text;
+    std::array<char, 2 + longestNumber> text{'0', 'x'};
+    return {text.data(), appendHexadecimal(text.data() + 2, value, 2, "0123456789ABCDEF")};
 }
 
 PayloadPrinter::PayloadPrinter(PropertyMap cirProperties) : properties(std::move(cirProperties)) {}
@@ -105,10 +107,12 @@ void PayloadPrinter::printReport(const Report& report) {
         return;
     }
     Composition composition(report.labelWidth);
+    std::string name; // one for all: most of the names are too long to be kept in place
     for (const ReportRow& row : report.rows) {
-        composition.add(row, properties[row.property]);
+        name = row.property;
+        composition.add(row, properties[name]);
     }
-    write(composition.text());
+    composition.handOver();
     write("\n");
     flush();
 }

@@ -8,6 +8,7 @@
 
 #include "bus/property_value.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -62,6 +63,29 @@ struct Report {
     std::size_t labelWidth;
     std::span<const ReportRow> rows;
 };
+
+/// The room in which a report is composed.
+constexpr std::size_t longestReport = 4096;
+
+/// Whether a report's labels fit their width, and the report its room, whatever the values are.
+consteval bool fits(const Report& report) {
+    constexpr std::size_t longestValue =
+        std::string_view("0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF").size();
+    std::size_t length = 0;
+    bool labelsFit = true;
+    const auto addLine = [&](std::string_view label, std::size_t value) {
+        labelsFit = labelsFit && label.size() <= report.labelWidth;
+        length += report.labelWidth + std::string_view(": \n").size() + value;
+    };
+    for (const ReportRow& row : report.rows) {
+        addLine(row.label, longestValue);
+        for (const EndpointField& field : row.fields) {
+            addLine(field.label,
+                    std::max({longestValue, field.ifSet.size(), field.ifClear.size()}));
+        }
+    }
+    return labelsFit && length <= longestReport;
+}
 
 /// Prints one module's CIR properties. Used through the class of the module alone.
 class PayloadPrinter {

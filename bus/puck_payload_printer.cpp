@@ -5,7 +5,10 @@
 namespace zolt {
 
 void PuckPayloadPrinter::print() {
-    printReport({.printer = "PuckPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows});
+    static constexpr Report report{
+        .printer = "PuckPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
+    static_assert(fits(report));
+    printReport(report);
 }
 
 } // namespace zolt

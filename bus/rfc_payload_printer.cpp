@@ -5,7 +5,10 @@
 namespace zolt {
 
 void RFCPayloadPrinter::print() {
-    printReport({.printer = "RFCPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows});
+    static constexpr Report report{
+        .printer = "RFCPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
+    static_assert(fits(report));
+    printReport(report);
 }
 
 } // namespace zolt

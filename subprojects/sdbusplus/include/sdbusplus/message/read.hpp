@@ -108,8 +108,10 @@ struct Reader<std::map<Key, Value, Order, Allocator>> {
                     "sd_bus_message_enter_container dict");
             Key key{};
             readValue(message, key);
-            const auto [entry, isNew] = entries.try_emplace(std::move(key));
-            if (isNew) {
+            const std::size_t before = entries.size();
+            // Many services send their entries in order: there it costs one comparison.
+            const auto entry = entries.emplace_hint(entries.end(), std::move(key), Value{});
+            if (entries.size() > before) {
                 readValue(message, entry->second);
             } else {
                 Value repeated{};
@@ -148,7 +150,10 @@ struct Reader<std::variant<Alternatives...>> {
 
     // Takes the first alternative that the contents fit; the first one's default when none does.
     static void read(sd_bus_message* message, Variant& value) {
-        const auto signature = std::ranges::find(signatures, variantContents(message));
+        const std::string_view contents = variantContents(message);
+        const auto signature = std::ranges::find_if(signatures, [contents](std::string_view own) {
+            return own.size() == contents.size() && own[0] == contents[0] && own == contents;
+        });
         if (signature == signatures.end()) {
             checked(sd_bus_message_skip(message, "v"), "sd_bus_message_skip variant");
             value = Variant{};
