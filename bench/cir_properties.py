@@ -16,7 +16,7 @@ import tempfile
 import time
 
 SIZES = (10, 100, 1000, 10000)
-LISTED = 20000  # objects of each size in all, but for the smallest and the largest
+LISTED = 60000  # objects of each size in all, but for the smallest and the largest
 MEMBER = "GetManagedObjects"
 
 PROPERTIES = """
@@ -86,7 +86,7 @@ def measure(arguments):
     floor = Program(arguments.floor)
     manager = ("/com/tesk/bmc/zolt/riser", "org.freedesktop.DBus.ObjectManager")
     busctl = Program("busctl", "--system", "call", "com.tesk.bmc.zolt", *manager, MEMBER)
-    for _ in range(min(300, max(5, LISTED // arguments.size))):
+    for _ in range(min(600, max(15, LISTED // arguments.size))):
         if tool.run() != floor.run():
             sys.exit("tool and floor do not print the same text")
     figures = [f"{arguments.size:5} objects"]
