@@ -18,6 +18,7 @@ from programs import (  # noqa: E402
     MAIN_MENU,
     MODULE_TYPES,
     OTHER_PLATFORM,
+    SANITIZED,
     SIM,
     SLOT_42,
     Scratch,
@@ -222,6 +223,21 @@ Bay ID            = 0
             done.stdout,
             MAIN_MENU + complaint + MAIN_MENU + MODULE_TYPES + complaint + MAIN_MENU,
         )
+
+    @unittest.skipIf(SANITIZED, "a sanitizer reads its own process's maps there")
+    def test_a_tool_that_cannot_tell_where_it_stands_lets_the_loader_search(self):
+        without_proc = ("unshare", "--mount", "sh", "-c", 'umount -l /proc && exec "$@"', "sh")
+        if run(*without_proc, "true").returncode != 0:
+            self.skipTest("takes no /proc away")
+        done = run(
+            *without_proc, TOOL, input="11\n100\n",
+            env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
+        )
+        complaint = (
+            "Exception : zolt_bus_views.so: cannot open shared object file: "
+            "No such file or directory\n"
+        )
+        self.assertEqual(done.stdout, MAIN_MENU + complaint + MAIN_MENU)
 
     def test_a_tool_with_unusable_bus_views_says_so_and_goes_on(self):
         scratch = Scratch()
