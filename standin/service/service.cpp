@@ -4,8 +4,12 @@
 #include "standin/service/value_message.h"
 
 #include <cerrno>
+#include <pwd.h>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace standin {
@@ -18,6 +22,16 @@ void require(int result, const char* call) {
     if (result < 0) {
         throw std::system_error(-result, std::generic_category(), call);
     }
+}
+
+void requestName(sd_bus* bus, const char* name) {
+    const int result = sd_bus_request_name(bus, name, 0);
+    if (result < 0 && getpwuid(geteuid()) == nullptr) { // that is why it hung up
+        throw std::runtime_error("the bus daemon serves nobody who is not in the user database, as "
+                                 "user " +
+                                 std::to_string(geteuid()) + " is not");
+    }
+    require(result, "sd_bus_request_name");
 }
 
 // The first argument of a call when that is a text; the read position is back at the start.
@@ -69,7 +83,7 @@ Service::Service(sd_event* loop, const std::string& address, ServiceModel model)
     require(sd_bus_start(raw), "sd_bus_start");
     // Sees every call before sd-bus's own notion of objects and properties does.
     require(sd_bus_add_fallback(raw, nullptr, "/", onCall, this), "sd_bus_add_fallback");
-    require(sd_bus_request_name(raw, model_.name.c_str(), 0), "sd_bus_request_name");
+    requestName(raw, model_.name.c_str());
     require(sd_bus_attach_event(raw, loop, SD_EVENT_PRIORITY_NORMAL), "sd_bus_attach_event");
 }
 

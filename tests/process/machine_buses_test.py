@@ -16,7 +16,15 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import INFO, SIM, TOOL, Scratch, run  # noqa: E402
+from programs import (  # noqa: E402
+    INFO,
+    SIM,
+    TOOL,
+    Scratch,
+    other_user,
+    run,
+    serves_others,
+)
 
 MACHINE = """
 mount -t tmpfs none /dev
@@ -30,8 +38,8 @@ chgrp 4321 /dev/i2c-77
 exec "$@"
 """
 ON_MACHINE = ("unshare", "--mount", "sh", "-ec", MACHINE, "sh")
-MEMBER = ("setpriv", "--reuid=daemon", "--regid=daemon", "--groups=4321")
-STRANGER = ("setpriv", "--reuid=daemon", "--regid=daemon", "--clear-groups")
+MEMBER = other_user("daemon", "4321")
+STRANGER = other_user("daemon")
 
 # A program that goes round the preload library, as one does that is linked statically.
 CAT = "env -u LD_PRELOAD cat"
@@ -49,7 +57,6 @@ print(named, libc.open_by_handle_at(devices, handle, os.O_RDONLY), os.strerror(c
 """
 
 HAS_MACHINE = os.geteuid() == 0 and run(*ON_MACHINE, "true").returncode == 0
-FOR_OTHERS = HAS_MACHINE and run(*STRANGER, "sh", "-c", "test -x " + SIM).returncode == 0
 
 
 @unittest.skipUnless(HAS_MACHINE, "makes no mounts and devices")
@@ -68,8 +75,8 @@ class MachineBuses(unittest.TestCase):
 
     def board(self, user, script, **options):
         """Runs a shell's script on a board that a user started on that machine."""
-        if user and not FOR_OTHERS:
-            self.skipTest("the build is not for other users")
+        if user and not serves_others():
+            self.skipTest("serves no other user")
         return self.machine(*user, SIM, "--", "sh", "-c", script, **options)
 
     def assert_refuses(self, done, *nodes):
@@ -183,7 +190,7 @@ class MachineBuses(unittest.TestCase):
         )
         self.assertEqual((done.stdout, done.stderr), ("", REACHED.format("/dev/i2c-77")))
 
-    @unittest.skipUnless(FOR_OTHERS, "the build is not for other users")
+    @unittest.skipUnless(serves_others(), "serves no other user")
     def test_let_no_command_start_that_cannot_be_kept_from_them(self):
         # Who lives below another root directory gets no user namespace.
         root = self.scratch.path / "root"

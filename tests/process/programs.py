@@ -1,5 +1,6 @@
 """Where the programs under test are: the build says so through the environment."""
 
+import functools
 import os
 import pathlib
 import select
@@ -65,6 +66,18 @@ def run(*command, **options):
     options.setdefault("timeout", TIMEOUT_SECONDS)
     options.setdefault("input", "")
     return subprocess.run(command, capture_output=True, text=True, check=False, **options)
+
+
+def other_user(user, *groups):
+    """What in front of a command lets another user run it."""
+    membership = f"--groups={','.join(groups)}" if groups else "--clear-groups"
+    return "setpriv", f"--reuid={user}", f"--regid={user}", membership
+
+
+@functools.cache
+def serves_others():
+    """Whether we can be another user, and whoever it is finds what was built."""
+    return os.geteuid() == 0 and run(*other_user("daemon"), "test", "-x", SIM).returncode == 0
 
 
 class Session:

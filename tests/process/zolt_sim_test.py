@@ -15,7 +15,15 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import SIM, TIMEOUT_SECONDS, TOOL, Scratch, run  # noqa: E402
+from programs import (  # noqa: E402
+    SIM,
+    TIMEOUT_SECONDS,
+    TOOL,
+    Scratch,
+    other_user,
+    run,
+    serves_others,
+)
 
 
 class SimTest(unittest.TestCase):
@@ -90,7 +98,6 @@ class Status(SimTest):
             "zolt_sim: cannot make a private directory: No such file or directory\n",
         )
 
-
     def test_is_125_when_the_place_is_too_deep_for_a_socket(self):
         deep = str(self.scratch.path / ("d" * 100))
         os.mkdir(deep)
@@ -99,6 +106,16 @@ class Status(SimTest):
             self.sim("true"),
             125,
             f"zolt_sim: TMPDIR is too long: no socket fits below '{deep}/zolt_sim.XXXXXX'\n",
+        )
+
+    @unittest.skipUnless(serves_others(), "serves no other user")
+    def test_is_125_for_a_user_without_a_name(self):
+        self.scratch.path.chmod(0o777)
+        self.assert_refused(
+            run(*other_user("54321"), SIM, "--", "true", env=self.scratch.environment),
+            125,
+            "zolt_sim: the bus daemon serves nobody who is not in the user database, as user "
+            "54321 is not\n",
         )
 
     def test_is_the_commands_in_the_deepest_place_for_a_socket(self):
