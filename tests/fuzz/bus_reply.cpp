@@ -14,6 +14,8 @@ namespace {
 
 constexpr int deepest = 6;
 constexpr unsigned longestArray = 20;
+constexpr unsigned mostValues = 3;
+constexpr std::size_t longestType = 255 / mostValues; // of a message's signature
 
 void require(int result) {
     if (result < 0) {
@@ -149,7 +151,7 @@ PropertyValue Reply::addKnownVariant() {
 }
 
 void Reply::addAnything() {
-    for (int values = bytes_.take() % 4; values > 0; --values) {
+    for (unsigned values = bytes_.take() % (mostValues + 1); values > 0; --values) {
         addValue(anyType());
     }
 }
@@ -182,7 +184,7 @@ std::string Reply::anyType() {
         break;
     }
     --depth_;
-    return type;
+    return type.size() <= longestType ? type : "y";
 }
 
 void Reply::addNumber(char code, unsigned width) {
