@@ -27,13 +27,13 @@ constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
     {"checksum", "checksum"},
 }));
 
+constexpr Report report{
+    .printer = "BackPlanePayloadPrinter", .labelWidth = wideLabel, .rows = rows};
+
 } // namespace
 
 void BackPlanePayloadPrinter::print() {
-    static constexpr Report report{
-        .printer = "BackPlanePayloadPrinter", .labelWidth = wideLabel, .rows = rows};
-    static_assert(fits(report));
-    printReport(report);
+    printReport<report>();
 }
 
 } // namespace zolt

@@ -56,13 +56,12 @@ constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
     {"checksum", "checksum"},
 }));
 
+constexpr Report report{.printer = "CEMV3PayloadPrinter", .labelWidth = wideLabel, .rows = rows};
+
 } // namespace
 
 void CEMV3PayloadPrinter::print() {
-    static constexpr Report report{
-        .printer = "CEMV3PayloadPrinter", .labelWidth = wideLabel, .rows = rows};
-    static_assert(fits(report));
-    printReport(report);
+    printReport<report>();
 }
 
 } // namespace zolt

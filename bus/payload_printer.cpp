@@ -101,7 +101,7 @@ PayloadPrinter::PayloadPrinter(PropertyMap cirProperties) : properties(std::move
 
 PayloadPrinter::PayloadPrinter(std::vector<std::uint8_t> payload) : rawBuffer(std::move(payload)) {}
 
-void PayloadPrinter::printReport(const Report& report) {
+void PayloadPrinter::printFitting(const Report& report) {
     if (!rawBuffer.empty()) {
         zolt::print<"%s - Raw Buffer print is not supported !.... \n">(report.printer);
         return;

@@ -105,10 +105,17 @@ protected:
     PayloadPrinter(const PayloadPrinter&) = default;
     PayloadPrinter& operator=(const PayloadPrinter&) = default;
 
-    void printReport(const Report& report);
+    template <const Report& report>
+    void printReport() {
+        static_assert(fits(report));
+        printFitting(report);
+    }
 
     PropertyMap properties;
     std::vector<std::uint8_t> rawBuffer;
+
+private:
+    void printFitting(const Report& report);
 };
 
 } // namespace zolt

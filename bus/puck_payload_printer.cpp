@@ -4,11 +4,15 @@
 
 namespace zolt {
 
+namespace {
+
+constexpr Report report{
+    .printer = "PuckPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
+
+} // namespace
+
 void PuckPayloadPrinter::print() {
-    static constexpr Report report{
-        .printer = "PuckPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
-    static_assert(fits(report));
-    printReport(report);
+    printReport<report>();
 }
 
 } // namespace zolt

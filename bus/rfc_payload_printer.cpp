@@ -4,11 +4,15 @@
 
 namespace zolt {
 
+namespace {
+
+constexpr Report report{
+    .printer = "RFCPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
+
+} // namespace
+
 void RFCPayloadPrinter::print() {
-    static constexpr Report report{
-        .printer = "RFCPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
-    static_assert(fits(report));
-    printReport(report);
+    printReport<report>();
 }
 
 } // namespace zolt

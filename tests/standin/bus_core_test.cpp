@@ -101,12 +101,13 @@ TEST_F(BusCoreTest, fullTablesRefuseMore) {
     EXPECT_EQ(busCoreAddFault(core(), &fault), -ENOSPC);
 }
 
-TEST_F(BusCoreTest, aDeviceNodeThatIsThereIsRefusedAsSuchWithoutRoomToo) {
+TEST_F(BusCoreTest, aDeviceNodeThatCannotBeIsRefusedAsSuchWithoutRoomToo) {
     ASSERT_EQ(busCoreAddDeviceNode(core(), 5, 0x50, 0, "PUCK"), 0);
     for (std::uint32_t id = 0; core()->propertyCount < BUS_CORE_PROPERTIES; ++id) {
         ASSERT_EQ(busCoreSetProperty(core(), 5, 0, id, id), 0);
     }
     EXPECT_EQ(send(createNode(1, 0x50, "PUCK", "/dev/i2c-5")), -EEXIST);
+    EXPECT_EQ(send(createNode(1, 0x80, "PUCK", "/dev/i2c-5")), -EINVAL);
     EXPECT_EQ(send(createNode(1, 0x51, "PUCK", "/dev/i2c-5")), -ENOSPC);
 }
 

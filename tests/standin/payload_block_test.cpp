@@ -8,6 +8,14 @@
 namespace standin {
 namespace {
 
+std::vector<int> offsetsOf(const Board& board) {
+    std::vector<int> offsets;
+    for (const Slot& slot : board.slots) {
+        offsets.push_back(slot.payloadOffset);
+    }
+    return offsets;
+}
+
 TEST(PayloadBlock, payloadsWithoutAnOffsetLieOneBehindTheOtherWithAByteBetween) {
     const Board board = parseBoard(R"(
 [[slot]]
@@ -27,11 +35,7 @@ id = 9
 payload = [7]
 )",
                                    "b");
-    std::vector<int> offsets;
-    for (const Slot& slot : board.slots) {
-        offsets.push_back(slot.payloadOffset);
-    }
-    EXPECT_EQ(offsets, (std::vector{0, 0, 4, 100, 103}));
+    EXPECT_EQ(offsetsOf(board), (std::vector{0, 0, 4, 100, 103}));
 }
 
 TEST(PayloadBlock, payloadsMayTouchAndASlotMayPointAtAnothersBytes) {
@@ -55,11 +59,7 @@ payload_offset = 10
 0x2A0B = 9
 )",
                                    "b");
-    std::vector<int> offsets;
-    for (const Slot& slot : board.slots) {
-        offsets.push_back(slot.payloadOffset);
-    }
-    EXPECT_EQ(offsets, (std::vector{10, 12, 9, 10}));
+    EXPECT_EQ(offsetsOf(board), (std::vector{10, 12, 9, 10}));
     EXPECT_EQ(board.rawOverrides.at(0x2A0B), 9);
 }
 

@@ -130,20 +130,26 @@ int busCoreAddMemory(struct BusCore* core, uint32_t bus, uint32_t address, uint8
     return 0;
 }
 
-int busCoreAddDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address, uint32_t index,
-                         const char* typeName) {
-    struct BusCoreDevice* device = NULL;
+int busCoreCheckDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address) {
+    const struct BusCoreDevice* device = busCoreFindDevice(core, bus, address);
     const int result = checkPlace(core, bus, address);
     if (result != 0) {
         return result;
     }
+    if (device != NULL) {
+        return device->hasNode ? -EEXIST : 0;
+    }
+    return core->deviceCount == BUS_CORE_DEVICES ? -ENOSPC : 0;
+}
+
+int busCoreAddDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address, uint32_t index,
+                         const char* typeName) {
+    struct BusCoreDevice* device = NULL;
+    const int result = busCoreCheckDeviceNode(core, bus, address);
+    if (result != 0) {
+        return result;
+    }
     device = deviceAt(core, bus, address);
-    if (device == NULL) {
-        return -ENOSPC;
-    }
-    if (device->hasNode) {
-        return -EEXIST;
-    }
     device->hasNode = true;
     device->index = index;
     setName(device->typeName, typeName);

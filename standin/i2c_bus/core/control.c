@@ -135,20 +135,17 @@ static int createIndexNode(struct BusCore* core, const struct BusCoreBus* parent
 static int createDeviceNode(struct BusCore* core, const struct BusCoreBus* bus,
                             const char* typeName, const uint8_t* record, uint8_t* reply) {
     const uint32_t target = controlNumber(record, CREATE_TARGET);
-    const struct BusCoreDevice* device = busCoreFindDevice(core, bus->number, target);
-    int result = 0;
-    if (device != NULL && device->hasNode) {
-        return -EEXIST;
+    const int result = busCoreCheckDeviceNode(core, bus->number, target);
+    if (result != 0) {
+        return result;
     }
     if (!hasRoomForProperties(core, record)) {
         return -ENOSPC;
     }
-    result = busCoreAddDeviceNode(core, bus->number, target, controlNumber(record, CREATE_INDEX),
-                                  typeName);
-    if (result == 0) {
-        answerNode(core, bus->number, target, record, reply);
-    }
-    return result;
+    (void)busCoreAddDeviceNode(core, bus->number, target, controlNumber(record, CREATE_INDEX),
+                               typeName);
+    answerNode(core, bus->number, target, record, reply);
+    return 0;
 }
 
 static int createNode(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,

@@ -8,6 +8,9 @@ int busCoreControl(struct BusCore* core, struct BusCoreBus* bus, struct i2c_msg*
 int busCorePlain(struct BusCore* core, const struct BusCoreBus* bus, struct i2c_msg* messages,
                  uint32_t count);
 
+// What busCoreAddDeviceNode() would give, with nothing done.
+int busCoreCheckDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address);
+
 // The error of the fault that fits, 0 when none does; of several the last one counts.
 int busCoreFaultOf(const struct BusCore* core, uint32_t bus, uint32_t operation, uint32_t selector);
 

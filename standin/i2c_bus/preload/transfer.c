@@ -58,7 +58,7 @@ int ioctl(int descriptor, unsigned long request, ...) {
         if (busIsOpen(descriptor)) {
             return busIoctl(descriptor, request, argument);
         }
-        if (isRealBus(descriptor)) { // whoever started the command has left it open
+        if (isRealBus(descriptor)) { // another process has handed it over
             errno = ENODEV;
             return -1;
         }
