@@ -116,7 +116,7 @@ bool isMissing(const Question& question, const OptionArgs& given) {
 bool ask(const Question& question, OptionArgs& given) {
     std::int8_t answer = 0; // and 0 it stays at the end of input
     question.prompt();
-    if (!readByte(answer)) {
+    if (readByte(answer) == Reading::notANumber) {
         write("\nscanf error");
         return false;
     }

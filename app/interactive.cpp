@@ -14,7 +14,7 @@ void runInteractive() {
     // The pass that reads 100 still hands it to the dispatcher, which has no such option.
     while (option != exitOption) {
         printMainMenu();
-        if (!readByte(option)) {
+        if (readByte(option) == Reading::notANumber) {
             write("\nscanf error");
             return;
         }

@@ -6,22 +6,33 @@
 
 namespace zolt {
 
-// scanf is what defines these answers: its widths, its overflow, what it leaves unread.
+namespace {
+
+Reading outcome(int itemsRead) {
+    if (itemsRead > 0) {
+        return Reading::number;
+    }
+    return itemsRead == 0 ? Reading::notANumber : Reading::endOfInput;
+}
+
+} // namespace
+
+// scanf defines these answers: their widths, their overflow, the text that stays unread.
 // NOLINTBEGIN(cert-err34-c)
 
-bool readByte(std::int8_t& answer) {
+Reading readByte(std::int8_t& answer) {
     flush();
-    return std::scanf("%hhd", &answer) != 0;
+    return outcome(std::scanf("%hhd", &answer));
 }
 
-bool readDecimal(int& answer) {
+Reading readDecimal(int& answer) {
     flush();
-    return std::scanf("%d", &answer) != 0;
+    return outcome(std::scanf("%d", &answer));
 }
 
-bool readHexadecimal(unsigned& answer) {
+Reading readHexadecimal(unsigned& answer) {
     flush();
-    return std::scanf("%x", &answer) != 0;
+    return outcome(std::scanf("%x", &answer));
 }
 
 // NOLINTEND(cert-err34-c)

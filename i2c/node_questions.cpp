@@ -8,11 +8,12 @@ namespace zolt {
 
 namespace {
 
-bool valid(bool isNumber, std::string_view invalid) {
-    if (!isNumber) {
+bool valid(Reading reading, std::string_view invalid) {
+    if (reading == Reading::notANumber) {
         write(invalid);
+        return false;
     }
-    return isNumber;
+    return true;
 }
 
 } // namespace

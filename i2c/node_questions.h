@@ -1,7 +1,7 @@
-// What the node operations ask the operator for.
+// The questions of the node operations to the operator.
 //
-// Each asks, reads, and prints what is invalid when the answer is not a number. At the end of input
-// an answer stays as it was, so an answer that nobody gave goes to the driver with all bits set.
+// Each prints its prompt, reads the answer, and prints a complaint when the answer is not a number.
+// At the end of input the answer keeps its initial value, all bits set, and goes to the driver so.
 #pragma once
 
 #include <cstdint>

@@ -43,7 +43,7 @@ Status showByChoice(std::uint8_t format, const std::function<void(std::int8_t)>&
         write("1 : Raw Dump\n"
               "2 : Human Readable\n"
               "3 : Go Back\n");
-        if (!readByte(choice)) {
+        if (readByte(choice) != Reading::number) {
             write("scanf error\n");
             return statusNothingToShow;
         }

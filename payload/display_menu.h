@@ -30,8 +30,8 @@ void show(const Display& display, std::int8_t choice);
 /// is to go back.
 ///
 /// @param view  called with each choice; it answers invalid ones itself.
-/// @return statusDone, or statusNothingToShow when the choice was not a number. At the end of input
-///         the last choice stands, and there is no end to it.
+/// @return statusDone; statusNothingToShow without a choice, which is printed: the text at hand is
+///         not a number, or the input has ended.
 Status showByChoice(std::uint8_t format, const std::function<void(std::int8_t choice)>& view);
 
 } // namespace zolt

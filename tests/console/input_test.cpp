@@ -12,11 +12,11 @@ namespace {
 
 using test::outputOf;
 
-// One reader over one input: what it answers, and what it leaves of the answer variable.
+// One reader over one input: its result, and the answer that it leaves.
 template <typename Answer>
 struct Case {
     const char* input;
-    bool succeeds;
+    Reading result;
     Answer answer;
 };
 
@@ -24,65 +24,69 @@ template <typename Answer, typename Reader>
 void expectAnswers(Reader read, Answer before, std::initializer_list<Case<Answer>> cases) {
     for (const auto& each : cases) {
         Answer answer = before;
-        bool succeeded = false;
-        (void)outputOf([&] { succeeded = read(answer); }, each.input);
-        EXPECT_EQ(succeeded, each.succeeds) << '"' << each.input << '"';
+        auto result = static_cast<Reading>(0xFF);
+        (void)outputOf([&] { result = read(answer); }, each.input);
+        EXPECT_EQ(result, each.result) << '"' << each.input << '"';
         EXPECT_EQ(answer, each.answer) << '"' << each.input << '"';
     }
 }
 
 TEST(ReadByte, keepsEightBits) {
     expectAnswers<std::int8_t>(readByte, 9,
-                               {{"5\n", true, 5},
-                                {"  \n\t 100", true, 100},
-                                {"-1", true, -1},
-                                {"255", true, -1},
-                                {"256", true, 0},
-                                {"265", true, 9},
-                                {"+7", true, 7},
-                                {"0x10", true, 0},
-                                {"12abc", true, 12}});
+                               {{"5\n", Reading::number, 5},
+                                {"  \n\t 100", Reading::number, 100},
+                                {"-1", Reading::number, -1},
+                                {"255", Reading::number, -1},
+                                {"256", Reading::number, 0},
+                                {"265", Reading::number, 9},
+                                {"+7", Reading::number, 7},
+                                {"0x10", Reading::number, 0},
+                                {"12abc", Reading::number, 12}});
 }
 
 TEST(ReadByte, failsOnWhatIsNoNumber) {
-    expectAnswers<std::int8_t>(readByte, 9, {{"x", false, 9}, {"\n;", false, 9}, {".5", false, 9}});
+    expectAnswers<std::int8_t>(readByte, 9,
+                               {{"x", Reading::notANumber, 9},
+                                {"\n;", Reading::notANumber, 9},
+                                {".5", Reading::notANumber, 9}});
 }
 
 TEST(ReadByte, endOfInputKeepsTheAnswer) {
-    expectAnswers<std::int8_t>(readByte, 9, {{"", true, 9}, {" \n", true, 9}});
+    expectAnswers<std::int8_t>(readByte, 9,
+                               {{"", Reading::endOfInput, 9}, {" \n", Reading::endOfInput, 9}});
 }
 
 TEST(ReadDecimal, reads32Bits) {
     expectAnswers<int>(readDecimal, -1,
-                       {{"2147483647", true, 2147483647},
-                        {"-2147483648", true, -2147483647 - 1},
-                        {"a", false, -1},
-                        {"", true, -1}});
+                       {{"2147483647", Reading::number, 2147483647},
+                        {"-2147483648", Reading::number, -2147483647 - 1},
+                        {"a", Reading::notANumber, -1},
+                        {"", Reading::endOfInput, -1}});
 }
 
 TEST(ReadHexadecimal, takesAPrefixOrNone) {
     expectAnswers<unsigned>(readHexadecimal, 7,
-                            {{"50", true, 0x50},
-                             {"0x1A", true, 0x1A},
-                             {"ffffffff", true, 0xFFFFFFFF},
-                             {"g", false, 7},
-                             {"", true, 7}});
+                            {{"50", Reading::number, 0x50},
+                             {"0x1A", Reading::number, 0x1A},
+                             {"ffffffff", Reading::number, 0xFFFFFFFF},
+                             {"g", Reading::notANumber, 7},
+                             {"", Reading::endOfInput, 7}});
 }
 
 TEST(Reading, leavesTheRestOfTheLine) {
     std::int8_t first = 0;
     std::int8_t second = 0;
-    bool third = true;
+    auto third = Reading::number;
     (void)outputOf(
         [&] {
-            ASSERT_TRUE(readByte(first));
-            ASSERT_TRUE(readByte(second));
+            ASSERT_EQ(readByte(first), Reading::number);
+            ASSERT_EQ(readByte(second), Reading::number);
             third = readByte(first);
         },
         "3 4x");
     EXPECT_EQ(first, 3);
     EXPECT_EQ(second, 4);
-    EXPECT_FALSE(third);
+    EXPECT_EQ(third, Reading::notANumber);
 }
 
 } // namespace

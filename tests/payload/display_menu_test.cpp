@@ -57,26 +57,13 @@ TEST(DisplayMenu, aGivenFormatIsShownOnceWithoutAMenu) {
     EXPECT_EQ(dialogue(200, "").output, "[-56]\n");
 }
 
-// There is no way out but the view's.
-TEST(DisplayMenu, atTheEndOfInputTheLastChoiceStands) {
-    struct Enough {};
-    const auto passes = [](std::string_view input) {
-        return outputOf(
-            [] {
-                int left = 3;
-                EXPECT_THROW(showByChoice(0,
-                                          [&](std::int8_t choice) {
-                                              print<"[%d]\n">(choice);
-                                              if (--left == 0) {
-                                                  throw Enough();
-                                              }
-                                          }),
-                             Enough);
-            },
-            input);
-    };
-    EXPECT_EQ(passes(""), menu + "[0]\n" + menu + "[0]\n" + menu + "[0]\n");
-    EXPECT_EQ(passes("1"), menu + "[1]\n" + menu + "[1]\n" + menu + "[1]\n");
+TEST(DisplayMenu, theEndOfInputEndsItAsAChoiceThatIsNoNumberDoes) {
+    const auto atOnce = dialogue(0, "");
+    EXPECT_EQ(atOnce.output, menu + "scanf error\n");
+    EXPECT_EQ(atOnce.status, statusNothingToShow);
+    const auto later = dialogue(0, "1\n");
+    EXPECT_EQ(later.output, menu + "[1]\n" + menu + "scanf error\n");
+    EXPECT_EQ(later.status, statusNothingToShow);
 }
 
 class Displays : public testing::Test {
