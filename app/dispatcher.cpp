@@ -1,7 +1,8 @@
 #include "app/dispatcher.h"
 
-#include "app/bus_views_loader.h"
 #include "app/menus.h"
+#include "bus/all_devices_path.h"
+#include "bus/zolt_info_properties.h"
 #include "console/input.h"
 #include "console/output.h"
 #include "cpld/control_registers.h"
@@ -68,15 +69,24 @@ constexpr Question deviceType{
     .highestAnswer = anyByte,
 };
 
-// The bus is for the options that ask it alone: one that is gone does not touch the others.
-Status showInfoProperties(const OptionArgs&) {
-    busViews().showInfoProperties();
+// The options that show the service connect to the system bus, each run anew: a bus that is gone
+// does not touch the other options, and a bus that came back serves the next run. The views print
+// their own failures.
+template <typename View>
+Status onSystemBus(View show) {
+    flush();
+    auto bus = sdbusplus::bus::new_default_system();
+    show(bus);
+    flush(); // the end of the connection waits for the bus once more
     return statusDone;
 }
 
+Status showInfoProperties(const OptionArgs&) {
+    return onSystemBus(PrintZoltInfoProperties);
+}
+
 Status showCirProperties(const OptionArgs& given) {
-    busViews().showCirProperties(given.moduleSelector);
-    return statusDone;
+    return onSystemBus([&](auto& bus) { PrintAllDevicesPath(bus, given.moduleSelector); });
 }
 
 constexpr OptionRow rows[] = {

@@ -4,6 +4,7 @@
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import unittest
@@ -55,19 +56,37 @@ class Installed(unittest.TestCase):
         done = run(
             self.sim, "--", self.tool, "-o", "11", env=self.environment(LD_DEBUG="files")
         )
-        loaded = set(re.findall(r"calling init: (/.*/(?:lib)?(zolt_bus_views|hal|cpld|dlog|sysinfo|"
+        loaded = set(re.findall(r"calling init: (/.*/(?:lib)?(hal|cpld|dlog|sysinfo|"
                                 r"zolt_sim_i2c)\.so.*)", done.stderr))
         self.assertEqual(
             {name for _, name in loaded},
-            {"zolt_bus_views", "hal", "cpld", "dlog", "sysinfo", "zolt_sim_i2c"},
+            {"hal", "cpld", "dlog", "sysinfo", "zolt_sim_i2c"},
         )
         for path, _ in loaded:
             self.assertTrue(pathlib.Path(path).is_relative_to(self.root), path)
 
-    def test_library_of_the_bus_views_offers_nothing_else(self):
-        done = run("nm", "-D", "--defined-only", self.only("zolt_bus_views.so"))
-        self.assertEqual([line.split()[1:] for line in done.stdout.splitlines()],
-                         [["D", "zoltBusViews"]])
+    def test_tool_is_one_file(self):
+        # A copy of the program alone, the only file of the tool on a controller.
+        alone = self.scratch.path / "alone" / "zolt_test"
+        alone.parent.mkdir()
+        shutil.copy(self.tool, alone)
+        done = run(self.sim, "--", alone, "-o", "11", env=self.environment())
+        self.assertEqual((done.stdout, done.stderr, done.returncode), (INFO, "", 0))
+
+    def test_program_page_and_completion_are_all_of_the_tool(self):
+        # Boards and libraries are the stand-in's.
+        files = {path for path in self.root.rglob("*") if not path.is_dir()}
+        prefix = self.sim.parent.parent
+        of_the_stand_in = {
+            path for path in files
+            if "zolt_sim" in path.relative_to(prefix).as_posix() or path.suffix == ".toml"
+        }
+        self.assertEqual(
+            {path.relative_to(prefix).as_posix() for path in files - of_the_stand_in},
+            {"bin/zolt_test", "share/man/man1/zolt_test.1",
+             "share/bash-completion/completions/zolt_test"},
+        )
+        self.assertFalse(self.tool.is_symlink())
 
 
 if __name__ == "__main__":
