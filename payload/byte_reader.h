@@ -4,6 +4,7 @@
 // touches what is not there; it says that there is nothing.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -25,16 +26,18 @@ public:
         return bytes_[offset];
     }
 
-    /// The text field of @p length bytes at @p offset, up to its first NUL; none when any byte of
-    /// the field lies past the end.
+    /// The text field of @p length bytes at @p offset, up to its first NUL; none when the bytes end
+    /// before the NUL, or without one before the field does.
     [[nodiscard]] std::optional<std::string_view> text(std::size_t offset,
                                                        std::size_t length) const {
-        if (offset > bytes_.size() || length > bytes_.size() - offset) {
+        const auto rest = bytes_.subspan(std::min(offset, bytes_.size()));
+        const auto field = rest.first(std::min(length, rest.size()));
+        const std::string_view text(reinterpret_cast<const char*>(field.data()), field.size());
+        const std::size_t end = text.find('\0');
+        if (end == text.npos && field.size() < length) {
             return std::nullopt;
         }
-        const auto field = bytes_.subspan(offset, length);
-        const std::string_view text(reinterpret_cast<const char*>(field.data()), length);
-        return text.substr(0, text.find('\0'));
+        return text.substr(0, end);
     }
 
 private:

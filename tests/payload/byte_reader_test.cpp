@@ -36,13 +36,22 @@ TEST(ByteReader, textEndsAtItsFirstNulOrItsField) {
     EXPECT_EQ(reader.text(3, 2), "cd");
 }
 
-TEST(ByteReader, textThatIsPartlyMissingIsMissing) {
-    const std::vector<std::uint8_t> bytes{'a', 0, 'b'};
+TEST(ByteReader, textWhoseNulIsThereIsThereThoughItsFieldIsNot) {
+    const std::vector<std::uint8_t> bytes{'a', 0, 'b', 0};
     const ByteReader reader(bytes);
-    EXPECT_EQ(reader.text(0, 4), std::nullopt);
+    EXPECT_EQ(reader.text(0, 5), "a");
+    EXPECT_EQ(reader.text(2, farAway), "b");
+    EXPECT_EQ(reader.text(3, 2), "");
+}
+
+TEST(ByteReader, textThatIsCutBeforeItsNulIsMissing) {
+    const std::vector<std::uint8_t> bytes{0, 'a', 'b'};
+    const ByteReader reader(bytes);
+    EXPECT_EQ(reader.text(1, 2), "ab"); // it fills its field
+    EXPECT_EQ(reader.text(1, 3), std::nullopt);
+    EXPECT_EQ(reader.text(2, farAway), std::nullopt);
     EXPECT_EQ(reader.text(3, 1), std::nullopt);
-    EXPECT_EQ(reader.text(4, 0), std::nullopt);
-    EXPECT_EQ(reader.text(1, farAway), std::nullopt);
+    EXPECT_EQ(reader.text(4, 1), std::nullopt);
     EXPECT_EQ(reader.text(farAway, 1), std::nullopt);
 }
 

@@ -128,6 +128,27 @@ TEST(RiserSlotMap, descriptionFillsItsField) {
     EXPECT_EQ(decoded(joined({front(0, ""), {5}})), frontText(0, "") + checksumText(5));
 }
 
+TEST(RiserSlotMap, aTextWhoseNulIsThereIsShownThoughTheRestOfItsFieldIsNot) {
+    const Bytes whole = joined({front(1, "Short"), {5, 33}, text("LOC", 8), text("XPN", 8)});
+    const std::string config = "\n\nCONFIG DETAILS :\n\n"
+                               "RISER CONFIG# MAJOR            = 3\n"
+                               "RISER CONFIG# MINOR            = 17\n";
+    const std::string described = config + "RISER CONFIG DESCRIPTION       = Short\n"
+                                           "\n\nNON PICPWR SLOT INFORMATION :\n\n";
+    EXPECT_EQ(decoded(cut(whole, 2 + 5)), config);     // behind the last letter
+    EXPECT_EQ(decoded(cut(whole, 2 + 6)), described);  // behind the NUL
+    EXPECT_EQ(decoded(cut(whole, 2 + 47)), described); // the field lacks one byte
+
+    const std::string record = frontText(1, "Short") + headingOf(1) +
+                               "PICPWR ID                      = 5\n"
+                               "PAYLOAD SIZE                   = 33\n";
+    const std::string located = record + "RISER PHYSICAL LOCATION        = LOC\n";
+    EXPECT_EQ(decoded(cut(whole, 59 + 5)), record);
+    EXPECT_EQ(decoded(cut(whole, 59 + 6)), located);
+    EXPECT_EQ(decoded(cut(whole, 59 + 13)), located);
+    EXPECT_EQ(decoded(cut(whole, 59 + 14)), located + "MECH ASSY XPN                  = XPN\n");
+}
+
 TEST(RiserSlotMap, theNextRecordStartsWhereTheSizeSays) {
     // Longer than its fields by three bytes.
     Bytes longer = bareRecord;
@@ -245,7 +266,9 @@ TEST(RiserSlotMap, endsWhereItsBytesEnd) {
              Cut{0, "RISER CONFIG# MAJOR"},
              Cut{1, "RISER CONFIG# MINOR"},
              Cut{2, "RISER CONFIG DESC"},
-             Cut{49, "RISER CONFIG DESC"},
+             Cut{18, "RISER CONFIG DESC"}, // without the NUL behind its 16 letters
+             Cut{19, "KARN CARD PRESENCE"},
+             Cut{49, "KARN CARD PRESENCE"},
              Cut{50, "KARN CARD PRESENCE"},
              Cut{57, "EMBEDDED OCP NIC SLOT TYPE"},
              Cut{58, "NUMBER OF PICPWR"},
@@ -254,7 +277,9 @@ TEST(RiserSlotMap, endsWhereItsBytesEnd) {
              Cut{61, "RISER PHYSICAL LOCATION"},
              Cut{68, "RISER PHYSICAL"},
              Cut{69, "MECH ASSY XPN"},
-             Cut{76, "MECH ASSY XPN"},
+             Cut{72, "MECH ASSY XPN"}, // without the NUL behind its three letters
+             Cut{73, "HWUID MSB                      = 0x12"},
+             Cut{76, "HWUID MSB                      = 0x12"},
              Cut{77, "HWUID MSB                      = 0x12"},
              Cut{79, "NO OF DSLs"},
              Cut{80, "DSL1 "},
