@@ -19,8 +19,6 @@ namespace {
 constexpr std::uint16_t controlFlag = 0x0080; // the driver's own, no flag of Linux
 constexpr std::uint16_t controlAddress = 0;
 
-constexpr std::string_view prefix = "/dev/i2c-";
-
 std::string_view errorText() {
     return std::strerror(errno);
 }
@@ -28,14 +26,19 @@ std::string_view errorText() {
 } // namespace
 
 BusPath::BusPath(std::int32_t bus) {
-    std::array<char, prefix.size() + longestNumber> whole;
-    std::memcpy(whole.data(), prefix.data(), prefix.size());
-    const char* const end = appendDecimal(whole.data() + prefix.size(), bus);
-    const auto length = static_cast<std::size_t>(end - whole.data());
-    std::copy_n(whole.begin(), std::min(length, busTextSize - 1), text_.begin());
+    char* const number = std::ranges::copy(prefix, text_.begin()).out;
+    *appendDecimal(number, bus) = '\0';
 }
 
-BusDevice::BusDevice(const char* path) : descriptor_(::open(path, O_RDWR)) {
+BusPath BusPath::asField(std::int32_t bus) {
+    BusPath path(bus);
+    path.text_[busTextSize - 1] = '\0';
+    return path;
+}
+
+BusDevice::BusDevice(const char* path) {
+    flush();
+    descriptor_ = ::open(path, O_RDWR);
     if (!isOpen()) {
         print<"I2C Open error (%s)\n">(errorText());
     }
@@ -43,6 +46,7 @@ BusDevice::BusDevice(const char* path) : descriptor_(::open(path, O_RDWR)) {
 
 void BusDevice::close() {
     if (isOpen()) {
+        flush();
         ::close(descriptor_);
         descriptor_ = -1;
     }
@@ -50,17 +54,22 @@ void BusDevice::close() {
 
 int sendControl(int bus, const BusControlRecord& record, std::span<std::uint8_t> reply) {
     std::ranges::fill(reply, std::uint8_t{0});
-    std::array<i2c_msg, 2> messages{{
-        {.addr = controlAddress,
-         .flags = controlFlag,
-         .len = busControlRecordSize,
-         .buf = const_cast<std::uint8_t*>(record.bytes().data())}, // the kernel only reads it
-        {.addr = controlAddress,
-         .flags = I2C_M_RD,
-         .len = static_cast<std::uint16_t>(reply.size()),
-         .buf = reply.data()},
-    }};
-    i2c_rdwr_ioctl_data transfer{.msgs = messages.data(), .nmsgs = reply.empty() ? 1U : 2U};
+    // The messages and their frame reach the driver with their padding: that is zero as well.
+    std::array<i2c_msg, 2> messages;
+    std::memset(messages.data(), 0, sizeof(messages));
+    messages[0].addr = controlAddress;
+    messages[0].flags = controlFlag;
+    messages[0].len = busControlRecordSize;
+    messages[0].buf = const_cast<std::uint8_t*>(record.bytes().data()); // the kernel only reads it
+    messages[1].addr = controlAddress;
+    messages[1].flags = I2C_M_RD;
+    messages[1].len = static_cast<std::uint16_t>(reply.size());
+    messages[1].buf = reply.data();
+    i2c_rdwr_ioctl_data transfer;
+    std::memset(&transfer, 0, sizeof(transfer));
+    transfer.msgs = messages.data();
+    transfer.nmsgs = reply.empty() ? 1U : 2U;
+    flush();
     return ::ioctl(bus, I2C_RDWR, &transfer);
 }
 

@@ -4,6 +4,7 @@
 // the platform's bus driver knows, then, for commands that are answered, a read of the reply.
 #pragma once
 
+#include "console/number_text.h"
 #include "i2c/bus_control_record.h"
 
 #include <array>
@@ -16,14 +17,20 @@ namespace zolt {
 /// The path of a bus device.
 class BusPath {
 public:
-    /// "/dev/i2c-N", cut to the 15 characters that a path field of the driver holds.
+    /// "/dev/i2c-N".
     explicit BusPath(std::int32_t bus);
+
+    /// The same, cut to the 15 characters that a path field of the driver holds. The driver knows
+    /// the parent of a new index node, and the bus of a property's update, by such a field.
+    [[nodiscard]] static BusPath asField(std::int32_t bus);
 
     [[nodiscard]] const char* c_str() const { return text_.data(); }
     operator std::string_view() const { return text_.data(); }
 
 private:
-    std::array<char, busTextSize> text_{};
+    static constexpr std::string_view prefix = "/dev/i2c-";
+
+    std::array<char, prefix.size() + longestNumber + 1> text_{};
 };
 
 /// An open bus device, closed when the object goes at the latest.
@@ -40,7 +47,7 @@ public:
     void close();
 
 private:
-    int descriptor_;
+    int descriptor_ = -1;
 };
 
 /// Sends one control transaction on an open bus.

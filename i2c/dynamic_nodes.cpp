@@ -80,7 +80,7 @@ std::uint32_t queryNodeProperty(std::int32_t propertyId, int bus, std::uint32_t 
 
 std::uint32_t createIndexNode(std::uint32_t deviceType, std::uint32_t index,
                               std::int32_t parentBus) {
-    BusDevice bus(BusPath(parentBus).c_str());
+    BusDevice bus(BusPath::asField(parentBus).c_str());
     if (!bus.isOpen()) {
         return nodeNotCreated;
     }

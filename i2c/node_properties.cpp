@@ -78,8 +78,8 @@ Status promptUpdateNodeProperty() {
         return statusNothingToShow;
     }
     const Status status = updateNodeProperty(
-        BusPath(parent), static_cast<std::uint32_t>(deviceType), static_cast<std::uint32_t>(index),
-        propertyId, static_cast<std::uint32_t>(value), target);
+        BusPath::asField(parent), static_cast<std::uint32_t>(deviceType),
+        static_cast<std::uint32_t>(index), propertyId, static_cast<std::uint32_t>(value), target);
     if (status != statusDone) {
         write("Failed to update property. \n");
     }

@@ -3,6 +3,7 @@
 #include "tests/support/bus_devices.h"
 #include "tests/support/console.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -18,19 +19,39 @@ protected:
     void TearDown() override { EXPECT_EQ(openBusDevices(), 0); }
 };
 
-TEST_F(BusDeviceTest, APathIsCutToFifteenCharacters) {
-    const std::pair<std::int32_t, const char*> paths[] = {
-        {0, "/dev/i2c-0"},
-        {123, "/dev/i2c-123"},
-        {-1, "/dev/i2c--1"},
-        {999999, "/dev/i2c-999999"},
-        {1234567, "/dev/i2c-123456"},
-        {std::numeric_limits<std::int32_t>::max(), "/dev/i2c-214748"},
-        {std::numeric_limits<std::int32_t>::min(), "/dev/i2c--21474"},
+TEST_F(BusDeviceTest, APathIsWholeAndAsAFieldCutToFifteenCharacters) {
+    struct Case {
+        std::int32_t bus;
+        const char* whole;
+        const char* field;
     };
-    for (const auto& [bus, path] : paths) {
-        EXPECT_STREQ(BusPath(bus).c_str(), path);
+    const Case cases[] = {
+        {0, "/dev/i2c-0", "/dev/i2c-0"},
+        {123, "/dev/i2c-123", "/dev/i2c-123"},
+        {-1, "/dev/i2c--1", "/dev/i2c--1"},
+        {999999, "/dev/i2c-999999", "/dev/i2c-999999"},
+        {1234567, "/dev/i2c-1234567", "/dev/i2c-123456"},
+        {std::numeric_limits<std::int32_t>::max(), "/dev/i2c-2147483647", "/dev/i2c-214748"},
+        {std::numeric_limits<std::int32_t>::min(), "/dev/i2c--2147483648", "/dev/i2c--21474"},
+    };
+    for (const auto& [bus, whole, field] : cases) {
+        EXPECT_STREQ(BusPath(bus).c_str(), whole);
+        EXPECT_STREQ(BusPath::asField(bus).c_str(), field);
     }
+}
+
+// The test's devices look at the padding of every ioctl. Here it would not be zero by chance.
+TEST_F(BusDeviceTest, ThePaddingOfARequestIsZeroWhateverTheStackHeld) {
+    busDevices().answers = {{.reply = bytesOf("01 02 03 04")}};
+    const BusControlRecord record(BusCommand::getProperty);
+    const BusDevice device("/dev/i2c-3");
+    std::array<std::uint8_t, 4> reply;
+    const auto spoilStack = [] {
+        std::array<volatile std::uint8_t, 4096> bytes;
+        std::ranges::fill(bytes, std::uint8_t{0xA5});
+    };
+    spoilStack();
+    EXPECT_EQ(sendControl(device.descriptor(), record, reply), 2);
 }
 
 TEST_F(BusDeviceTest, ADeviceIsClosedWithItsObject) {

@@ -113,9 +113,10 @@ TEST_F(BusRecovery, OneStepTellsItsResultEitherWay) {
                   EXPECT_EQ(busRecoveryStep(1234567, I2C_CP_MODE_TYPE_RESET_STOP), 0);
                   EXPECT_EQ(busRecoveryStep(5, I2C_CP_MODE_TYPE_RESET_CLOCK_UNRAVEL), 2);
               }),
-              "Status [1] for node name: [/dev/i2c-123456]\n"
+              "Status [1] for node name: [/dev/i2c-1234567]\n"
               "Status [-1] for node name: [/dev/i2c-5]\n"
               "IOCTL failed with status -1\n");
+    EXPECT_EQ(busDevices().calls[0], "open /dev/i2c-1234567 O_RDWR");
 }
 
 } // namespace

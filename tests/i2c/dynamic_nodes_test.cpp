@@ -317,12 +317,33 @@ TEST_F(DynamicNodes, ARemovalNeedsNumbers) {
     EXPECT_TRUE(busDevices().calls.empty());
 }
 
-TEST_F(DynamicNodes, ALongParentNumberIsCutForTheDeviceAlone) {
+TEST_F(DynamicNodes, ALongBusNumberIsCutForTheParentOfAnIndexNodeAlone) {
+    answerQueries("00 00 00 00", "00 00 00 00");
+    busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 47 42 0F 00")}); // 1000007
+    answerQueries("00 00 00 00", "00 00 00 00");
+    busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 47 42 0F 00")});
+    EXPECT_EQ(outputOf([] { createNodes(24, 3, 2000007, 0x50); }),
+              "Index Node Status:Node Status: [0] &  Name: [/dev/i2c-1000007]\n"
+              "Device Node Status: [0] &  Name: [/dev/i2c-1000007]\n");
+    EXPECT_EQ(busDevices().calls,
+              joined(creationOn("/dev/i2c-200000"), creationOn("/dev/i2c-1000007")));
+    // The record's own path is a field of 16 bytes: "/dev/i2c-100000".
+    EXPECT_EQ(
+        busDevices().records.back(),
+        record({{4, "06 00 00 00"},
+                {18, "03 00 00 00"},
+                {38, "10 00 00 00 00 00 00 00 00 00 00 00 64 00 00 00 00 01 00 00 28 00 00 00"},
+                {70, "50 00 00 00"},
+                {78, "50 55 43 4B"}, // PUCK
+                {94, "2F 64 65 76 2F 69 32 63 2D 31 30 30 30 30 30"}}));
+}
+
+TEST_F(DynamicNodes, ARemovalOpensTheWholePath) {
     busDevices().answers = {{.result = 1}};
-    EXPECT_EQ(outputOf([] { EXPECT_EQ(deleteDeviceNode(), 0); }, "12345678"),
+    EXPECT_EQ(outputOf([] { EXPECT_EQ(deleteDeviceNode(), 0); }, "1000007"),
               "Enter Parent Node Num:Enter Target Address:"
-              "Device Remove Status: [1] Under Parent Node: [/dev/i2c-12345678]\n");
-    EXPECT_EQ(busDevices().calls[0], "open /dev/i2c-123456 O_RDWR");
+              "Device Remove Status: [1] Under Parent Node: [/dev/i2c-1000007]\n");
+    EXPECT_EQ(busDevices().calls[0], "open /dev/i2c-1000007 O_RDWR");
     EXPECT_EQ(busDevices().records[0], record({{4, "07 00 00 00 FF FF FF FF"}}));
 }
 
@@ -334,14 +355,16 @@ TEST_F(DynamicNodes, TheBusIsClosedBeforeTheResultIsPrinted) {
     const std::string indexNode = "Index Node Status:Node Status: [0] &  Name: [/dev/i2c-20]\n";
     EXPECT_EQ(outputOf([] { createNodes(24, 3, 5, 0x50); }),
               indexNode + "Device Node Status: [0] &  Name: [/dev/i2c-20]\n");
-    EXPECT_EQ(busDevices().printed, (std::vector<std::string>{"", indexNode}));
+    // Two nodes, each by an open, three ioctls and a close.
+    EXPECT_EQ(busDevices().printed,
+              joined(std::vector<std::string>(5, ""), std::vector<std::string>(5, indexNode)));
 
     resetBusDevices();
     busDevices().answers = {{.result = 1}};
     const std::string prompts = "Enter Parent Node Num:Enter Target Address:";
     EXPECT_EQ(outputOf([] { EXPECT_EQ(deleteDeviceNode(), 0); }, "20 50"),
               prompts + "Device Remove Status: [1] Under Parent Node: [/dev/i2c-20]\n");
-    EXPECT_EQ(busDevices().printed, (std::vector<std::string>{prompts}));
+    EXPECT_EQ(busDevices().printed, std::vector<std::string>(3, prompts));
 }
 
 } // namespace

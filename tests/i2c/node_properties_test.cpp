@@ -50,7 +50,32 @@ TEST_F(NodeProperties, TheBusIsClosedBeforeTheResultIsPrinted) {
     EXPECT_EQ(updating("24 20 3 1A 7 42", 0),
               updatePrompts +
                   "Updated Property ID : 7 and value : 42 for node_name [/dev/i2c-20]\n");
-    EXPECT_EQ(busDevices().printed, (std::vector<std::string>{readPrompts, updatePrompts}));
+    // Each by an open, an ioctl and a close.
+    EXPECT_EQ(busDevices().printed,
+              (std::vector<std::string>{readPrompts, readPrompts, readPrompts, updatePrompts,
+                                        updatePrompts, updatePrompts}));
+}
+
+TEST_F(NodeProperties, ALongBusNumberIsCutForAnUpdateAlone) {
+    busDevices().answers = {{.reply = bytesOf("2A 00 00 00")}, {.result = 1}};
+    EXPECT_EQ(reading("1000007 7 0", 0),
+              readPrompts + "Property ID: [7] and Property Value: [42]\n");
+    EXPECT_EQ(updating("24 1000007 3 1A 7 42", 0),
+              updatePrompts +
+                  "Updated Property ID : 7 and value : 42 for node_name [/dev/i2c-100000]\n");
+    EXPECT_EQ(busDevices().calls[0], "open /dev/i2c-1000007 O_RDWR");
+    EXPECT_EQ(busDevices().calls[3], "open /dev/i2c-100000 O_RDWR");
+}
+
+TEST_F(NodeProperties, ARefusalIsPrintedBeforeTheBusIsClosed) {
+    busDevices().answers = {{.error = EIO}, {.error = EPERM}};
+    EXPECT_EQ(reading("5 7 1A", 2),
+              readPrompts + "Status is -1 (Input/output error)\nProperty Read Failed.\n");
+    EXPECT_EQ(busDevices().printed.back(),
+              readPrompts + "Status is -1 (Input/output error)\nProperty Read Failed.\n");
+    EXPECT_EQ(updating("24 20 3 1A 7 42", 2),
+              updatePrompts + "IOCTL failed with status -1\nFailed to update property. \n");
+    EXPECT_EQ(busDevices().printed.back(), updatePrompts + "IOCTL failed with status -1\n");
 }
 
 TEST_F(NodeProperties, AValueIsPrintedAsSigned) {

@@ -51,7 +51,7 @@ TEST_F(BusCoreTest, onlyDescribedBusesOpen) {
 TEST_F(BusCoreTest, descriptionsAreChecked) {
     std::uint8_t memory = 0;
     EXPECT_EQ(busCoreAddBus(core(), 5), -EEXIST);
-    EXPECT_EQ(busCoreAddBus(core(), 1000000), -EINVAL);
+    EXPECT_EQ(busCoreAddBus(core(), 1048576), -EINVAL);
     EXPECT_EQ(busCoreAddIndexNode(core(), 7, 6, 1, "PUCK"), -ENODEV);
     EXPECT_EQ(busCoreAddIndexNode(core(), 5, 5, 1, "PUCK"), -EEXIST);
     EXPECT_EQ(busCoreAddMemory(core(), 6, 0x50, &memory, 1, 1, false), -ENODEV);
@@ -204,9 +204,15 @@ TEST_F(BusCoreTest, anIndexNodeThatIsThereIsUsed) {
     EXPECT_EQ(elsewhere.replyWord(4), first + 4);
 }
 
-TEST_F(BusCoreTest, busNumbersEndWhereAPathDoes) {
+TEST_F(BusCoreTest, busNumbersEndWhereMinorNumbersDo) {
     ASSERT_EQ(busCoreAddBus(core(), BUS_CORE_HIGHEST_BUS), 0);
     EXPECT_EQ(send(createNode(3, 0, "PUCK", "")), -ENOSPC);
+}
+
+TEST_F(BusCoreTest, theLongestBusNumbersHaveAPathThatIsCutToItsField) {
+    ASSERT_EQ(busCoreAddBus(core(), BUS_CORE_HIGHEST_BUS), 0);
+    EXPECT_EQ(send(createNode(3, 0x50, "PUCK", "/dev/i2c-104857"), BUS_CORE_HIGHEST_BUS), 2);
+    EXPECT_EQ(send(createNode(3, 0x51, "PUCK", "/dev/i2c-10485"), BUS_CORE_HIGHEST_BUS), -EINVAL);
 }
 
 TEST_F(BusCoreTest, aDeviceNodeIsCreatedOnce) {

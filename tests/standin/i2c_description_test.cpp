@@ -19,7 +19,7 @@ TEST(I2cDescription, boardWithoutOneHasNoBusAndNoType) {
 TEST(I2cDescription, busesAndDevices) {
     const I2cDescription i2c = read(R"(
 [[i2c.bus]]
-number = 999999
+number = 1048575
 properties = { 8 = 0x11, 0xA = 4294967295 }
 [[i2c.bus.device]]
 address = 0x50
@@ -47,7 +47,7 @@ number = 0
     ASSERT_EQ(i2c.buses.size(), 2U);
     EXPECT_EQ(i2c.buses[1].number, 0U);
     const I2cBus& bus = i2c.buses[0];
-    EXPECT_EQ(bus.number, 999999U);
+    EXPECT_EQ(bus.number, 1048575U);
     EXPECT_EQ(bus.properties, (I2cProperties{{8, 0x11}, {10, 0xFFFFFFFF}}));
     ASSERT_EQ(bus.devices.size(), 4U);
     EXPECT_EQ(bus.devices[0].address, 0x50U);
@@ -158,8 +158,8 @@ TEST(I2cDescription, whatCannotBeIsRefused) {
     const std::pair<std::string, const char*> cases[] = {
         {"[i2c]\nbuss = []\n", "b:2: i2c: 'buss' is not a key here; did you mean 'bus'?"},
         {"[[i2c.bus]]\n", "b:1: bus: 'number' is missing"},
-        {"[[i2c.bus]]\nnumber = 1000000\n",
-         "b:2: bus: 'number' must be a whole number from 0 to 999999"},
+        {"[[i2c.bus]]\nnumber = 1048576\n",
+         "b:2: bus: 'number' must be a whole number from 0 to 1048575"},
         {bus + bus, "b:4: bus: 1 is described already, at line 2"},
         {bus + "properties = { x = 1 }\n", "b:3: properties: 'x' is no property number"},
         {bus + "properties = { 1 = -1 }\n",
@@ -189,7 +189,7 @@ TEST(I2cDescription, whatCannotBeIsRefused) {
         {node + "discoverable = 256\n",
          "b:3: index_node: 'discoverable' must be a whole number from 0 to 255"},
         {node + "physical_bus = -2\n",
-         "b:3: index_node: 'physical_bus' must be a whole number from -1 to 999999"},
+         "b:3: index_node: 'physical_bus' must be a whole number from -1 to 1048575"},
         {node + "parent = 1\n", "b:1: index_node: behind a parent, 'physical_bus' is missing"},
         {node + "physical_bus = 2\nparent = 1\n",
          "b:4: index_node: 'parent' is no bus that is described before"},

@@ -1,11 +1,12 @@
 #include "tests/support/bus_devices.h"
 
-#include "console/output.h"
+#include "tests/support/console.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -37,9 +38,13 @@ std::set<int>& descriptors() {
     return open;
 }
 
+void note(const std::string& call) {
+    busDevices().calls.push_back(call);
+    busDevices().printed.push_back(handedOut());
+}
+
 int openDevice(const std::string& path, int flags) {
-    busDevices().calls.push_back("open " + path +
-                                 (flags == O_RDWR ? " O_RDWR" : " " + std::to_string(flags)));
+    note("open " + path + (flags == O_RDWR ? " O_RDWR" : " " + std::to_string(flags)));
     const auto refused = busDevices().openErrors.find(path);
     if (refused != busDevices().openErrors.end()) {
         errno = refused->second;
@@ -48,14 +53,18 @@ int openDevice(const std::string& path, int flags) {
     return *descriptors().insert(__real_open("/dev/null", O_RDWR)).first;
 }
 
-// What standard output holds when it is a file.
-std::string printedSoFar() {
-    flush();
-    const off_t size = lseek(STDOUT_FILENO, 0, SEEK_CUR);
-    std::string text(static_cast<std::size_t>(std::max<off_t>(size, 0)), '\0');
-    const ssize_t length = pread(STDOUT_FILENO, text.data(), text.size(), 0);
-    text.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
-    return text;
+// Whether every byte of the ioctl's argument that belongs to no field is zero.
+bool isPaddingZero(const i2c_rdwr_ioctl_data& transfer) {
+    constexpr std::size_t end = offsetof(i2c_rdwr_ioctl_data, nmsgs) + sizeof(transfer.nmsgs);
+    constexpr std::size_t messageEnd = offsetof(i2c_msg, len) + sizeof(i2c_msg::len);
+    const auto isZero = [](const void* from, std::size_t begin, std::size_t behind) {
+        const auto* bytes = static_cast<const std::uint8_t*>(from);
+        return std::all_of(bytes + begin, bytes + behind, [](auto byte) { return byte == 0; });
+    };
+    return isZero(&transfer, end, sizeof(transfer)) &&
+           std::all_of(transfer.msgs, transfer.msgs + transfer.nmsgs, [&](const i2c_msg& message) {
+               return isZero(&message, messageEnd, offsetof(i2c_msg, buf));
+           });
 }
 
 std::string describe(const i2c_msg& message) {
@@ -72,7 +81,8 @@ int answer(unsigned long request, const i2c_rdwr_ioctl_data& transfer) {
     for (unsigned i = 0; i < transfer.nmsgs; ++i) {
         text += describe(transfer.msgs[i]);
     }
-    busDevices().calls.push_back(text);
+    note(text);
+    EXPECT_TRUE(isPaddingZero(transfer)) << text;
     const i2c_msg& first = transfer.msgs[0];
     const i2c_msg& last = transfer.msgs[transfer.nmsgs - 1];
     busDevices().records.emplace_back(first.buf, first.buf + first.len);
@@ -166,8 +176,7 @@ int __wrap_close(int descriptor) {
     if (zolt::test::descriptors().erase(descriptor) == 0) {
         return __real_close(descriptor);
     }
-    zolt::test::busDevices().calls.emplace_back("close");
-    zolt::test::busDevices().printed.push_back(zolt::test::printedSoFar());
+    zolt::test::note("close");
     const int result = __real_close(descriptor);
     errno = EBADMSG;
     return result;

@@ -30,7 +30,7 @@ struct BusDevices {
                                       ///< LENGTH]..", "close"
     std::vector<Bytes> records;       ///< the first message of every ioctl
     std::vector<Bytes> replyAreas;    ///< what the second message's buffer held before the call
-    std::vector<std::string> printed; ///< what outputOf() had received when a device was closed
+    std::vector<std::string> printed; ///< by call: the text handed out before it
 };
 
 /// The devices of the running test; resetBusDevices() empties them.

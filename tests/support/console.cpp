@@ -2,6 +2,7 @@
 
 #include "console/output.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <stdio_ext.h>
@@ -63,6 +64,14 @@ std::string outputOf(const std::function<void()>& operation, std::string_view in
     flush();
     forgetInput();
     return out.content();
+}
+
+std::string handedOut() {
+    const off_t size = lseek(STDOUT_FILENO, 0, SEEK_CUR); // none for a pipe or a terminal
+    std::string text(static_cast<std::size_t>(std::max<off_t>(size, 0)), '\0');
+    const ssize_t length = pread(STDOUT_FILENO, text.data(), text.size(), 0);
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    return text;
 }
 
 } // namespace zolt::test

@@ -11,4 +11,7 @@ namespace zolt::test {
 [[nodiscard]] std::string outputOf(const std::function<void()>& operation,
                                    std::string_view input = "");
 
+/// The part of it that has been handed out so far, while the operation still runs.
+[[nodiscard]] std::string handedOut();
+
 } // namespace zolt::test

@@ -45,7 +45,7 @@ def board_of(case):
 
 
 def logged(log):
-    return re.sub(rb"(?<=\.cpp\.)\d+(?=\.)", b"*", log.read_bytes())
+    return re.sub(rb"(?<=\.cpp\.)\d+(?=\.)", b"*", content(log))
 
 
 def difference(name, expected, actual):

@@ -23,7 +23,7 @@ enum {
     BUS_CORE_PROPERTIES = 4096,
     BUS_CORE_FAULTS = 256,
 
-    BUS_CORE_HIGHEST_BUS = 999999,   ///< a longer device path does not fit the record
+    BUS_CORE_HIGHEST_BUS = 1048575,  ///< Linux has no minor number for a bus device beyond
     BUS_CORE_HIGHEST_ADDRESS = 0x7F, ///< addresses have 7 bits
     BUS_CORE_MESSAGES = 42,          ///< of one transfer, as the kernel has it
     BUS_CORE_MESSAGE_LENGTH = 8192,

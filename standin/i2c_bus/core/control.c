@@ -65,6 +65,7 @@ static int getProperty(struct BusCore* core, struct BusCoreBus* bus, const uint8
     return result;
 }
 
+// The path of a bus as a record holds it: cut where the field ends, with its NUL.
 static void devicePath(char* text, uint32_t number) {
     static const char prefix[] = "/dev/i2c-";
     uint32_t length = sizeof(prefix) - 1;
@@ -74,7 +75,7 @@ static void devicePath(char* text, uint32_t number) {
     while (number / unit > 9) {
         unit *= 10;
     }
-    for (; unit > 0; unit /= 10) {
+    for (; unit > 0 && length < CONTROL_TEXT_SIZE - 1; unit /= 10) {
         text[length] = (char)('0' + number / unit % 10);
         ++length;
     }
