@@ -104,7 +104,9 @@ inline void write(Text text) {
     standardOutput.write(text);
 }
 
-/// Hands everything printed so far to whoever reads standard output.
+/// Hands out everything printed so far. Goes before every call that may not come back: of the
+/// platform's libraries, of a bus device, of the system bus. (The answers of console/input.h do so
+/// themselves.)
 inline void flush() {
     standardOutput.flush();
 }

@@ -43,18 +43,9 @@ void StandardOutput::write(std::string_view text) {
     finish(std::copy(text.begin(), text.end(), start));
 }
 
-void StandardOutput::flush() {
+void StandardOutput::writeOut() {
     writeAll({buffer_.data(), used_});
     used_ = 0;
-}
-
-void StandardOutput::makeRoom() {
-    if (limit_ == 0) {
-        lineByLine_ = isatty(STDOUT_FILENO) == 1;
-        limit_ = capacity;
-    } else {
-        flush();
-    }
 }
 
 } // namespace zolt

@@ -1,8 +1,12 @@
 // The buffer in front of standard output: everything that the tool prints passes through here.
 //
-// The text reaches the descriptor line by line on a terminal, in large pieces elsewhere; in any
-// case before the tool waits for an answer, and when it ends. Whether anybody takes it changes
-// nothing: the tool's exit status and its further texts do not depend on that.
+// The buffer is handed out before the tool asks anybody else: the platform's libraries, a bus
+// device, the system bus, the operator. Each of them may never answer, or end the tool, and then
+// the last line on the console shows where. Between two such calls nothing is written, so a report
+// takes no more writes than it has calls.
+//
+// A reader that is gone changes nothing: neither the exit status nor the further texts depend on
+// the outcome of a write.
 #pragma once
 
 #include <array>
@@ -13,7 +17,7 @@ namespace zolt {
 
 class StandardOutput {
 public:
-    /// The most that can be composed in place. The longest report of registers fits: one write.
+    /// The most that can be composed in place. The longest decoded payload fits: one write.
     static constexpr std::size_t capacity = std::size_t{64} * 1024;
 
     constexpr StandardOutput() = default;
@@ -21,34 +25,32 @@ public:
     StandardOutput& operator=(const StandardOutput&) = delete;
     ~StandardOutput() { flush(); }
 
-    /// A place to compose up to @p size bytes in. Nothing of it counts before finish().
+    /// A place to compose up to @p size bytes in, at most the capacity. The text counts from
+    /// finish() on.
     [[nodiscard]] char* room(std::size_t size) {
-        if (size > limit_ - used_) [[unlikely]] {
-            makeRoom();
+        if (size > capacity - used_) [[unlikely]] {
+            writeOut();
         }
         return buffer_.data() + used_;
     }
 
-    /// Takes over what was composed, from where room() pointed up to @p end.
-    void finish(const char* end) {
-        used_ = static_cast<std::size_t>(end - buffer_.data());
-        if (lineByLine_ && used_ > 0 && end[-1] == '\n') [[unlikely]] {
-            flush();
-        }
-    }
+    /// Takes over the text that was composed between the place that room() gave and @p end.
+    void finish(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.data()); }
 
     /// Text that is already laid out, of any length.
     void write(std::string_view text);
 
-    /// Hands everything over to the descriptor.
-    void flush();
+    /// Hands everything over to the descriptor. Without any text this is no system call.
+    void flush() {
+        if (used_ != 0) {
+            writeOut();
+        }
+    }
 
 private:
-    void makeRoom();
+    void writeOut();
 
     std::size_t used_ = 0;
-    std::size_t limit_ = 0; ///< the capacity, once it is known what the descriptor is
-    bool lineByLine_ = false;
     std::array<char, capacity> buffer_{}; // last: a short text takes no second page of memory
 };
 

@@ -1,7 +1,10 @@
 // The client's side of the HAL's configuration handle.
+#include "console/output.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"
 
+#include <exception>
+#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -20,22 +23,37 @@ constexpr std::string_view fileName(std::string_view path) {
 HAL_cfgdata::HAL_cfgdata(std::string name) : name_(std::move(name)) {}
 
 HAL_cfgdata::~HAL_cfgdata() {
+    try {
+        Release();
+    } catch (const std::exception&) {
+        // Only a failed read leaves the object to the destructor. That failure is on its way to the
+        // operator already.
+    }
+}
+
+void HAL_cfgdata::Release() {
     if (halData_ == nullptr) {
         return;
     }
-    if (halData_->IsInterruptCallbackRegistered()) {
-        const std::int32_t status = halData_->UnregisterInterruptCallback();
+    zolt::flush();
+    const auto destroy = [this](HAL_cfgbase* object) {
+        delete object;
+        dlog_printf(logInformation, logModule, "[%s]: Deleted halData for [%s]", "~HAL_cfgdata",
+                    objectName_.c_str());
+    };
+    const std::unique_ptr<HAL_cfgbase, decltype(destroy)> object(std::exchange(halData_, nullptr),
+                                                                 destroy);
+    if (object->IsInterruptCallbackRegistered()) {
+        const std::int32_t status = object->UnregisterInterruptCallback();
         dlog_printf(logInformation, logModule,
                     "[%s]: UnregisterInterruptCallback for [%s], ret= %d", "~HAL_cfgdata",
                     objectName_.c_str(), status);
     }
-    delete halData_;
-    dlog_printf(logInformation, logModule, "[%s]: Deleted halData for [%s]", "~HAL_cfgdata",
-                objectName_.c_str());
 }
 
 std::int32_t HAL_cfgdata::ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
                                  std::uint32_t offset) {
+    zolt::flush();
     // The library may still be loading its configuration at the first ask.
     for (int asks = 0; halData_ == nullptr && asks < 2; ++asks) {
         halData_ = ReadHALConfig(name_);

@@ -1,6 +1,7 @@
 #include "cpld/register_access.h"
 
 #include "console/number_text.h"
+#include "console/output.h"
 #include "platform/cpld_driver.h"
 #include "platform/hal.h"
 
@@ -10,18 +11,19 @@
 namespace zolt {
 
 std::int32_t readRegister(std::string_view name, RegisterValue& value) {
-    // The size is what was delivered, and so is the vector's: single registers need only one.
-    std::uint32_t size = 0;
+    std::uint32_t size = 0; // a register's bytes are those in the vector, whatever the HAL counts
     return readArea(name, value, size);
 }
 
 std::int32_t readArea(std::string_view name, RegisterValue& value, std::uint32_t& size) {
     size = 0;
+    flush();
     return ReadIO_Str(std::string(name), value, &size);
 }
 
 std::int32_t readRawField(RawField raw, RegisterValue& value) {
     std::array<std::uint8_t, 2> bytes{};
+    flush();
     if (raw.size == 1) {
         const std::int32_t status = cpld_read_device(bytes.data(), raw.address, 1);
         if (status == 0) {
@@ -41,7 +43,7 @@ std::int32_t readField(std::string_view name, RawField raw, RegisterValue& value
     if (readRegister(name, value) == 0) {
         return 0;
     }
-    value.clear(); // whatever a failed read left behind is not the register's value
+    value.clear(); // a failed read may leave bytes behind that are not the register's
     return readRawField(raw, value);
 }
 

@@ -41,7 +41,11 @@ struct RawField {
     }
 };
 
-/// Reads by name. Does not empty @p value: what the HAL delivers is what the caller finds.
+/// Reads by name. Does not empty @p value: the caller finds the bytes that the HAL delivers.
+///
+/// The HAL may succeed and deliver fewer bytes than the register has, or none. That is a success:
+/// the register is not read raw, byteOf() and wordOf() then find no value, and the view leaves the
+/// register's line out without a complaint.
 /// @return 0, or the HAL's status when the register must be read raw.
 [[nodiscard]] std::int32_t readRegister(std::string_view name, RegisterValue& value);
 

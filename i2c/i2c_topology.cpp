@@ -11,15 +11,21 @@ namespace zolt {
 
 namespace {
 
-constexpr int picpwrType = 16;
+constexpr unsigned picpwrType = 16;
 
 // One device type's tree, for as long as it is printed.
 class DeviceTypeTree {
 public:
-    explicit DeviceTypeTree(int deviceType) : status_(i2c_parse_sysinfo(deviceType, &root_)) {}
+    explicit DeviceTypeTree(unsigned deviceType) {
+        flush();
+        status_ = i2c_parse_sysinfo(static_cast<int>(deviceType), &root_);
+    }
     DeviceTypeTree(const DeviceTypeTree&) = delete;
     DeviceTypeTree& operator=(const DeviceTypeTree&) = delete;
-    ~DeviceTypeTree() { free_sysinfo(root_); }
+    ~DeviceTypeTree() {
+        flush();
+        free_sysinfo(root_);
+    }
 
     // A root that came with a status is to be handed back, not to be read.
     [[nodiscard]] bool hasData() const { return status_ == 0 && root_ != nullptr; }
@@ -27,7 +33,7 @@ public:
 
 private:
     SysInfoTree* root_ = nullptr;
-    int status_;
+    int status_ = 0;
 };
 
 template <std::size_t Size>
@@ -70,11 +76,12 @@ void printIndexNode(const IndexNodeInfo& node, const std::string* typeName) {
 
 using Filter = bool (*)(const IndexNodeInfo& node);
 
-// False when the type has no data.
-bool printType(unsigned deviceType, Filter isShown) {
-    const DeviceTypeTree tree(static_cast<int>(deviceType));
+// A type without data shows as this text, or not at all among others.
+void printType(unsigned deviceType, Filter isShown, std::string_view withoutData) {
+    const DeviceTypeTree tree(deviceType);
     if (!tree.hasData()) {
-        return false;
+        write(withoutData);
+        return;
     }
     const std::string name = deviceTypeName(deviceType);
     for (const auto* node = tree.indexNodes(); node != nullptr; node = node->next) {
@@ -82,18 +89,15 @@ bool printType(unsigned deviceType, Filter isShown) {
             printIndexNode(*node, &name);
         }
     }
-    return true;
 }
 
 Status printTypes(std::uint8_t requested, Filter isShown) {
     if (requested < deviceTypeCount) {
-        if (!printType(requested, isShown)) {
-            write("Input device type not found in sysfs\n");
-        }
+        printType(requested, isShown, "Input device type not found in sysfs\n");
         return statusDone;
     }
     for (unsigned deviceType = 0; deviceType < deviceTypeCount; ++deviceType) {
-        printType(deviceType, isShown); // a type without data has nothing to say among many
+        printType(deviceType, isShown, "");
     }
     return statusDone;
 }

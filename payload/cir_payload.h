@@ -13,7 +13,8 @@ namespace zolt {
 /// @param picpwrId  the slot, 1 to 63; from the command line any byte.
 /// @param format    0 to let the operator choose, else the display of showByChoice().
 /// @return statusDone; statusNothingToShow without a module, a payload, or a readable choice;
-///         statusOutOfMemory; statusRawReadFailed. Each of them was reported.
+///         statusOutOfMemory; statusRawReadFailed. Each of them is printed, except for a register
+///         that the HAL reads and delivers without its bytes: that is statusNothingToShow alone.
 Status showCirPayload(std::uint8_t picpwrId, std::uint8_t format);
 
 /// Shows one display of a fetched payload.

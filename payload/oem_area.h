@@ -13,8 +13,9 @@ namespace zolt {
 /// @param picpwrId  the slot, 1 to 63; from the command line any byte.
 /// @param format    0 to let the operator choose, else the display of showByChoice().
 /// @return statusDone; statusNothingToShow without a module or a readable choice, or when the
-///         payload says it is longer than what is fetched; statusOutOfMemory; statusRawReadFailed.
-///         Each of them was reported.
+///         payload says it is longer than the fetched bytes; statusOutOfMemory;
+///         statusRawReadFailed. Each of them is printed, except for a register that the HAL reads
+///         and delivers without its bytes: that is statusNothingToShow alone.
 Status showOemArea(std::uint8_t picpwrId, std::uint8_t format);
 
 /// Shows one display of an OEM area.

@@ -18,7 +18,9 @@ constexpr std::uint32_t payloadBlockStart = 0x2A01;
 std::int32_t readThroughHal(std::uint16_t payloadOffset, std::uint32_t length,
                             PayloadBuffer& buffer) {
     HAL_cfgdata payloads("PICPWR_PAYLOADS");
-    return payloads.ReadIO(buffer, length, payloadOffset + 1U);
+    const std::int32_t status = payloads.ReadIO(buffer, length, payloadOffset + 1U);
+    payloads.Release();
+    return status;
 }
 
 } // namespace
@@ -58,6 +60,7 @@ Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length, PayloadBu
         write("Failed to allocate memory for PICPWR payload\n");
         return statusOutOfMemory;
     }
+    flush();
     if (const auto status =
             cpld_read_block_device(scratch.get(), payloadBlockStart + payloadOffset, length, 1);
         status != 0) {

@@ -21,20 +21,21 @@ constexpr std::uint32_t payloadDumpAddress(std::uint32_t payloadOffset) {
     return cpldWindow + 0x2A01 + payloadOffset;
 }
 
-/// Looks whether a module was discovered in the slot, and reports when not.
-/// @return statusDone when there is one; statusNothingToShow; statusRawReadFailed.
+/// Looks whether a module was discovered in the slot, and prints when not.
+/// @return statusDone when there is one; statusNothingToShow, which is not printed when the HAL
+///         delivered no byte; statusRawReadFailed.
 [[nodiscard]] Status requireDiscovered(std::uint8_t picpwrId, PayloadBuffer& buffer);
 
-/// Reads where the slot's payload lies, reporting a failure. The register's two bytes stay in the
-/// buffer.
-/// @return statusDone; statusNothingToShow when the HAL delivered no 16 bits; statusRawReadFailed.
+/// Reads where the slot's payload lies. The register's two bytes stay in the buffer.
+/// @return statusDone; statusNothingToShow, which is not printed, when the HAL delivered no 16
+///         bits; statusRawReadFailed, which is printed.
 [[nodiscard]] Status readPayloadOffset(std::uint8_t picpwrId, PayloadBuffer& buffer,
                                        std::uint16_t& payloadOffset);
 
-/// Fetches @p length bytes from the start of a payload, reporting a failure. What the HAL delivers
-/// takes the place of the buffer's content and may be less; a raw read's bytes come in full, behind
-/// the two of the offset.
-/// @return statusDone, statusOutOfMemory or statusRawReadFailed.
+/// Fetches @p length bytes from the start of a payload. The HAL's bytes take the place of the
+/// buffer's content and may be fewer; a raw read's bytes come in full, behind the two of the
+/// offset.
+/// @return statusDone; statusOutOfMemory or statusRawReadFailed, which are printed.
 [[nodiscard]] Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length,
                                   PayloadBuffer& buffer);
 

@@ -65,13 +65,18 @@ public:
     HAL_cfgdata(const HAL_cfgdata&) = delete;
     HAL_cfgdata& operator=(const HAL_cfgdata&) = delete;
 
-    /// Takes a registered interrupt callback back, then destroys the object. Both are logged.
+    /// Releases the object, as Release() does. An exception on the way is swallowed: it would end
+    /// the program.
     ~HAL_cfgdata();
 
     /// Bulk read through the object, which is asked for up to twice.
     /// @return the object's status, or -1 (and a line in the debug log) when there is no object.
     std::int32_t ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
                         std::uint32_t offset);
+
+    /// Takes a registered interrupt callback back, then destroys the object. Both are logged. An
+    /// exception of the object passes through once the object is destroyed.
+    void Release();
 
 private:
     std::string name_;

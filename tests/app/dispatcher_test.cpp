@@ -9,6 +9,7 @@
 
 #include <exception>
 #include <new>
+#include <stdexcept>
 
 namespace zolt {
 namespace {
@@ -131,6 +132,19 @@ TEST_F(Dispatcher, exceptionDoesNotEndTheMenu) {
     EXPECT_EQ(outputOf(runInteractive, "1 42 16 100"),
               menu + "Enter the PICPWR ID: (Enter 0 for all PICPWRs)" +
                   "Exception : std::bad_alloc\n" + menu + menu);
+}
+
+TEST_F(Dispatcher, aCallbackThatCannotBeTakenBackEndsTheOptionNotTheMenu) {
+    platform().named = {{"PICPWR_42_DSTAT", {3}},
+                        {"PICPWR_42_MOD_CLASS", {1}},
+                        {"PICPWR_42_PAYLOAD_OFFSET", {0, 0}}};
+    platform().hal["PICPWR_PAYLOADS"] = {
+        .content = test::Bytes(400),
+        .callbackRegistered = true,
+        .thrownByUnregister = std::make_exception_ptr(std::runtime_error("still in use"))};
+    const std::string menu = outputOf(printMainMenu);
+    const std::string ended = menu + "Enter the PICPWR ID:Exception : still in use\n";
+    EXPECT_EQ(outputOf(runInteractive, "2 42 3 42 16 100"), ended + ended + menu + menu);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
 
 namespace {
 
@@ -47,7 +48,9 @@ protected:
     // One handle for one read, as the views use it.
     std::int32_t read(std::uint32_t length, std::uint32_t offset) {
         HAL_cfgdata handle(name);
-        return handle.ReadIO(buffer_, length, offset);
+        const std::int32_t status = handle.ReadIO(buffer_, length, offset);
+        handle.Release();
+        return status;
     }
 
     Bytes buffer_;
@@ -100,6 +103,43 @@ TEST_F(HalCfgdata, takesARegisteredCallbackBackBeforeTheObjectGoes) {
         platform().log,
         (Calls{"5 273 [~HAL_cfgdata]: UnregisterInterruptCallback for [PICPWR_PAYLOADS], ret= -3",
                "5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"}));
+}
+
+TEST_F(HalCfgdata, anExceptionOfTheCallbackPassesOnceTheObjectIsGone) {
+    platform().hal[name] = {.content = {1},
+                            .callbackRegistered = true,
+                            .thrownByUnregister =
+                                std::make_exception_ptr(std::runtime_error("still in use"))};
+    EXPECT_THROW(read(1, 0), std::runtime_error);
+    EXPECT_EQ(platform().calls,
+              (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 1 0",
+                     "UnregisterInterruptCallback PICPWR_PAYLOADS", "delete PICPWR_PAYLOADS"}));
+    EXPECT_EQ(platform().log, Calls{"5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"});
+}
+
+TEST_F(HalCfgdata, theEndOfAHandleReleasesItsObjectAndSwallowsTheException) {
+    platform().hal[name] = {.content = {1},
+                            .callbackRegistered = true,
+                            .thrownByUnregister =
+                                std::make_exception_ptr(std::runtime_error("still in use"))};
+    {
+        HAL_cfgdata handle(name);
+        EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);
+    }
+    EXPECT_EQ(platform().calls.back(), "delete PICPWR_PAYLOADS");
+}
+
+TEST_F(HalCfgdata, aReleasedHandleAsksForAnObjectAnew) {
+    platform().hal[name].content = {1, 2};
+    HAL_cfgdata handle(name);
+    EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);
+    handle.Release();
+    handle.Release();
+    EXPECT_EQ(handle.ReadIO(buffer_, 1, 1), 0);
+    EXPECT_EQ(platform().calls,
+              (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 1 0",
+                     "delete PICPWR_PAYLOADS", "ReadHALConfig PICPWR_PAYLOADS",
+                     "ReadIO PICPWR_PAYLOADS 1 1"}));
 }
 
 TEST_F(HalCfgdata, releaseCopiesNoName) {

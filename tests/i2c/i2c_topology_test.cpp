@@ -204,6 +204,34 @@ TEST_F(Topology, ATypeWithoutDataIsNotFound) {
                                                  "i2c_parse_sysinfo 59", "free_sysinfo null"}));
 }
 
+TEST_F(Topology, ATypeWithoutDataIsFreedBehindItsLine) {
+    SysInfoTree failedTree{};
+    platform().sysinfo[2] = {.status = 1, .root = &failedTree};
+    const std::string line = "Input device type not found in sysfs\n";
+    for (const std::uint8_t type : std::initializer_list<std::uint8_t>{2, 59}) {
+        for (const auto& list : {allNodes, discoverableNodes}) {
+            platform().printed.clear();
+            EXPECT_EQ(list(type), line);
+            EXPECT_EQ(platform().printed, (std::vector<std::string>{"", line}));
+        }
+    }
+}
+
+TEST_F(Topology, NodesAreHandedOutBeforeTheirTreeIsFreed) {
+    const IndexNodeInfo karn{.discoverable = 1, .name = "K"};
+    const IndexNodeInfo slot{.index = 1, .name = "P"};
+    SysInfoTree karnTree{.indexNodes = &karn};
+    SysInfoTree slotTree{.indexNodes = &slot};
+    platform().sysinfo = {{1, {.root = &karnTree}}, {picpwr, {.root = &slotTree}}};
+    const std::string karnBlock = block("KARN", "1", "K");
+    const std::string slotBlock = picpwrBlock("1", "P");
+    EXPECT_EQ(allNodes(1), karnBlock);
+    EXPECT_EQ(discoverableNodes(1), karnBlock);
+    EXPECT_EQ(picpwrNodes(1), slotBlock);
+    EXPECT_EQ(platform().printed,
+              (std::vector<std::string>{"", karnBlock, "", karnBlock, "", slotBlock}));
+}
+
 TEST_F(Topology, ATypeWithoutNodesPrintsNothing) {
     SysInfoTree tree{};
     platform().sysinfo[5] = {.root = &tree};

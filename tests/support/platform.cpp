@@ -3,6 +3,7 @@
 #include "platform/cpld_driver.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"
+#include "tests/support/console.h"
 
 #include <algorithm>
 #include <array>
@@ -23,17 +24,22 @@ namespace {
     return buffer.data();
 }
 
+void note(const std::string& call) {
+    platform().calls.push_back(call);
+    platform().printed.push_back(handedOut());
+}
+
 const Bytes garbage{0xDE, 0xAD, 0xBE, 0xEF};
 
 class TableObject : public HAL_i2c {
 public:
     TableObject(std::string name, const HalObject& described)
         : name_(std::move(name)), described_(described) {}
-    ~TableObject() override { platform().calls.push_back("delete " + name_); }
+    ~TableObject() override { note("delete " + name_); }
 
     std::int32_t ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
                         std::uint32_t offset) override {
-        platform().calls.push_back(text("ReadIO %s %u %u", name_.c_str(), length, offset));
+        note(text("ReadIO %s %u %u", name_.c_str(), length, offset));
         if (described_.deliversLess && offset <= described_.content.size()) {
             length =
                 std::min(length, static_cast<std::uint32_t>(described_.content.size()) - offset);
@@ -53,7 +59,10 @@ public:
     }
 
     std::int32_t UnregisterInterruptCallback() override {
-        platform().calls.push_back("UnregisterInterruptCallback " + name_);
+        note("UnregisterInterruptCallback " + name_);
+        if (described_.thrownByUnregister != nullptr) {
+            std::rethrow_exception(described_.thrownByUnregister);
+        }
         return described_.unregisterStatus;
     }
 
@@ -90,12 +99,13 @@ void resetPlatform() {
 
 } // namespace zolt::test
 
+using zolt::test::note;
 using zolt::test::platform;
 using zolt::test::text;
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's contract.
 std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std::uint32_t* size) {
-    platform().calls.push_back("ReadIO_Str " + name);
+    note("ReadIO_Str " + name);
     if (platform().thrown != nullptr) {
         std::rethrow_exception(platform().thrown);
     }
@@ -112,7 +122,7 @@ std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std:
 }
 
 HAL_cfgbase* HAL_cfgdata::ReadHALConfig(std::string name) {
-    platform().calls.push_back("ReadHALConfig " + name);
+    note("ReadHALConfig " + name);
     const auto found = platform().hal.find(name);
     if (found == platform().hal.end()) {
         return nullptr;
@@ -125,14 +135,13 @@ HAL_cfgbase* HAL_cfgdata::ReadHALConfig(std::string name) {
 }
 
 std::int32_t cpld_read_device(std::uint8_t* buffer, std::uint32_t address, std::uint32_t length) {
-    platform().calls.push_back(text("cpld_read_device 0x%04X %u", address, length));
+    note(text("cpld_read_device 0x%04X %u", address, length));
     return zolt::test::readRaw(buffer, address, length);
 }
 
 std::int32_t cpld_read_block_device(std::uint8_t* buffer, std::uint32_t address,
                                     std::uint32_t length, std::uint32_t stride) {
-    platform().calls.push_back(
-        text("cpld_read_block_device 0x%04X %u %u", address, length, stride));
+    note(text("cpld_read_block_device 0x%04X %u %u", address, length, stride));
     return zolt::test::readRaw(buffer, address, length);
 }
 
@@ -147,7 +156,7 @@ int dlog_printf(int level, int module, const char* format, ...) {
 }
 
 int i2c_parse_sysinfo(int deviceType, SysInfoTree** root) {
-    platform().calls.push_back(text("i2c_parse_sysinfo %d", deviceType));
+    note(text("i2c_parse_sysinfo %d", deviceType));
     const auto found = platform().sysinfo.find(deviceType);
     if (found == platform().sysinfo.end()) {
         return -1; // and the root stays as the caller left it
@@ -160,7 +169,7 @@ void free_sysinfo(SysInfoTree* root) {
     const auto& trees = platform().sysinfo;
     const auto owner =
         std::ranges::find_if(trees, [root](const auto& tree) { return tree.second.root == root; });
-    platform().calls.push_back(root == nullptr        ? "free_sysinfo null"
-                               : owner == trees.end() ? "free_sysinfo of a stranger"
-                                                      : text("free_sysinfo %d", owner->first));
+    note(root == nullptr        ? "free_sysinfo null"
+         : owner == trees.end() ? "free_sysinfo of a stranger"
+                                : text("free_sysinfo %d", owner->first));
 }

@@ -24,6 +24,7 @@ struct HalObject {
     bool deliversLess = false;   ///< a bulk read past the content's end delivers what there is
     bool callbackRegistered = false;
     std::int32_t unregisterStatus = 0;
+    std::exception_ptr thrownByUnregister{}; ///< UnregisterInterruptCallback() throws it
 };
 
 /// What the sysinfo parser library says about one device type. The test owns the records.
@@ -41,9 +42,10 @@ struct Platform {
     std::map<int, SysInfo> sysinfo;            ///< i2c_parse_sysinfo; no data for other types
     std::exception_ptr thrown;                 ///< ReadIO_Str throws it
 
-    std::vector<std::string> calls; ///< "ReadIO_Str NAME", "cpld_read_device 0xADDRESS",
-                                    ///< "free_sysinfo TYPE", ...
-    std::vector<std::string> log;   ///< "LEVEL MODULE TEXT" of dlog_printf
+    std::vector<std::string> calls;   ///< "ReadIO_Str NAME", "cpld_read_device 0xADDRESS",
+                                      ///< "free_sysinfo TYPE", ...
+    std::vector<std::string> log;     ///< "LEVEL MODULE TEXT" of dlog_printf
+    std::vector<std::string> printed; ///< by call: the text handed out before it
 };
 
 /// The platform of the running test; resetPlatform() empties it.
