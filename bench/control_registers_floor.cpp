@@ -1,6 +1,6 @@
-// The floor under the report of all control registers: the platform calls that it takes, in its
-// order, and its text composed in one buffer and written with one write. Only for a board whose
-// registers can all be read as they should; anything else ends it with exit status 1.
+// The floor under the report of all control registers: the platform calls that the report takes, in
+// its order, and its text composed in one buffer and written before each call. It serves a board
+// whose registers can all be read; on any other it ends with exit status 1.
 #include "bench/floor_text.h"
 #include "platform/cpld_driver.h"
 #include "platform/hal.h"
@@ -126,7 +126,7 @@ public:
             }
             text_.add("\n");
         }
-        return text_.write();
+        return text_.handOut();
     }
 
 private:
@@ -146,6 +146,9 @@ private:
     bool addRegister(const ModuleClass& shown, unsigned instance, const Row& row) {
         std::uint8_t raw = 0;
         const auto address = shown.base + shown.distance * (instance - 1) + row.offset;
+        if (!text_.handOut()) {
+            return false;
+        }
         if (row.kind == Kind::rawOnly ? cpld_read_device(&raw, address, 1) != 0
                                       : !readNamed(shown, instance, row)) {
             return false;

@@ -1,4 +1,4 @@
-// The text of a floor program: composed in one buffer, written with one write.
+// The text of a floor program: composed in one buffer, handed out where the tool hands its text out.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@
 
 namespace floor_program {
 
-constexpr std::size_t longestReport = std::size_t{64} * 1024;
+constexpr std::size_t longestText = std::size_t{64} * 1024;
 
 class Text {
 public:
@@ -25,13 +25,18 @@ public:
         *end_++ = digits[value >> 4];
         *end_++ = digits[value & 0xF];
     }
-    [[nodiscard]] bool write() const {
+
+    /// One write of all that was added since the last one; none when that is nothing.
+    /// @return false when the text did not go out as a whole.
+    bool handOut() {
         const auto size = end_ - text_.data();
-        return ::write(STDOUT_FILENO, text_.data(), static_cast<std::size_t>(size)) == size;
+        end_ = text_.data();
+        return size == 0 ||
+               ::write(STDOUT_FILENO, text_.data(), static_cast<std::size_t>(size)) == size;
     }
 
 private:
-    std::array<char, longestReport> text_;
+    std::array<char, longestText> text_;
     char* end_ = text_.data();
 };
 

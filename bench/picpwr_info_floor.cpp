@@ -1,7 +1,8 @@
 // The floor under the report of all PICPWRs: the platform calls that the report takes, in its
-// order, and its text composed in one buffer and written with one write. What zolt_test spends
-// beyond this is what its structure costs. Only for a board whose slots are all occupied and whose
-// registers can all be read; anything else ends it with exit status 1.
+// order, and its text composed in one buffer and written before each call. The structure of
+// zolt_test costs the instructions that zolt_test takes beyond this program's. It serves a board
+// whose slots are all occupied and whose registers can all be read; on any other it ends with exit
+// status 1.
 #include "bench/floor_text.h"
 #include "platform/cpld_driver.h"
 #include "platform/hal.h"
@@ -41,7 +42,7 @@ public:
     bool run() {
         std::array<char, 16> answer;
         text_.add("Enter the PICPWR ID: (Enter 0 for all PICPWRs)");
-        if (read(STDIN_FILENO, answer.data(), answer.size()) <= 0) {
+        if (!text_.handOut() || read(STDIN_FILENO, answer.data(), answer.size()) <= 0) {
             return false;
         }
         for (unsigned n = 1; n <= 63; ++n) {
@@ -49,7 +50,7 @@ public:
                 return false;
             }
         }
-        return text_.write();
+        return text_.handOut();
     }
 
 private:
@@ -60,7 +61,8 @@ private:
         end += suffix.copy(end, suffix.size());
         std::uint32_t delivered = 0;
         value_.clear();
-        return ReadIO_Str({name.data(), end}, value_, &delivered) == 0 && value_.size() >= size;
+        return text_.handOut() && ReadIO_Str({name.data(), end}, value_, &delivered) == 0 &&
+               value_.size() >= size;
     }
 
     void addHead(unsigned n) {
@@ -115,7 +117,8 @@ private:
     bool addDsls(unsigned n) {
         for (unsigned k = 1; k <= 8; ++k) {
             std::uint8_t id = 0;
-            if (cpld_read_device(&id, 0x1000 + 14 * (n - 1) + 5 + k, 1) != 0) {
+            if (!text_.handOut() ||
+                cpld_read_device(&id, 0x1000 + 14 * (n - 1) + 5 + k, 1) != 0) {
                 return false;
             }
             addHead(n);

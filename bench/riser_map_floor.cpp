@@ -1,6 +1,6 @@
 // The floor under the report of the riser slot mapping: one read by name, and its text composed in
-// one buffer and written with one write. Only for a blob whose fields all lie within it and whose
-// links are of known types; anything else ends it with exit status 1.
+// one buffer and written at the end. It serves a blob whose fields all lie within it and whose links
+// are of known types; on any other it ends with exit status 1.
 #include "bench/floor_text.h"
 #include "platform/hal.h"
 
@@ -45,7 +45,7 @@ public:
         }
         addByte("\n\nCHECKSUM                       = ", at);
         text_.add("\n\n");
-        return text_.write();
+        return text_.handOut();
     }
 
 private:
