@@ -74,10 +74,9 @@ constexpr Question deviceType{
 // their own failures.
 template <typename View>
 Status onSystemBus(View show) {
-    flush();
     auto bus = sdbusplus::bus::new_default_system();
     show(bus);
-    flush(); // the end of the connection waits for the bus once more
+    flush(); // closing the connection waits for the bus once more
     return statusDone;
 }
 

@@ -1,5 +1,7 @@
 #include "platform/hal.h"
 
+#include "console/output.h"
+#include "tests/support/console.h"
 #include "tests/support/platform.h"
 
 #include <gtest/gtest.h>
@@ -103,6 +105,18 @@ TEST_F(HalCfgdata, takesARegisteredCallbackBackBeforeTheObjectGoes) {
         platform().log,
         (Calls{"5 273 [~HAL_cfgdata]: UnregisterInterruptCallback for [PICPWR_PAYLOADS], ret= -3",
                "5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"}));
+}
+
+TEST_F(HalCfgdata, textIsHandedOutBeforeTheLibraryIsAsked) {
+    platform().hal[name] = {.content = {1}, .callbackRegistered = true};
+    (void)test::outputOf([&] {
+        HAL_cfgdata handle(name);
+        write("read ");
+        EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);
+        write("release ");
+        handle.Release();
+    });
+    EXPECT_EQ(platform().printed, (Calls{"read ", "read ", "read release ", "read release "}));
 }
 
 TEST_F(HalCfgdata, anExceptionOfTheCallbackPassesOnceTheObjectIsGone) {
