@@ -60,7 +60,6 @@ Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length, PayloadBu
         write("Failed to allocate memory for PICPWR payload\n");
         return statusOutOfMemory;
     }
-    flush();
     if (const auto status =
             cpld_read_block_device(scratch.get(), payloadBlockStart + payloadOffset, length, 1);
         status != 0) {

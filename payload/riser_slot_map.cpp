@@ -21,7 +21,6 @@ constexpr std::uint16_t rawAddress = 0x8A00;
 constexpr std::uint32_t driverAddress = 0xFFFF0000U | rawAddress;
 
 std::int32_t readRaw(std::uint8_t* bytes) {
-    flush();
     for (std::uint32_t i = 0; i < rawBytes; ++i) {
         if (const auto status = cpld_read_device(bytes + i, driverAddress + i, 1); status != 0) {
             return status;

@@ -1,5 +1,7 @@
 #include "cpld/register_access.h"
 
+#include "console/output.h"
+#include "tests/support/console.h"
 #include "tests/support/platform.h"
 
 #include <gtest/gtest.h>
@@ -50,6 +52,19 @@ TEST(RegisterBlock, noNameIsLongerThanItsRoom) {
     EXPECT_EQ(RegisterBlock(0).name(longName), longest);
     EXPECT_EQ(nameOf(longName, 7, "_DSTAT"), longest);
     EXPECT_EQ(nameOf(longest.substr(2), 123, "_DSTAT"), longest.substr(2) + "12");
+}
+
+TEST_F(RegisterAccess, textIsHandedOutBeforeEveryRead) {
+    platform().raw = {{0x1000, 1}, {0x1001, 2}};
+    (void)test::outputOf([&] {
+        write("named ");
+        EXPECT_NE(readRegister("UNKNOWN", value_), 0);
+        write("byte ");
+        EXPECT_EQ(readRawField(RawField::byte(0x1000), value_), 0);
+        write("word ");
+        EXPECT_EQ(readRawField(RawField::word(0x1000), value_), 0);
+    });
+    EXPECT_EQ(platform().printed, (Calls{"named ", "named byte ", "named byte word "}));
 }
 
 TEST_F(RegisterAccess, aBlockReadsByNameElseFromItsPlace) {
