@@ -11,7 +11,6 @@ PropertyMap getAllProperties(sdbusplus::bus_t& bus, const char* service, const s
     auto request =
         bus.new_method_call(service, path.c_str(), "org.freedesktop.DBus.Properties", "GetAll");
     request.append(interface);
-    flush();
     auto reply = bus.call(request);
     PropertyMap properties;
     reply.read(properties);
@@ -23,7 +22,6 @@ bool getManagedObjects(sdbusplus::bus_t& bus, const char* service, const std::st
     try {
         auto request = bus.new_method_call(
             service, path.c_str(), "org.freedesktop.DBus.ObjectManager", "GetManagedObjects");
-        flush();
         auto reply = bus.call(request);
         reply.read(objects);
         return !reply.is_method_error();

@@ -16,10 +16,8 @@ constexpr unsigned picpwrType = 16;
 // One device type's tree, for as long as it is printed.
 class DeviceTypeTree {
 public:
-    explicit DeviceTypeTree(unsigned deviceType) {
-        flush();
-        status_ = i2c_parse_sysinfo(static_cast<int>(deviceType), &root_);
-    }
+    explicit DeviceTypeTree(unsigned deviceType)
+        : status_(i2c_parse_sysinfo(static_cast<int>(deviceType), &root_)) {}
     DeviceTypeTree(const DeviceTypeTree&) = delete;
     DeviceTypeTree& operator=(const DeviceTypeTree&) = delete;
     ~DeviceTypeTree() {
@@ -33,7 +31,7 @@ public:
 
 private:
     SysInfoTree* root_ = nullptr;
-    int status_ = 0;
+    int status_;
 };
 
 template <std::size_t Size>

@@ -93,6 +93,10 @@ TEST_F(DynamicNodes, FailedQueriesDoNotStopTheCreation) {
               "Status is -1 (Input/output error)\n"
               "Status is -1 (Connection timed out)\n"
               "Index Node Status:Node Status: [0] &  Name: [/dev/i2c-21]\n");
+    // Each refusal is out before the driver is asked again, and before the bus is closed.
+    const std::string first = "Status is -1 (Input/output error)\n";
+    const std::string both = first + "Status is -1 (Connection timed out)\n";
+    EXPECT_EQ(busDevices().printed, (std::vector<std::string>{"", "", first, both, both}));
     EXPECT_EQ(busDevices().records.back(), record({{4, "06 00 00 00"},
                                                    {18, "01 00 00 00"},
                                                    {30, "FF FF FF FF"},

@@ -42,6 +42,16 @@ class Dialogue(unittest.TestCase):
         session.type("100\n")
         session.ends_with("")
 
+    def test_prompts_for_decimal_and_hexadecimal_numbers_come_before_the_tool_waits(self):
+        session = Session(self, SIM, "--", TOOL, "-o", "10")
+        session.expect("Enter Parent Node Num:")
+        session.type("5\n")
+        session.expect("Enter Target Address:")
+        session.type("x\n")
+        session.ends_with(
+            "\nInvalid Target Address\nUnable to perform the desired operation\n"
+        )
+
     def test_the_end_of_input_repeats_the_last_option_until_nobody_reads(self):
         process = subprocess.Popen(
             [TOOL], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
