@@ -12,7 +12,7 @@ namespace {
 
 using test::outputOf;
 
-// One reader over one input: what it answers, and what it leaves of the answer variable.
+// An input, the result of the reader on it, and the answer variable's value afterwards.
 template <typename Answer>
 struct Case {
     const char* input;
@@ -44,7 +44,7 @@ TEST(ReadByte, keepsEightBits) {
                                 {"12abc", true, 12}});
 }
 
-TEST(ReadByte, failsOnWhatIsNoNumber) {
+TEST(ReadByte, failsOnTextThatIsNoNumber) {
     expectAnswers<std::int8_t>(readByte, 9, {{"x", false, 9}, {"\n;", false, 9}, {".5", false, 9}});
 }
 
@@ -60,7 +60,7 @@ TEST(ReadDecimal, reads32Bits) {
                         {"", true, -1}});
 }
 
-TEST(ReadHexadecimal, takesAPrefixOrNone) {
+TEST(ReadHexadecimal, takesAnOptionalPrefix) {
     expectAnswers<unsigned>(readHexadecimal, 7,
                             {{"50", true, 0x50},
                              {"0x1A", true, 0x1A},
@@ -69,7 +69,7 @@ TEST(ReadHexadecimal, takesAPrefixOrNone) {
                              {"", true, 7}});
 }
 
-TEST(Reading, leavesTheRestOfTheLine) {
+TEST(Reading, leavesTheRestOfTheLineToTheNextRead) {
     std::int8_t first = 0;
     std::int8_t second = 0;
     bool third = true;
