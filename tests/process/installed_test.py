@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The programs as they are installed: they find what belongs to them wherever the tree stands."""
+"""Tests the installed programs: they find their libraries and boards wherever the tree stands."""
 
 import os
 import pathlib
@@ -38,7 +38,7 @@ class Installed(unittest.TestCase):
 
     def environment(self, **more):
         environment = dict(os.environ, **more)
-        environment.pop("LD_LIBRARY_PATH", None)  # of the build
+        environment.pop("LD_LIBRARY_PATH", None)  # it would find the build's libraries
         return environment
 
     def test_tool_asks_the_bus_of_the_installed_board(self):
@@ -64,7 +64,7 @@ class Installed(unittest.TestCase):
         for path, _ in loaded:
             self.assertTrue(pathlib.Path(path).is_relative_to(self.root), path)
 
-    def test_library_of_the_bus_views_offers_nothing_else(self):
+    def test_library_of_the_bus_views_exports_only_its_table(self):
         done = run("nm", "-D", "--defined-only", self.only("zolt_bus_views.so"))
         self.assertEqual([line.split()[1:] for line in done.stdout.splitlines()],
                          [["D", "zoltBusViews"]])

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""zolt_test as a process: pipes, closed streams, the end of input, other platform libraries."""
+"""Tests zolt_test as a process: pipes, closed streams, end of input, other platform libraries."""
 
 import os
 import pathlib
@@ -56,7 +56,7 @@ class Dialogue(unittest.TestCase):
         process.stdout.close()
         self.assertEqual(process.wait(TIMEOUT_SECONDS), -signal.SIGPIPE)
 
-    def test_an_answer_of_a_prompt_stays_0_at_the_end_of_input(self):
+    def test_the_answer_to_a_prompt_is_0_at_the_end_of_input(self):
         done = run(SIM, "--", TOOL, "-o", "6")
         self.assertTrue(done.stdout.startswith(ASK_ALL))
         self.assertEqual(done.returncode, 0)
@@ -64,7 +64,7 @@ class Dialogue(unittest.TestCase):
 
 class Streams(unittest.TestCase):
     def tool(self, redirection, *arguments):
-        """Runs the tool from a shell that redirects its streams."""
+        """Runs the tool in a shell that redirects its streams."""
         command = f'exec "$@" {redirection}'
         return run(SIM, "--", "sh", "-c", command, "sh", TOOL, *arguments)
 
@@ -76,7 +76,7 @@ class Streams(unittest.TestCase):
         done = self.tool(">/dev/full", "-o", "1", "-p", "1")
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
 
-    def test_closed_standard_input_is_at_its_end(self):
+    def test_closed_standard_input_counts_as_ended(self):
         done = self.tool("<&- | head -c 46", "-o", "1")
         self.assertEqual(done.stdout, ASK_ALL)
 
@@ -104,7 +104,7 @@ class Streams(unittest.TestCase):
 
 class Platform(unittest.TestCase):
     def test_other_libraries_of_the_same_contract_need_no_linking(self):
-        # Tiny libraries in which every slot has DSTAT 3, and every raw register reads its address.
+        # In these libraries each DSTAT is 3, and a raw register holds the low byte of its address.
         done = run(
             TOOL, "-o", "1", "-p", "2", env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM)
         )
@@ -176,7 +176,7 @@ Bay ID            = 0
                 input="1\n62\n100\n",
                 env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
             )
-            # What is not flushed goes down with the program; the menu and the prompt are.
+            # Unflushed text is lost with the program. The menu and the prompt have been flushed.
             self.assertEqual(done.stdout, "" if arguments else MAIN_MENU + ASK_ALL)
             self.assertEqual(done.returncode, -signal.SIGABRT)
 
@@ -196,7 +196,7 @@ Bay ID            = 0
         self.assertEqual(without.stdout, with_bus.stdout)
         self.assertIn("PICPWR 01 DSTAT              = 11b", without.stdout)
 
-    def test_the_libraries_of_the_bus_are_loaded_with_the_first_option_that_asks_it(self):
+    def test_the_libraries_of_the_bus_are_loaded_by_the_first_option_that_needs_them(self):
         def loaded(typed):
             return run(
                 SIM, "--", "env", "LD_DEBUG=files", TOOL,
@@ -224,11 +224,11 @@ Bay ID            = 0
             MAIN_MENU + complaint + MAIN_MENU + MODULE_TYPES + complaint + MAIN_MENU,
         )
 
-    @unittest.skipIf(SANITIZED, "a sanitizer reads its own process's maps there")
-    def test_a_tool_that_cannot_tell_where_it_stands_lets_the_loader_search(self):
+    @unittest.skipIf(SANITIZED, "a sanitizer reads its process's maps below /proc")
+    def test_a_tool_that_cannot_find_its_own_path_lets_the_loader_search(self):
         without_proc = ("unshare", "--mount", "sh", "-c", 'umount -l /proc && exec "$@"', "sh")
         if run(*without_proc, "true").returncode != 0:
-            self.skipTest("takes no /proc away")
+            self.skipTest("cannot unmount /proc")
         done = run(
             *without_proc, TOOL, input="11\n100\n",
             env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
@@ -251,7 +251,7 @@ Bay ID            = 0
              f"{library}: invalid ELF header"),
             (pathlib.Path(OTHER_PLATFORM, "libdlog.so.1").read_bytes(),
              f"{library}: undefined symbol: zoltBusViews"),
-            # To the loader that is no failure, so it has no text for it.
+            # The loader accepts a null address, so it has no text for this failure.
             (pathlib.Path(os.environ["VIEWS_OF_NOTHING"]).read_bytes(), str(library)),
         ):
             library.write_bytes(contents)
@@ -263,7 +263,7 @@ Bay ID            = 0
             )
 
     def test_registers_open_no_socket_and_no_device(self):
-        # The kernel's own account of the process. A leak checker cannot run beside strace.
+        # strace shows the calls that reach the kernel. A leak checker cannot run under strace.
         done = run(
             SIM, "--",
             "strace", "-f", "-e", "trace=socket,connect,openat", "-o", "/dev/stderr",
@@ -273,7 +273,7 @@ Bay ID            = 0
         self.assertEqual(done.stdout, SLOT_42)
         self.assertNotIn("socket(", done.stderr)
         self.assertNotIn("connect(", done.stderr)
-        self.assertIn("openat(", done.stderr)  # the account is there
+        self.assertIn("openat(", done.stderr)  # strace did trace the process
         self.assertNotIn("/dev/i2c", done.stderr)
 
 
