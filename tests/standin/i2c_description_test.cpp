@@ -151,7 +151,7 @@ root = "empty"
     }
 }
 
-TEST(I2cDescription, whatCannotBeIsRefused) {
+TEST(I2cDescription, refusesWithFileLineAndReason) {
     const std::string bus = "[[i2c.bus]]\nnumber = 1\n";
     const std::string device = bus + "[[i2c.bus.device]]\n";
     const std::string node = "[[i2c.index_node]]\ndevice_type = 1\n";
@@ -203,7 +203,7 @@ TEST(I2cDescription, whatCannotBeIsRefused) {
     for (const auto& [description, reason] : cases) {
         try {
             (void)read(description);
-            ADD_FAILURE() << "taken: " << description;
+            ADD_FAILURE() << "accepted: " << description;
         } catch (const BoardError& error) {
             EXPECT_STREQ(error.what(), reason) << description;
         }
