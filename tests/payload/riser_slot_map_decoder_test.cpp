@@ -156,7 +156,7 @@ TEST(RiserSlotMap, theNextRecordMayStartInsideTheOneBefore) {
 
 TEST(RiserSlotMap, aRecordOfNoSizeIsListedAsOftenAsTheCountSays) {
     Bytes standing = bareRecord;
-    standing[0] = 44; // also the checksum: it follows a last record of no size
+    standing[0] = 44; // also read as the checksum, because no record has a size
     standing[1] = 0;
     std::string standingText = bareRecordText;
     standingText.replace(standingText.find("= 0\n"), 4, "= 44\n");

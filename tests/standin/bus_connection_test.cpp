@@ -68,7 +68,7 @@ protected:
     BusConnection connection_{state_.core(), log_};
 };
 
-TEST_F(Connection, needsOneOpenRequestFirst) {
+TEST_F(Connection, anOpenRequestComesFirstAndOnce) {
     EXPECT_EQ(answer(transfer({{0x50, 0, 1}}, {0})), refusal);
     EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), refusal);
     EXPECT_EQ(answer(request(WIRE_OPEN, 6)), reply(-ENOENT));

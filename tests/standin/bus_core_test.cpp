@@ -349,7 +349,7 @@ TEST_F(BusCoreTest, theDmaSafeFlagIsIgnored) {
     EXPECT_EQ(request.replyWord(0), 7);
 }
 
-TEST_F(BusCoreTest, messageCountsHaveBounds) {
+TEST_F(BusCoreTest, messageCountIsLimited) {
     std::vector<i2c_msg> messages(43, i2c_msg{.addr = 0x50, .flags = 0, .len = 0, .buf = nullptr});
     std::uint8_t memory = 0;
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
@@ -441,14 +441,14 @@ protected:
     }
 };
 
-TEST_F(Faults, aBusMayNotOpen) {
+TEST_F(Faults, aFaultKeepsItsBusFromOpening) {
     ASSERT_EQ(busCoreAddBus(core(), 6), 0);
     add(BUS_CORE_OPEN, EACCES);
     EXPECT_EQ(busCoreOpen(core(), 5), -EACCES);
     EXPECT_EQ(busCoreOpen(core(), 6), 0);
 }
 
-TEST_F(Faults, aCommandFailsOnItsBusAndChangesNothing) {
+TEST_F(Faults, aFaultyCommandFailsOnItsBusAndChangesNothing) {
     ASSERT_EQ(busCoreAddBus(core(), 6), 0);
     add(CONTROL_CREATE_NODE, EIO);
     EXPECT_EQ(send(createNode(3, 0, "PUCK", "")), -EIO);
@@ -490,7 +490,7 @@ TEST_F(Faults, theLastMatchingFaultWins) {
     EXPECT_EQ(send(recoverBus(98)), -EPERM);
 }
 
-TEST_F(Faults, aPlainMessageMayFailByItsAddress) {
+TEST_F(Faults, aPlainMessageFailsByItsAddress) {
     std::uint8_t memory = 0;
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x51, &memory, 1, 1, false), 0);

@@ -300,7 +300,7 @@ TEST_F(Preload, theToolRecoversABus) {
                      "/dev/i2c-5 recover-bus mode=98 -> 1\n");
 }
 
-TEST_F(Preload, twoToolsAtOnceKeepTheStateWhole) {
+TEST_F(Preload, twoToolsAtOnceCreateDifferentNodes) {
     // Each tool creates 30 nodes. Every node has a bus of its own, and none is missing.
     const std::string creating =
         "for i in $(seq 30); do " + tool() + " -o 9 -d $1 -i $i -n 5 -t 80; done";

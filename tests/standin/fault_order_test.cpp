@@ -14,7 +14,7 @@ TEST(FaultOrder, comesBehindTheFaultsOfTheBoard) {
               (std::vector{parseFaultRule("raw-read 1"), parseFaultRule("raw-read 2 once")}));
 }
 
-TEST(FaultOrder, acceptsAFaultOfEverythingThatExists) {
+TEST(FaultOrder, acceptsFaultsThatCanHappen) {
     Board board = parseBoard("[override.named]\nNEW_NAME = 1", "b");
     for (const char* const text : {
              "named-read PICPWR_63_DSTAT",

@@ -16,7 +16,7 @@ TEST(I2cDescription, boardWithoutOneHasNoBusAndNoType) {
     EXPECT_TRUE(i2c.answers.empty());
 }
 
-TEST(I2cDescription, busesAndDevices) {
+TEST(I2cDescription, readsBusesAndDevices) {
     const I2cDescription i2c = read(R"(
 [[i2c.bus]]
 number = 999999
@@ -69,7 +69,7 @@ number = 0
     EXPECT_EQ(bus.devices[3].properties, (I2cProperties{{0, 0}}));
 }
 
-TEST(I2cDescription, indexNodes) {
+TEST(I2cDescription, readsIndexNodes) {
     const I2cDescription i2c = read(R"(
 [[i2c.index_node]]
 device_type = "FTULM_FRU"
@@ -121,7 +121,7 @@ parent = 7
     EXPECT_EQ(i2c.indexNodes[1].subNodeCount, std::nullopt);
 }
 
-TEST(I2cDescription, answers) {
+TEST(I2cDescription, readsTheAnswersOfTypes) {
     using enum TypeAnswer::Root;
     I2cDescription i2c = read(R"(
 [[i2c.type]]

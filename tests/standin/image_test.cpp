@@ -73,7 +73,7 @@ TEST_F(Image, faultStrikesWhatItNames) {
     EXPECT_EQ(named(image, "PICPWR_1_DSTAT").first, 7);
 }
 
-TEST_F(Image, faultThatStrikesOnceDoesSoForAllMappings) {
+TEST_F(Image, faultThatStrikesOnceIsUsedUpForAllMappings) {
     const auto image = mapped("faults = ['named-read PICPWR_1_* once']");
     const auto other = ImageReader::map(path().c_str()).value();
     EXPECT_EQ(named(other, "PICPWR_1_DSTAT").first, -1);

@@ -92,7 +92,7 @@ TEST_F(StandinLibrary, namedReadAppendsAndTellsTheSize) {
     EXPECT_EQ(received("calls"), "ReadIO_Str BLOB = 0\n");
 }
 
-TEST_F(StandinLibrary, namedReadFails) {
+TEST_F(StandinLibrary, unknownOrFaultyNameFails) {
     EXPECT_EQ(ReadIO_Str("UNKNOWN", bytes_, &size_), -1);
     EXPECT_EQ(ReadIO_Str("PICPWR_2_DSTAT", bytes_, &size_), 7);
     EXPECT_TRUE(bytes_.empty());

@@ -149,7 +149,7 @@ TEST(PublishedBoard, moduleWithoutATypeIsNotPublished) {
     EXPECT_EQ(publish("[[slot]]\nid = 7\n[slot.module]\ndevice_class = 1\n").interfaces.size(), 1U);
 }
 
-TEST(PublishedBoard, informationObject) {
+TEST(PublishedBoard, informationObjectIsDescribedOrHasDefaults) {
     EXPECT_EQ(published(publish(""), "info", "pcardInfo"),
               "FRUreadComplete b true\nSlotMappingComplete b true\n");
     EXPECT_EQ(published(publish("[service.info]\nCount = 3\nOdd = {signature = 'as', "

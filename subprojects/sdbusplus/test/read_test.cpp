@@ -203,7 +203,7 @@ TEST(ReadBigEndian, vectors) {
 TEST(ReadBigEndian, variantsInAMap) {
     using Numbers = std::variant<std::string, std::vector<std::uint16_t>>;
     const auto values = readBigEndian<std::map<std::string, Numbers>>(
-        "a{sv}", {0, 0, 0, 20, 0,   0, 0,    0,             // 20 bytes from the entry on
+        "a{sv}", {0, 0, 0, 20, 0,   0, 0,    0,             // 20 bytes of entries, padding
                   0, 0, 0, 1,  'a', 0, 2,    'a',  'q',  0, // "a", of signature "aq"
                   0, 0, 0, 0,  0,   4, 0x12, 0x34, 0x56, 0x78});
     EXPECT_EQ(values,
