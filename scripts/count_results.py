@@ -3,7 +3,8 @@
 
 usage: count_results.py LOG_DIRECTORY
 
-Prints "PASSED FAILED SKIPPED": a program that tells its cases counts as so many, any other as one.
+Prints "PASSED FAILED SKIPPED". A program that reports its test cases counts once for each case;
+any other program counts once.
 """
 
 import json
@@ -23,7 +24,7 @@ def outcome(case):
 
 
 def cases_of(junit_file):
-    """Yields (name of the program, outcome) for each case."""
+    """Yields (name of the program, outcome) for each test case."""
     for suite in xml.parse(junit_file).getroot().iter("testsuite"):
         _, _, program = suite.get("name").partition(".")
         for case in suite.iter("testcase"):
@@ -31,7 +32,7 @@ def cases_of(junit_file):
 
 
 def bad_programs(json_file):
-    """The programs that did not end well, whatever their cases say."""
+    """Yields the programs that Meson reports as bad, whatever their cases say."""
     for line in json_file.read_text().splitlines():
         result = json.loads(line)
         if result["result"] in BAD_RESULTS:
@@ -48,10 +49,11 @@ def main():
         cases = list(cases_of(json_file.with_suffix(".junit.xml")))
         for program in bad_programs(json_file):
             own = [case for case in cases if is_of(program, case[0])]
-            # It crashed, ran out of time or found something after its last case.
+            # The program crashed, timed out or failed after its last case.
             if all(case[1] != "failed" for case in own):
                 count["failed"] += 1
-                # A program that is one case has been counted by that.
+                # Meson lists a program without cases as one case, which passes even when the
+                # program timed out. Count such a program only once, as failed.
                 if (program, "passed") in own:
                     cases.remove((program, "passed"))
         for _, result in cases:

@@ -1,24 +1,24 @@
-# What the scripts share: the packages that they need, and how they install and build.
-# To be sourced. It works from any directory, and nothing of it reads standard input or writes to
-# standard output: those belong to the program that a script is about to start.
+# Shared by the scripts, which source this file: the lists of packages, and functions that install
+# and build. The functions work from any directory. They leave standard input and output to the
+# program that a script starts.
 # shellcheck shell=bash
 
 top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
 
-# Debian's packages: to build the tool and the stand-in, and to run the one on the other; to test
-# both; to benchmark the tool.
+# Debian packages that are needed to build the tool and the stand-in and to run the tool on it, to
+# test both, and to benchmark the tool.
 # shellcheck disable=SC2034 # each script picks its own
 {
     build_packages=(g++ meson ninja-build pkgconf libsystemd-dev libtomlplusplus-dev
         dbus-daemon)
     test_packages=(
         "${build_packages[@]}"
-        libgtest-dev python3 valgrind                       # the suites, and the suites under a watch
+        libgtest-dev python3 valgrind                       # the suites, alone and under valgrind
         clang libclang-rt-dev clang-format clang-tidy       # the second compiler, the linters
-        strace                                              # what a process asks of the kernel
-        i2c-tools systemd                                   # other clients of the buses (busctl)
+        strace                                              # shows a program's system calls
+        i2c-tools systemd                                   # independent clients of the buses (busctl)
         shellcheck mandoc                                   # the scripts, the manual pages
-        g++-aarch64-linux-gnu qemu-user                     # the boards' own architecture
+        g++-aarch64-linux-gnu qemu-user                     # AArch64, the architecture of the boards
     )
     bench_packages=("${build_packages[@]}" python3 valgrind xxd bsdextrautils)
 }
@@ -50,9 +50,9 @@ apt_get() {
         apt-get -q -o DPkg::Lock::Timeout=600 "$@"
 }
 
-# require PACKAGE...: installs those that are not there, and needs the network for nothing else.
+# require PACKAGE...: installs the packages that are missing. It needs the network only for that.
 require() {
-    # Elsewhere than on Debian, whoever runs this brings what is needed; the build says what is not.
+    # Outside Debian the caller installs the packages. The build names what is missing.
     command -v dpkg-query >/dev/null || return 0
 
     local installed package
@@ -65,20 +65,21 @@ require() {
 
     say "installing from Debian's packages: ${missing[*]}"
     if ! as_root true 2>/dev/null </dev/null; then
-        say "that takes root: apt-get install ${missing[*]}"
+        say "installing needs root; run: apt-get install ${missing[*]}"
         return 1
     fi
     (
-        umask 022                       # what gets installed is for everybody
-        quietly apt_get update ||       # the lists at hand may do
+        umask 022                       # every user may use what is installed
+        quietly apt_get update ||       # the existing lists may be enough
             say 'the package lists could not be brought up to date'
         quietly apt_get install -y --no-install-recommends "${missing[@]}"
     )
 }
 
-# configure DIRECTORY [MESON OPTION]...: has DIRECTORY ready for Ninja. Its own build directories it
-# knows by a stamp and makes anew when anything has changed under them: the tree's place, the
-# options, Meson. One configured by hand stays as it is.
+# configure DIRECTORY [MESON OPTION]...: makes DIRECTORY ready for Ninja. A stamp file marks the
+# directories that this function has configured. It configures such a directory anew when the tree's
+# place, the compilers, the options or Meson have changed. A directory that somebody configured by
+# hand stays as it is.
 configure() {
     local directory=$1 stamp=$1/configured_by_scripts made_of
     shift
@@ -94,34 +95,34 @@ configure() {
     printf '%s\n' "$made_of" >"$stamp"
 }
 
-# make_target DIRECTORY TARGET: builds, and says no more than what went wrong.
+# make_target DIRECTORY TARGET: builds TARGET and prints only what went wrong.
 make_target() {
     ninja --quiet -C "$1" "$2" 2>&1 </dev/null
 }
 
-# build DIRECTORY TARGET [MESON OPTION]...: configures what is not configured, builds what is not
-# built ("all" for everything).
+# build DIRECTORY TARGET [MESON OPTION]...: configures DIRECTORY if needed, and brings TARGET up to
+# date ("all" for everything).
 build() (
     local directory=$1 target=$2 complaints
     shift 2
-    umask u=rwx # the build needs its own files, whatever the caller hides from others
+    umask u=rwx # the build has to use its own files, whatever the caller's umask
     [[ -f $directory/build.ninja ]] || say "building in ${directory#"$top"/}"
     configure "$directory" "$@" || exit
     complaints=$(make_target "$directory" "$target") && exit
-    # A complaint of Ninja's own is about the directory, not about the sources.
+    # Errors of Ninja itself concern the build directory, not the sources.
     if [[ $'\n'$complaints == *$'\nninja: error: '* && -e $directory/configured_by_scripts ]]; then
         say "starting ${directory#"$top"/} afresh"
         rm -rf -- "$directory"
         configure "$directory" "$@" || exit
         complaints=$(make_target "$directory" "$target") && exit
     fi
-    # Whatever was configured on the way is of no interest.
+    # Print from the first failed command on: Meson's output comes before it and does not matter.
     sed -n '/^FAILED: /,$p' <<<"$complaints" | grep . >&2 || printf '%s\n' "$complaints" >&2
     exit 1
 )
 
-# foreign_packages DIRECTORY PACKAGE...: unpacks packages, with their architecture (name:arm64),
-# below DIRECTORY. Nothing is installed, and the machine's own lists stay as they are.
+# foreign_packages DIRECTORY PACKAGE...: unpacks packages of another architecture (name:arm64) below
+# DIRECTORY. It installs nothing and leaves the machine's own package lists as they are.
 foreign_packages() (
     local directory=$1 apt=$1/apt
     shift

@@ -36,13 +36,13 @@ TEST(CommandLine, defaults) {
     EXPECT_EQ(fields(parse({})), "0 0 0 0 0 0 -1 0 ");
 }
 
-TEST(CommandLine, everyLetter) {
+TEST(CommandLine, everyLetterSetsItsField) {
     EXPECT_EQ(fields(parse({"-o", "1", "-p", "2", "-d", "3", "-m", "4", "-f", "5", "-i", "6", "-n",
                             "7", "-t", "8"})),
               "1 2 3 4 5 6 7 8 ");
 }
 
-TEST(CommandLine, widths) {
+TEST(CommandLine, numbersAreCutToTheWidthOfTheirField) {
     EXPECT_EQ(fields(parse({"-o265", "-p257", "-d511", "-m-1", "-f256", "-i300", "-n2147483647",
                             "-t4294967295"})),
               "9 1 255 255 0 44 2147483647 4294967295 ");
@@ -51,17 +51,17 @@ TEST(CommandLine, widths) {
     EXPECT_EQ(fields(parse({"-n4294967295", "-t4294967296"})), "0 0 0 0 0 0 -1 0 ");
 }
 
-TEST(CommandLine, numbersBeyondAnyWidthAreTheNearestLong) {
+TEST(CommandLine, numbersBeyondALongCountAsTheNearestLong) {
     EXPECT_EQ(fields(parse({"-o", "99999999999999999999", "-n", "99999999999999999999"})),
               "255 0 0 0 0 0 -1 0 ");
 }
 
-TEST(CommandLine, textIsNoNumber) {
+TEST(CommandLine, textCountsAsTheNumberItStartsWithOrAsZero) {
     EXPECT_EQ(fields(parse({"-o", "one", "-p", "", "-n", "x", "-t", "0x50"})), "0 0 0 0 0 0 0 0 ");
     EXPECT_EQ(fields(parse({"-o", "5th", "-p", " 7"})), "5 7 0 0 0 0 -1 0 ");
 }
 
-TEST(CommandLine, laterRepetitionWins) {
+TEST(CommandLine, lastOfSeveralRepetitionsWins) {
     EXPECT_EQ(fields(parse({"-o", "1", "-o", "2", "-n5", "-n6"})), "2 0 0 0 0 0 6 0 ");
 }
 

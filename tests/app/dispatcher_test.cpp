@@ -24,7 +24,7 @@ class Dispatcher : public testing::Test {
 protected:
     Dispatcher() { test::resetPlatform(); }
 
-    // An empty slot 42: what option 1 prints of it shows which ID it ran with.
+    // Makes slot 42 an empty slot. Option 1 then prints the ID that it ran with.
     static void fitSlot42() { platform().named["PICPWR_42_DSTAT"] = {0}; }
     static constexpr const char* slot42 = "\nPICPWR 42 DSTAT              = 00b\n";
 
@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(Dispatcher, numbersWithoutARowDoNothing) {
+TEST_F(Dispatcher, unknownOptionsDoNothing) {
     for (const std::uint8_t option : std::initializer_list<std::uint8_t>{0, 16, 99, 100, 255}) {
         EXPECT_EQ(run({.option = option}, "x"), "");
     }
@@ -51,9 +51,9 @@ TEST_F(Dispatcher, missingIdIsAskedFor) {
               std::string("Enter the PICPWR ID: (Enter 0 for all PICPWRs)") + slot42);
 }
 
-TEST_F(Dispatcher, answerIsAnUnsignedByte) {
+TEST_F(Dispatcher, answeredIdIsAnUnsignedByte) {
     EXPECT_EQ(run({.option = 1}, "-1\n"), "Enter the PICPWR ID: (Enter 0 for all PICPWRs)");
-    EXPECT_TRUE(platform().calls.empty()); // 255 is no slot
+    EXPECT_TRUE(platform().calls.empty()); // there is no slot 255
 }
 
 struct Asking {
@@ -77,14 +77,14 @@ std::vector<Asking> askingOptions() {
     };
 }
 
-TEST_F(Dispatcher, answerThatIsNoNumberFailsWithBothLines) {
+TEST_F(Dispatcher, answerThatIsNoNumberPrintsBothErrorLines) {
     for (const Asking& asking : askingOptions()) {
         EXPECT_EQ(run(asking.given, "x"), asking.prompt + unreadable);
     }
     EXPECT_TRUE(platform().calls.empty());
 }
 
-TEST_F(Dispatcher, payloadIdsAbove63AreRefusedBeforeTheHardware) {
+TEST_F(Dispatcher, payloadIdsAbove63AreRefusedWithoutARead) {
     for (const std::uint8_t option : std::initializer_list<std::uint8_t>{2, 3}) {
         for (const char* const answer : {"64", "-1", "255", "100"}) {
             EXPECT_EQ(run({.option = option}, answer),
@@ -94,7 +94,7 @@ TEST_F(Dispatcher, payloadIdsAbove63AreRefusedBeforeTheHardware) {
     EXPECT_TRUE(platform().calls.empty());
 }
 
-TEST_F(Dispatcher, failedOperationIsToldOnce) {
+TEST_F(Dispatcher, failedOperationIsReportedOnce) {
     platform().named["PICPWR_42_DSTAT"] = {3};
     for (const char* const name :
          {"_DBYP", "_DPEN", "_APEN", "_ASTAT", "_MOD_CLASS", "_MOD_CLASS_IDX"}) {
@@ -113,14 +113,14 @@ TEST_F(Dispatcher, failedOperationIsToldOnce) {
               "Unable to perform the desired operation\n");
 }
 
-TEST_F(Dispatcher, exceptionPassesThroughAndIsPrintedByTheGuard) {
+TEST_F(Dispatcher, standardExceptionIsPrintedByTheGuardAlone) {
     platform().thrown = std::make_exception_ptr(std::bad_alloc());
     EXPECT_THROW((void)run({.option = 1, .picpwrId = 42}), std::bad_alloc);
     EXPECT_EQ(outputOf([] { runOptionGuarded({.option = 1, .picpwrId = 42}); }),
               "Exception : std::bad_alloc\n");
 }
 
-TEST_F(Dispatcher, whatIsNoStandardExceptionPassesTheGuard) {
+TEST_F(Dispatcher, exceptionOfAnotherKindPassesTheGuard) {
     platform().thrown = std::make_exception_ptr(42);
     EXPECT_EQ(outputOf([] { EXPECT_THROW(runOptionGuarded({.option = 1, .picpwrId = 42}), int); }),
               "");

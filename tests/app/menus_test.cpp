@@ -9,7 +9,7 @@ namespace {
 
 using test::outputOf;
 
-TEST(MainMenu, isPrintedAsItStands) {
+TEST(MainMenu, printsEveryLine) {
     EXPECT_EQ(outputOf(printMainMenu), "\n"
                                        "------------------------------------------------\n"
                                        "ZOLT Test Tool\n"
@@ -33,7 +33,7 @@ TEST(MainMenu, isPrintedAsItStands) {
                                        "Enter option :");
 }
 
-TEST(ModuleClassMenu, isPrintedAsItStands) {
+TEST(ModuleClassMenu, printsEveryLine) {
     EXPECT_EQ(outputOf(printModuleClassMenu), " 1 : 1C Connector\n"
                                               " 2 : 4C+ Connector\n"
                                               " 3 : KARN Downstream of FLOP\n"
@@ -52,7 +52,7 @@ TEST(ModuleClassMenu, isPrintedAsItStands) {
                                               "Enter the module class :");
 }
 
-TEST(ModuleTypeMenu, isPrintedAsItStands) {
+TEST(ModuleTypeMenu, printsEveryLine) {
     EXPECT_EQ(outputOf(printModuleTypeMenu), " 1 : Backplane\n"
                                              " 2 : PUCK\n"
                                              " 3 : RFC\n"

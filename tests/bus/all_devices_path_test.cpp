@@ -26,7 +26,7 @@ std::string printed(std::uint8_t moduleType) {
     return viewed([&](sdbusplus::bus_t& bus) { PrintAllDevicesPath(bus, moduleType); });
 }
 
-// What a question for the objects that fails leaves on the console.
+// Returns the lines that the view prints when the call for the objects fails.
 std::string failed(const std::string& error) {
     return "failed to get managed objects err" + error +
            "\nPrintAllDevicesPath: GetManagedObjects() failed to get GetManagedObjects !.\n";
@@ -66,7 +66,7 @@ struct Type {
     const std::string& report;
 };
 
-// Every type finds its own object, and only that, on a bus that has one of each.
+// The bus has one object of each type. Each type lists its own object only.
 TEST(PrintAllDevicesPath, everyTypeHasItsPathInterfaceAndReport) {
     constexpr const char* cem = "com.tesk.bmc.zolt.cemCIR";
     const std::vector<Type> types{
@@ -112,8 +112,8 @@ TEST(PrintAllDevicesPath, typeThatDoesNotExistHasNoPath) {
     }
 }
 
-// The tree holds properties of every type there is; none of them is printed.
-TEST(PrintAllDevicesPath, treeOfEveryKindOfValue) {
+// The reply of the manager has properties of every D-Bus type. The view prints none of them.
+TEST(PrintAllDevicesPath, managersReplyMayHavePropertiesOfAnyType) {
     ServiceModel model = pucks({"a"});
     model.interfaces.push_back(
         {"/com/tesk/bmc/zolt/puck/a",
@@ -285,7 +285,8 @@ TEST(PrintAllDevicesPath, serviceLeavesInTheMiddle) {
                               "com.tesk.bmc.zolt was not provided by any .service files\n");
 }
 
-// Whoever waits for a slow object sees its path, and all that came before.
+// Waits for this text on standard output. The view prints an object's path before it asks for the
+// object's properties.
 void waitUntilPrinted(const std::string& text) {
     struct stat output {};
     do {
@@ -327,7 +328,7 @@ TEST_F(BrokenBus, inTheMiddleOfAListingFailsEveryObjectFromThereOn) {
     breakInTheMiddle();
 }
 
-TEST_F(BrokenBus, doesNotTouchTheNextOperationOnceItIsBack) {
+TEST_F(BrokenBus, servesTheNextOperationOnceItIsBack) {
     breakInTheMiddle();
     EXPECT_EQ(outputOf([] { runOption(listPucks); }),
               failed("sd_bus_message_new_method_call: System.Error.ENOTCONN: "

@@ -36,7 +36,7 @@ std::string printedOf(std::vector<standin::Property> properties,
     return printed(3);
 }
 
-// The object has all four interfaces; each class picks its own.
+// The object has all four interfaces. Each class reads its own.
 TEST(PrintAllProperties, everyClassHasItsInterfaceAndReport) {
     PropertyMap puck = shortProperties();
     puck["DeviceVer"] = std::uint8_t{0x77};
@@ -80,14 +80,14 @@ std::string caught(const std::string& error) {
     return "PrintAllProperties: catch error: " + error + "\n";
 }
 
-TEST(PrintAllProperties, missingPropertyIsAllThatIsPrinted) {
+TEST(PrintAllProperties, missingPropertyYieldsAnErrorInsteadOfTheReport) {
     PropertyMap properties = cemProperties();
     properties.erase("PayloadFrmtVer");
     EXPECT_EQ(printedOf(published(properties)), caught("std::get: wrong index for variant"));
     EXPECT_EQ(printedOf({}), caught("std::get: wrong index for variant"));
 }
 
-TEST(PrintAllProperties, propertyOfAnotherTypeIsAllThatIsPrinted) {
+TEST(PrintAllProperties, propertyOfAnotherTypeYieldsAnErrorInsteadOfTheReport) {
     for (const char* signature : {"y", "u", "x"}) {
         auto properties = published(cemProperties());
         std::ranges::find(properties, "DeviceId", &standin::Property::name)->signature = signature;
@@ -96,7 +96,7 @@ TEST(PrintAllProperties, propertyOfAnotherTypeIsAllThatIsPrinted) {
     }
 }
 
-// A value of no known type is stepped over and counts as six zero bytes.
+// The view skips a value of an unknown type and takes it for six zero bytes.
 TEST(PrintAllProperties, endpointOfNoKnownTypePrintsAsZeroBytes) {
     auto properties = published(cemProperties());
     auto& endpoint = *std::ranges::find(properties, "EndPoint1", &standin::Property::name);
@@ -114,7 +114,7 @@ TEST(PrintAllProperties, busCannotBeReached) {
     unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
 }
 
-TEST(PrintAllProperties, pathIsNone) {
+TEST(PrintAllProperties, pathIsInvalid) {
     const SystemBus bus;
     EXPECT_EQ(
         viewed([](sdbusplus::bus_t& connection) { PrintAllProperties(connection, 3, "no path"); }),

@@ -1,4 +1,4 @@
-// Tests of a view against a service on a bus of the test's own.
+// Functions for tests of a view against a service on a private bus.
 #pragma once
 
 #include "tests/support/bus.h"
@@ -12,7 +12,7 @@
 
 namespace zolt::test {
 
-/// What a view prints over a connection of its own.
+/// Runs a view on a connection of its own. Returns what it prints.
 template <typename View>
 std::string viewed(View view) {
     return outputOf([&] {
@@ -21,8 +21,8 @@ std::string viewed(View view) {
     });
 }
 
-/// What the bus says when its policy forbids a call, without what differs from run to run: how many
-/// of its rules fit, and who the two peers are.
+/// Replaces the parts of the bus's refusal that differ from run to run: the number of rules that
+/// match, and the identity of the two peers.
 inline std::string impersonal(std::string output) {
     const std::pair<std::regex, const char*> replacements[] = {
         {std::regex("[0-9]+ matched rules"), "N matched rules"},

@@ -7,7 +7,7 @@ namespace {
 using Byte = std::uint8_t;
 using Word = std::uint16_t;
 
-// What CEM and backplane payloads begin with.
+// The properties that CEM and backplane modules have in common.
 PropertyMap cemHeader() {
     return {{"PayloadFrmtVer", Byte{0x02}},   {"DeviceClass", Byte{0x0B}},
             {"StaticPaylodSize", Byte{0x40}}, {"DeviceId", Word{0x1234}},

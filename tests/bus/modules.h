@@ -1,5 +1,4 @@
-// One module of each kind, as properties and as the service publishes them. Their reports are in
-// reports.h.
+// The properties of one module of each kind. Their reports are in reports.h.
 #pragma once
 
 #include "bus/property_value.h"
@@ -12,10 +11,10 @@ namespace zolt::test {
 
 [[nodiscard]] PropertyMap cemProperties();
 [[nodiscard]] PropertyMap backPlaneProperties();
-/// Of RFC and puck modules.
+/// Properties of RFC and puck modules.
 [[nodiscard]] PropertyMap shortProperties();
 
-/// The same properties as the service's.
+/// Converts properties to those that the service publishes.
 [[nodiscard]] std::vector<standin::Property> published(const PropertyMap& properties);
 
 } // namespace zolt::test

@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 
@@ -60,12 +59,12 @@ PropertyMap without(PropertyMap properties, const std::string& name) {
     return properties;
 }
 
-// A report with one line another.
+// Replaces some lines of a report.
 std::string replaced(std::string report, const std::string& line, const std::string& other) {
     return report.replace(report.find(line), line.size(), other);
 }
 
-// A value that lost its alternative while another was put in its place.
+// Returns a value without an alternative: its change to another alternative failed halfway.
 PropertyValue empty() {
     struct Thrower {
         operator std::uint8_t() const { throw std::runtime_error("no byte"); }
@@ -97,7 +96,6 @@ TEST(FormatHex, agreesWithPrintfForEveryValue) {
 
 TEST(CEMV3PayloadPrinter, prints31LinesAndAnEmptyOne) {
     EXPECT_EQ(reportOf<CEMV3PayloadPrinter>(cemProperties()), cemReport + "\n");
-    EXPECT_EQ(std::ranges::count(cemReport, '\n'), 31);
 }
 
 TEST(CEMV3PayloadPrinter, clearedFlagsHaveTheirOwnSentences) {
@@ -200,7 +198,6 @@ TEST(CEMV3PayloadPrinter, missingFirstEndpointIsDecodedAsZeroBytes) {
 
 TEST(BackPlanePayloadPrinter, prints28LinesAndAnEmptyOne) {
     EXPECT_EQ(reportOf<BackPlanePayloadPrinter>(backPlaneProperties()), backPlaneReport + "\n");
-    EXPECT_EQ(std::ranges::count(backPlaneReport, '\n'), 28);
 }
 
 TEST(BackPlanePayloadPrinter, missingEndpointsPrintAsZeroBytes) {
@@ -239,21 +236,20 @@ TEST(BackPlanePayloadPrinter, beginsAsTheCemReportDoes) {
 
 TEST(RFCPayloadPrinter, printsNineLinesAndAnEmptyOne) {
     EXPECT_EQ(reportOf<RFCPayloadPrinter>(shortProperties()), shortReport + "\n");
-    EXPECT_EQ(std::ranges::count(shortReport, '\n'), 9);
 }
 
 TEST(PuckPayloadPrinter, printsWhatTheRfcPrinterPrints) {
     EXPECT_EQ(reportOf<PuckPayloadPrinter>(shortProperties()), shortReport + "\n");
 }
 
-TEST(RFCPayloadPrinter, doesNotTakeTheCemSpelling) {
+TEST(RFCPayloadPrinter, doesNotTakeTheCemNameOfTheWires) {
     const auto properties =
         with(without(shortProperties(), "NumPwires"), "NumWires", std::uint8_t{0xFF});
     EXPECT_EQ(failureOf<RFCPayloadPrinter>(properties), (Failure{"", wrongType}));
     EXPECT_EQ(failureOf<PuckPayloadPrinter>(properties), (Failure{"", wrongType}));
 }
 
-// Every row of every report, with the property missing, of another type, and without any value.
+// Prints a report with each of its properties missing, of another type, and without any value.
 template <typename Printer>
 void expectEveryRowToBeChecked(const PropertyMap& properties) {
     for (const auto& [name, value] : properties) {
@@ -286,12 +282,6 @@ TEST(PayloadPrinter, propertiesThatNoRowNamesAreIgnored) {
         with(with(with(cemProperties(), "A", true), "EndPoint4", std::uint8_t{1}), "deviceclass",
              std::uint16_t{2});
     EXPECT_EQ(reportOf<CEMV3PayloadPrinter>(properties), cemReport + "\n");
-}
-
-TEST(PayloadPrinter, leavesTheCallersPropertiesAlone) {
-    const PropertyMap given = without(cemProperties(), "EndPoint0");
-    (void)reportOf<CEMV3PayloadPrinter>(given);
-    EXPECT_EQ(given, without(cemProperties(), "EndPoint0"));
 }
 
 TEST(PayloadPrinter, rawPayloadIsNotSupported) {

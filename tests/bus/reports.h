@@ -1,11 +1,11 @@
-// The reports of the modules that the tests know, in full.
+// The full reports of the modules in modules.h.
 #pragma once
 
 #include <string>
 
 namespace zolt::test {
 
-/// Eleven lines: cemProperties() and backPlaneProperties() begin alike.
+/// Eleven lines: the start of the reports of cemProperties() and backPlaneProperties().
 inline const std::string cemHeaderLines =
     "PayloadFrmtVer                                  : 0x02\n"
     "DeviceClass                                     : 0x0B\n"

@@ -12,8 +12,8 @@ namespace {
 
 using namespace test;
 
-// What the bus answers is told by the views' own tests.
-TEST(GetManagedObjects, whatIsNoBusErrorPassesThrough) {
+// The views' own tests cover the answers of the bus.
+TEST(GetManagedObjects, exceptionThatIsNoBusErrorPassesThrough) {
     const std::string path = "/com/tesk/bmc/zolt/puck";
     SystemBus bus;
     bus.publish({.managers = {path},

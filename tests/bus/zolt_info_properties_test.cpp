@@ -64,7 +64,7 @@ TEST(PrintZoltInfoProperties, flagOfAnotherTypeEndsTheListing) {
               "\n");
 }
 
-// Only a 16-bit number will do, not even a byte or an endpoint's six.
+// The view takes 16-bit numbers only, not even a byte or the six bytes of an endpoint.
 TEST(PrintZoltInfoProperties, numberOfAnotherTypeEndsTheListing) {
     const std::vector<std::pair<std::string, standin::Value>> others{
         {"b", true},
@@ -101,7 +101,7 @@ TEST(PrintZoltInfoProperties, onlyTheExactNamesAreFlags) {
               "\n");
 }
 
-TEST(PrintZoltInfoProperties, valueThatFitsNoTypeDoesNotHinderThoseBefore) {
+TEST(PrintZoltInfoProperties, valueOfAnUnknownTypeEndsTheListingAtItsOwnPlace) {
     EXPECT_EQ(printedOf({{"Zebra", "as", standin::listOf("a", "b")}, {"Apple", "q", 1}}),
               "PrintZoltInfoProperties: \n"
               "Property Name  = Apple\n"
@@ -173,7 +173,7 @@ TEST(PrintZoltInfoProperties, answerDoesNotComeInTime) {
     unsetenv("SYSTEMD_BUS_TIMEOUT");
 }
 
-TEST(PrintZoltInfoProperties, answerThatComesLateEnoughIsTaken) {
+TEST(PrintZoltInfoProperties, slowAnswerWithinTheTimeoutIsTaken) {
     EXPECT_EQ(printedOf({{"CardCount", "q", 1}}, {{.delay = std::chrono::milliseconds(50)}}),
               "PrintZoltInfoProperties: \n"
               "Property Name  = CardCount\n"

@@ -37,7 +37,7 @@ TEST_P(HexDump, prints) {
 INSTANTIATE_TEST_SUITE_P(
     Lengths, HexDump,
     testing::Values(Dump{"noBytes", 0x100, {}, 0, "\n\n"}, //
-                    Dump{"noneOfTheBytes", 0x100, counting(4), 0, "\n\n"},
+                    Dump{"zeroOfFourBytes", 0x100, counting(4), 0, "\n\n"},
                     Dump{"oneByte", 0x91002A01, {0xE9}, 1, "0x91002a01 = e9 \n\n"},
                     Dump{"sevenBytes", 0, counting(7), 7, "0x00000000 = 00 01 02 03 04 05 06 \n\n"},
                     Dump{"eightBytesEndInTheSeparator", 0, counting(8), 8,
@@ -53,8 +53,8 @@ INSTANTIATE_TEST_SUITE_P(
                          "0x100000000 = 00 \n\n"},
                     Dump{"baseOfSixteenDigits", 0xFEDCBA9876543210, counting(1), 1,
                          "0xfedcba9876543210 = 00 \n\n"},
-                    Dump{"fewerThanThereAre", 0, counting(32), 2, "0x00000000 = 00 01 \n\n"},
-                    Dump{"neverMoreThanThereAre", 0, counting(2), 300, "0x00000000 = 00 01 \n\n"}),
+                    Dump{"twoOf32Bytes", 0, counting(32), 2, "0x00000000 = 00 01 \n\n"},
+                    Dump{"countAboveTheBytes", 0, counting(2), 300, "0x00000000 = 00 01 \n\n"}),
     [](const auto& tested) { return tested.param.name; });
 
 TEST(HexDump, addressesCrossEightDigitsWithinADump) {
@@ -63,7 +63,7 @@ TEST(HexDump, addressesCrossEightDigitsWithinADump) {
                        "0x100000000 = 10 \n\n");
 }
 
-// Longer than any piece the dump is composed in; every line is looked at.
+// The dump is several times longer than the output buffer. The test checks every line.
 TEST(HexDump, largeDumpHasEveryLine) {
     const std::size_t lines = 5000;
     const auto bytes = counting(16 * lines);

@@ -12,7 +12,7 @@ namespace {
 
 using test::outputOf;
 
-// One reader over one input: its result, and the answer that it leaves.
+// An input, the result of the reader on it, and the answer variable's value afterwards.
 template <typename Answer>
 struct Case {
     const char* input;
@@ -44,7 +44,7 @@ TEST(ReadByte, keepsEightBits) {
                                 {"12abc", Reading::number, 12}});
 }
 
-TEST(ReadByte, failsOnWhatIsNoNumber) {
+TEST(ReadByte, failsOnTextThatIsNoNumber) {
     expectAnswers<std::int8_t>(readByte, 9,
                                {{"x", Reading::notANumber, 9},
                                 {"\n;", Reading::notANumber, 9},
@@ -64,7 +64,7 @@ TEST(ReadDecimal, reads32Bits) {
                         {"", Reading::endOfInput, -1}});
 }
 
-TEST(ReadHexadecimal, takesAPrefixOrNone) {
+TEST(ReadHexadecimal, takesAnOptionalPrefix) {
     expectAnswers<unsigned>(readHexadecimal, 7,
                             {{"50", Reading::number, 0x50},
                              {"0x1A", Reading::number, 0x1A},
@@ -73,7 +73,7 @@ TEST(ReadHexadecimal, takesAPrefixOrNone) {
                              {"", Reading::endOfInput, 7}});
 }
 
-TEST(Reading, leavesTheRestOfTheLine) {
+TEST(Reading, leavesTheRestOfTheLineToTheNextRead) {
     std::int8_t first = 0;
     std::int8_t second = 0;
     auto third = Reading::number;

@@ -23,7 +23,7 @@ std::string hexadecimal(unsigned long long number, unsigned width) {
     return text;
 }
 
-// printf is what says how a number looks.
+// printf defines the expected texts.
 std::string printedDecimal(long long number, unsigned width) {
     std::array<char, 32> text;
     (void)std::snprintf(text.data(), text.size(), "%0*lld", static_cast<int>(width), number);
@@ -43,7 +43,7 @@ constexpr long long edges[] = {
     LLONG_MAX,
 };
 
-TEST(NumberText, decimalsLookAsPrintfLaysThemOut) {
+TEST(NumberText, decimalsMatchPrintf) {
     for (const long long edge : edges) {
         for (const long long number : {edge, -edge, -edge - 1}) {
             for (unsigned width = 1; width <= 9; ++width) {
@@ -58,7 +58,7 @@ TEST(NumberText, decimalsLookAsPrintfLaysThemOut) {
     }
 }
 
-TEST(NumberText, hexadecimalsLookAsPrintfLaysThemOut) {
+TEST(NumberText, hexadecimalsMatchPrintf) {
     for (const long long edge : edges) {
         for (const long long signedNumber : {edge, -edge, edge / 16}) {
             const auto number = static_cast<unsigned long long>(signedNumber);
@@ -69,7 +69,7 @@ TEST(NumberText, hexadecimalsLookAsPrintfLaysThemOut) {
     }
 }
 
-TEST(NumberText, theLongestNumberIsAsLongAsItSays) {
+TEST(NumberText, lowestLongLongHasTheLengthOfTheLongestNumber) {
     EXPECT_EQ(decimal(LLONG_MIN).size(), longestNumber);
     EXPECT_EQ(decimal(LLONG_MIN), "-9223372036854775808");
 }

@@ -12,7 +12,7 @@ namespace {
 
 using test::outputOf;
 
-TEST(Print, writesTextAsItStands) {
+TEST(Print, writesTextUnchanged) {
     EXPECT_EQ(outputOf([] { print<"Exit \n">(); }), "Exit \n");
     EXPECT_EQ(outputOf([] { print<"">(); }), "");
 }
@@ -40,12 +40,12 @@ TEST(Print, strings) {
               "name: \n");
 }
 
-TEST(Print, argumentsAreNotFormats) {
+TEST(Print, conversionsInArgumentsArePlainText) {
     EXPECT_EQ(outputOf([] { print<"%s%d">(std::string_view("%d%s%"), 1); }), "%d%s%1");
 }
 
-// Longer than the piece in which lines are composed, in every position.
-TEST(Print, longTextsAreWhole) {
+// The texts are longer than the room that a line reserves for an argument.
+TEST(Print, longTextsArePrintedWhole) {
     for (const std::size_t length : {230U, 250U, 255U, 256U, 257U, 512U, 100000U}) {
         const std::string text(length, 'x');
         EXPECT_EQ(outputOf([&] { print<"a%sb%dc">(text, 12345); }), "a" + text + "b12345c");

@@ -15,7 +15,7 @@
 namespace zolt {
 namespace {
 
-// Another descriptor in standard output's place for as long as the object lives.
+// Makes another descriptor the standard output until the object is destroyed.
 class StandsIn {
 public:
     explicit StandsIn(int descriptor) : saved_(dup(STDOUT_FILENO)) {
@@ -49,7 +49,7 @@ struct Pipe {
     std::array<int, 2> ends{-1, -1};
 };
 
-// What there is to read right now.
+// Returns the bytes that can be read without waiting.
 std::string readNow(int descriptor) {
     fcntl(descriptor, F_SETFL, O_NONBLOCK);
     std::string all;
@@ -74,7 +74,7 @@ void compose(StandardOutput& output, std::string_view text) {
     output.finish(std::copy(text.begin(), text.end(), end));
 }
 
-TEST(StandardOutput, gathersTextUntilItIsHandedOver) {
+TEST(StandardOutput, keepsTextUntilItIsFlushed) {
     const Pipe pipe;
     const StandsIn standsIn(pipe.ends[1]);
     StandardOutput output;
@@ -88,7 +88,7 @@ TEST(StandardOutput, gathersTextUntilItIsHandedOver) {
     EXPECT_EQ(readNow(pipe.ends[0]), "");
 }
 
-TEST(StandardOutput, handsTheRestOverAtItsEnd) {
+TEST(StandardOutput, flushesWhenItIsDestroyed) {
     const Pipe pipe;
     const StandsIn standsIn(pipe.ends[1]);
     {
@@ -98,7 +98,7 @@ TEST(StandardOutput, handsTheRestOverAtItsEnd) {
     EXPECT_EQ(readNow(pipe.ends[0]), "no end of line");
 }
 
-TEST(StandardOutput, whatWasComposedButNotFinishedDoesNotCount) {
+TEST(StandardOutput, composedTextThatIsNotFinishedIsNotWritten) {
     const Pipe pipe;
     const StandsIn standsIn(pipe.ends[1]);
     StandardOutput output;
@@ -122,7 +122,7 @@ TEST(StandardOutput, withoutTextAFlushIsNoWrite) {
     EXPECT_EQ(errno, 0);
 }
 
-// More than is composed in place, and more than a pipe takes at once.
+// Lengths around the buffer's capacity, and one that a pipe does not take at once.
 TEST(StandardOutput, textsOfAnyLengthArriveWholeAndInOrder) {
     for (const std::size_t length : {StandardOutput::capacity - 1, StandardOutput::capacity,
                                      StandardOutput::capacity + 1, 10 * StandardOutput::capacity}) {
@@ -147,7 +147,7 @@ TEST(StandardOutput, textsOfAnyLengthArriveWholeAndInOrder) {
     }
 }
 
-TEST(StandardOutput, aPipeThatDoesNotBlockGetsEverything) {
+TEST(StandardOutput, nonBlockingPipeGetsEverything) {
     Pipe pipe;
     fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK);
     const std::string text(1'000'000, 'x');
@@ -168,10 +168,10 @@ TEST(StandardOutput, aPipeThatDoesNotBlockGetsEverything) {
 
 void ignoreSignal(int) {}
 
-// Where the pipe blocks the signal meets the write, where it does not the wait for room.
-TEST(StandardOutput, aSignalInTheMiddleLosesNothing) {
+// The signal interrupts the write to a blocking pipe, and the wait for room in a non-blocking one.
+TEST(StandardOutput, signalDuringAWriteLosesNothing) {
     struct sigaction action {};
-    action.sa_handler = ignoreSignal; // without SA_RESTART: the call comes back with EINTR
+    action.sa_handler = ignoreSignal; // without SA_RESTART the call fails with EINTR
     struct sigaction before {};
     sigaction(SIGUSR1, &action, &before);
     const std::string text(1'000'000, 'x');
@@ -199,19 +199,23 @@ TEST(StandardOutput, aSignalInTheMiddleLosesNothing) {
     sigaction(SIGUSR1, &before, nullptr);
 }
 
-TEST(StandardOutput, nobodyToReadIsNotAFailure) {
-    Pipe pipe;
-    pipe.closeEnd(0);
+TEST(StandardOutput, textThatNobodyReadsIsDropped) {
+    Pipe unread;
+    unread.closeEnd(0);
+    const Pipe next;
     const auto before = std::signal(SIGPIPE, SIG_IGN);
+    StandardOutput output;
     {
-        const StandsIn standsIn(pipe.ends[1]);
-        StandardOutput output;
+        const StandsIn standsIn(unread.ends[1]);
         output.write(std::string(StandardOutput::capacity + 1, 'x'));
         output.write("lost");
         output.flush();
-        output.write("lost too");
     }
+    const StandsIn standsIn(next.ends[1]);
+    output.write("read");
+    output.flush();
     std::signal(SIGPIPE, before);
+    EXPECT_EQ(readNow(next.ends[0]), "read");
 }
 
 } // namespace

@@ -16,12 +16,13 @@ namespace {
 using test::outputOf;
 using test::platform;
 
-// What the report shows of one register, with the instance's number as # and the value as *.
+// One register and its line in the report. In the line, # stands for the instance's number, * for
+// the value in decimal and @ for the value in hexadecimal.
 struct Line {
     int moduleClass;
     const char* name;
     unsigned offset; // from the instance's base
-    unsigned high;   // bits of the byte; 15..0 stands for a word
+    unsigned high;   // bits of the byte; 15 to 0 is a word
     unsigned low;
     const char* text;
     bool rawOnly = false;
@@ -110,7 +111,7 @@ std::string filled(std::string line, int instance, unsigned value = 0) {
     return line;
 }
 
-// A byte for every address, all bits of it in play and no two neighbours alike.
+// Returns the byte at an address. Neighbours differ, and each bit is set at some addresses only.
 std::uint8_t contentOf(unsigned address) {
     return static_cast<std::uint8_t>(address * 0x9D + (address >> 8) * 0x35 + 0x4B);
 }
@@ -128,7 +129,7 @@ unsigned rawValueOf(const Line& line, int instance) {
     return (unsigned{contentOf(address)} >> line.low) % (1U << (line.high - line.low + 1));
 }
 
-// Named reads deliver something else, to be told from raw ones.
+// Named reads deliver other values than raw reads, so that the report shows which read it used.
 unsigned namedValueOf(const Line& line, int instance) {
     return line.high == 15 ? (rawValueOf(line, instance) ^ 0xFFFFU)
                            : (rawValueOf(line, instance) ^ 0xFFU);
@@ -186,7 +187,7 @@ TEST_P(ControlRegistersOfClass, areReadRawWhenNoNameIsKnown) {
     EXPECT_EQ(shown(GetParam()), alone(rawReportOf(GetParam())));
 }
 
-TEST_P(ControlRegistersOfClass, showWhatNamedReadsDeliverAsItIs) {
+TEST_P(ControlRegistersOfClass, showValuesOfNamedReadsUnchanged) {
     std::vector<std::string> calls;
     const auto report = reportOf(GetParam(), [&](const Line& line, int i) {
         const std::string name = filled(line.name, i);
@@ -218,9 +219,9 @@ TEST_P(ControlRegistersOfClass, reportEachUnreadableRegisterAndGoOn) {
               })));
 }
 
-TEST_P(ControlRegistersOfClass, leaveLinesOutThatNamedReadsDeliverNoValueFor) {
+TEST_P(ControlRegistersOfClass, haveNoLineWhenTheirNamedReadDeliversTooFewBytes) {
     const auto report = reportOf(GetParam(), [](const Line& line, int i) -> std::string {
-        // One byte is too little for a word, and none is too little for anything.
+        // A word needs more than one byte, and a field more than none.
         platform().named[filled(line.name, i)].resize(line.high == 15 ? 1 : 0);
         return line.rawOnly
                    ? "Unable to read " + filled(line.name, i) + " using CPLD raw API, status 5\n"
@@ -238,7 +239,7 @@ TEST_F(ControlRegisters, ofAllClassesFollowInOrderEachWithABlankLine) {
     EXPECT_EQ(shown(15), report);
 }
 
-TEST_F(ControlRegisters, ofAnUnknownClassAreNone) {
+TEST_F(ControlRegisters, ofAnUnknownClassPrintNothing) {
     fillRaw();
     for (const int selector : {0, 16, 100, 255}) {
         EXPECT_EQ(shown(selector), "");
@@ -263,7 +264,7 @@ TEST_F(ControlRegisters, ofThe4CConnectorAloneFollowABlankLine) {
                         "4C+ Connector PCARD Payload Offset = 65535\n");
 }
 
-// The text of one instance for each of the first ones, its number in the place of #.
+// Repeats the text of one instance for the first ones, with the instance's number in place of #.
 std::string ofEach(int instances, const std::string& block) {
     std::string text;
     for (int i = 1; i <= instances; ++i) {
@@ -276,7 +277,7 @@ std::string ofEach(int instances, const std::string& block) {
     return text;
 }
 
-TEST_F(ControlRegisters, ofTheLastRiserLieAtTheirPlace) {
+TEST_F(ControlRegisters, ofTheLastRiserHaveTheirAddresses) {
     for (unsigned address = 0x1800; address < 0x1878; ++address) {
         platform().raw[address] = 0;
     }
@@ -319,7 +320,7 @@ TEST_F(ControlRegisters, ofAFlopShareBytes) {
                              "\n");
 }
 
-TEST_F(ControlRegisters, ofABackplaneReadRawOnlyFailWhileTheOthersShow) {
+TEST_F(ControlRegisters, ofABackplaneWithoutANameFailAlone) {
     for (int i = 1; i <= 8; ++i) {
         for (const char* suffix : {"_VWIRE_SMBUS_RST", "_VWIRE_RDY", "_VWIRE_DOWNSTREAM_MODE"}) {
             platform().named["BP_" + std::to_string(i) + suffix] = {1};

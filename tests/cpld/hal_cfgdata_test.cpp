@@ -12,7 +12,7 @@
 
 namespace {
 
-// Allocations of one size, which no other text of the test has.
+// Counts the allocations of one size, which no other text in these tests has.
 constexpr std::size_t countedSize = 1000;
 std::size_t counted = 0;
 
@@ -47,7 +47,7 @@ class HalCfgdata : public testing::Test {
 protected:
     HalCfgdata() { test::resetPlatform(); }
 
-    // One handle for one read, as the views use it.
+    // Makes a handle for one read, as the views do.
     std::int32_t read(std::uint32_t length, std::uint32_t offset) {
         HAL_cfgdata handle(name);
         const std::int32_t status = handle.ReadIO(buffer_, length, offset);
@@ -95,7 +95,7 @@ TEST_F(HalCfgdata, statusOfTheObjectIsTheResult) {
     EXPECT_EQ(platform().log, Calls{"5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"});
 }
 
-TEST_F(HalCfgdata, takesARegisteredCallbackBackBeforeTheObjectGoes) {
+TEST_F(HalCfgdata, unregistersACallbackBeforeItDeletesTheObject) {
     platform().hal[name] = {.content = {1}, .callbackRegistered = true, .unregisterStatus = -3};
     EXPECT_EQ(read(1, 0), 0);
     EXPECT_EQ(platform().calls,
@@ -157,7 +157,7 @@ TEST_F(HalCfgdata, aReleasedHandleAsksForAnObjectAnew) {
 }
 
 TEST_F(HalCfgdata, releaseCopiesNoName) {
-    const std::string longName(countedSize - 1, 'N'); // with its zero, the counted size
+    const std::string longName(countedSize - 1, 'N'); // its terminator makes it the counted size
     platform().hal[longName] = {.content = {1}, .callbackRegistered = true};
     std::size_t before = 0;
     {
@@ -170,7 +170,7 @@ TEST_F(HalCfgdata, releaseCopiesNoName) {
     EXPECT_EQ(platform().calls.back(), "delete " + longName);
 }
 
-TEST_F(HalCfgdata, handleThatWasNeverReadAsksAndLogsNothing) {
+TEST_F(HalCfgdata, unusedHandleAsksAndLogsNothing) {
     { const HAL_cfgdata handle(name); }
     EXPECT_TRUE(platform().calls.empty());
     EXPECT_TRUE(platform().log.empty());

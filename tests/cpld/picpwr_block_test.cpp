@@ -9,12 +9,12 @@ namespace {
 
 using test::platform;
 
-TEST(PicpwrBlock, addresses) {
+TEST(PicpwrBlock, everyIdHasAnAddress) {
     EXPECT_EQ(picpwrBlockAddress(1), 0x1000);
     EXPECT_EQ(picpwrBlockAddress(2), 0x100E);
     EXPECT_EQ(picpwrBlockAddress(63), 0x1364);
     EXPECT_EQ(picpwrBlockAddress(63) + picpwrDslOffset + picpwrDslCount - 1, 0x1371);
-    // An ID beyond the slots, as the command line may hand it in.
+    // The command line may pass an ID beyond the slots.
     EXPECT_EQ(picpwrBlockAddress(255), 0x1DE4);
 }
 
@@ -26,7 +26,7 @@ struct Register {
     RegisterValue value;
 };
 
-TEST(PicpwrBlock, everyRegisterHasItsNameAndItsPlace) {
+TEST(PicpwrBlock, everyRegisterHasItsNameAndAddress) {
     const Register registers[] = {
         {picpwrDstat, "PICPWR_7_DSTAT", 0x1054, {0x80}, {2}},
         {picpwrDbyp, "PICPWR_7_DBYP", 0x1054, {0x20}, {1}},
@@ -49,7 +49,7 @@ TEST(PicpwrBlock, everyRegisterHasItsNameAndItsPlace) {
     }
 }
 
-TEST(PicpwrBlock, dslsAreReadRawFromTheirPlaces) {
+TEST(PicpwrBlock, dslsAreReadRawFromTheirAddresses) {
     test::resetPlatform();
     platform().raw[0x105A] = 11;
     platform().raw[0x1061] = 88;

@@ -63,7 +63,7 @@ PICPWR 02 DSL8_ID            = 255
               }));
 }
 
-TEST_F(PicpwrInfo, absentSlotIsAskedForNothingMore) {
+TEST_F(PicpwrInfo, emptySlotHasNoFurtherReads) {
     platform().named["PICPWR_5_DSTAT"] = {0};
     EXPECT_EQ(report(5), "\nPICPWR 05 DSTAT              = 00b\n");
     EXPECT_EQ(status_, 0);
@@ -78,7 +78,7 @@ TEST_F(PicpwrInfo, idsBeyondTheSlotsReadNothing) {
     EXPECT_TRUE(platform().calls.empty());
 }
 
-TEST_F(PicpwrInfo, everyReadFailing) {
+TEST_F(PicpwrInfo, everySlotReportsItsFailedRead) {
     platform().rawStatus = 13;
     std::string expected;
     for (int n = 1; n <= 63; ++n) {
@@ -98,7 +98,7 @@ TEST_F(PicpwrInfo, unreadablePayloadOffsetEndsTheReport) {
          {"_DBYP", "_DPEN", "_APEN", "_ASTAT", "_MOD_CLASS", "_MOD_CLASS_IDX"}) {
         platform().named[std::string("PICPWR_3") + name] = {0x1A};
     }
-    platform().raw[0x101F] = 0; // one byte of the two alone does not make a block
+    platform().raw[0x101F] = 0; // a block read needs both of its bytes
     EXPECT_EQ(report(0), R"(
 PICPWR 01 DSTAT              = 00b
 

@@ -41,12 +41,12 @@ TEST(RegisterBlock, oneBlockNamesItsRegistersInAnyOrder) {
     EXPECT_EQ(block.name("_PICPWR_INDEX"), "BP_3_PICPWR_INDEX");
 }
 
-TEST(RegisterBlock, registersOfASingleUnitHaveNamesOfTheirOwn) {
+TEST(RegisterBlock, nameWithoutAPrefixIsTheSuffixAlone) {
     EXPECT_EQ(RegisterBlock(0x13C4).name("4C+_CONNECTOR_PCARD_PAYLOAD_OFFSET"),
               "4C+_CONNECTOR_PCARD_PAYLOAD_OFFSET");
 }
 
-TEST(RegisterBlock, noNameIsLongerThanItsRoom) {
+TEST(RegisterBlock, longNamesAreCut) {
     const std::string longName(RegisterBlock::longestName + 1, 'n');
     const std::string longest(RegisterBlock::longestName, 'n');
     EXPECT_EQ(RegisterBlock(0).name(longName), longest);
@@ -67,7 +67,7 @@ TEST_F(RegisterAccess, textIsHandedOutBeforeEveryRead) {
     EXPECT_EQ(platform().printed, (Calls{"named ", "named byte ", "named byte word "}));
 }
 
-TEST_F(RegisterAccess, aBlockReadsByNameElseFromItsPlace) {
+TEST_F(RegisterAccess, blockReadsByNameOrElseFromItsAddress) {
     RegisterBlock block("BP_", 2, 0x1409);
     platform().named["BP_2_VWIRE_RDY"] = {1};
     platform().raw[0x140A] = 0x5A;
@@ -81,7 +81,7 @@ TEST_F(RegisterAccess, aBlockReadsByNameElseFromItsPlace) {
                                        "cpld_read_device 0x140A 1", "cpld_read_device 0x140A 1"}));
 }
 
-TEST_F(RegisterAccess, namedReadThatSucceedsIsAllThereIs) {
+TEST_F(RegisterAccess, successfulNamedReadIsTheOnlyRead) {
     platform().named["R"] = {3};
     EXPECT_EQ(readField("R", RawField::bits(0x1000, 7, 6), value_), 0);
     EXPECT_EQ(value_, Bytes{3});
@@ -108,7 +108,7 @@ TEST_F(RegisterAccess, rawReadFollowsAFailedName) {
     EXPECT_EQ(platform().calls, (Calls{"ReadIO_Str R", "cpld_read_device 0x1000 1"}));
 }
 
-TEST_F(RegisterAccess, rawFieldsOfOneByte) {
+TEST_F(RegisterAccess, rawFieldsAreBitsOfTheirByte) {
     platform().raw[0x1000] = 0xE9;
     const auto field = [&](unsigned high, unsigned low) {
         value_.clear();
@@ -146,7 +146,7 @@ TEST_F(RegisterAccess, statusOfTheRawReadIsTheResult) {
     EXPECT_TRUE(value_.empty());
 }
 
-TEST_F(RegisterAccess, namedReadKeepsWhatIsInTheValue) {
+TEST_F(RegisterAccess, namedReadAppends) {
     platform().named["R"] = {3};
     value_ = {1};
     EXPECT_EQ(readRegister("R", value_), 0);
@@ -154,7 +154,7 @@ TEST_F(RegisterAccess, namedReadKeepsWhatIsInTheValue) {
     EXPECT_NE(readRegister("unknown", value_), 0);
 }
 
-TEST_F(RegisterAccess, anAreaComesWithItsSize) {
+TEST_F(RegisterAccess, areaIsReadWithItsSize) {
     platform().named["AREA"] = {1, 2, 3};
     std::uint32_t size = 99;
     EXPECT_EQ(readArea("AREA", value_, size), 0);

@@ -1,6 +1,6 @@
-// Replies of any contents, built by sd-bus, into the readers of the service's properties and
-// objects and on into the four reports. A reply of the right signature must be read, with every
-// property as its type says; one of another signature may end in sdbusplus's exception alone.
+// Reads replies of any contents, which sd-bus builds, as the service's properties and objects, and
+// prints the four reports of the properties. A reply of the right signature must be read, with the
+// value of every property. A reply of another signature may end only in an exception of sdbusplus.
 #include "bus/back_plane_payload_printer.h"
 #include "bus/cem_v3_payload_printer.h"
 #include "bus/property_value.h"

@@ -15,7 +15,7 @@ namespace {
 constexpr int deepest = 6;
 constexpr unsigned longestArray = 20;
 constexpr unsigned mostValues = 3;
-constexpr std::size_t longestType = 255 / mostValues; // of a message's signature
+constexpr std::size_t longestType = 255 / mostValues; // a signature has at most 255 characters
 
 void require(int result) {
     if (result < 0) {
@@ -23,7 +23,7 @@ void require(int result) {
     }
 }
 
-// A connection to nobody: messages need one, even those that are never sent.
+// A connection without a peer. sd-bus needs one even for messages that are never sent.
 sd_bus* connection() {
     static sd_bus* const bus = [] {
         int ends[2];
@@ -44,7 +44,7 @@ sdbusplus::message_t emptyMessage() {
     return {raw, std::false_type()};
 }
 
-// Length of the complete type that a valid signature starts with.
+// Returns the length of the complete type that a valid signature starts with.
 std::size_t typeLength(std::string_view signature) {
     if (signature.front() == 'a') {
         return 1 + typeLength(signature.substr(1));
@@ -81,7 +81,7 @@ sdbusplus::message_t Reply::finished() {
 }
 
 PropertyMap Reply::addProperties() {
-    // Names that the reports ask for, and two that they do not.
+    // Names that the reports ask for, and two others.
     constexpr std::array names{"PayloadFrmtVer",
                                "DeviceClass",
                                "StaticPaylodSize",
@@ -114,7 +114,7 @@ PropertyMap Reply::addProperties() {
     return expected;
 }
 
-// A variant of one of the types that properties have, or of one that they have not.
+// Adds a variant of one of the types that properties have, or of another type.
 PropertyValue Reply::addKnownVariant() {
     sd_bus_message* raw = message_.get();
     const auto byte = [this] { return bytes_.take(); };
@@ -200,7 +200,7 @@ void Reply::addText(char code) {
     for (int length = bytes_.take() % 16; length > 0; --length) {
         text += static_cast<char>('a' + bytes_.take() % 26);
     }
-    // A signature is a text too, of basic types.
+    // A signature is a text, too, but has to be a valid one.
     require(sd_bus_message_append_basic(message_.get(), code, code == 'g' ? "ay" : text.c_str()));
 }
 

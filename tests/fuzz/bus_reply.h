@@ -1,4 +1,4 @@
-// Messages whose contents are made of a fuzzer's bytes.
+// Composes messages from a fuzzer's bytes.
 #pragma once
 
 #include "bus/property_value.h"
@@ -13,7 +13,7 @@
 
 namespace zolt::fuzz {
 
-/// A fuzzer's bytes, one after the other; zeros beyond their end.
+/// Hands out a fuzzer's bytes in order, and zeros beyond their end.
 class Bytes {
 public:
     Bytes(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}
@@ -25,12 +25,12 @@ private:
     std::span<const std::uint8_t> rest_;
 };
 
-/// A message under construction. Its sizes are bounded whatever the bytes are.
+/// A message under construction. Its size has bounds, whatever the bytes are.
 class Reply {
 public:
     explicit Reply(Bytes& bytes);
 
-    /// Adds an "a{sv}" and returns what it has to be read as.
+    /// Adds an "a{sv}". Returns the properties that a reader has to find in it.
     PropertyMap addProperties();
 
     /// Adds a value of the type @p signature.
@@ -39,7 +39,7 @@ public:
     /// Adds up to three values of any types.
     void addAnything();
 
-    /// The message, sealed and at its start.
+    /// Returns the message, sealed and ready to be read from its start.
     [[nodiscard]] sdbusplus::message_t finished();
 
 private:

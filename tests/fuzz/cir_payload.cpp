@@ -1,4 +1,4 @@
-// Both displays of a CIR payload, for any bytes that were fetched.
+// Prints both displays of a CIR payload, for any fetched bytes.
 #include "payload/cir_payload.h"
 #include "tests/fuzz/target.h"
 

@@ -1,4 +1,4 @@
-// Both displays of the OEM area that is found in any bytes that were fetched.
+// Looks for the OEM area in any fetched bytes, and prints both of its displays.
 #include "payload/oem_area.h"
 #include "payload/oem_area_decoder.h"
 #include "tests/fuzz/target.h"

@@ -1,4 +1,4 @@
-// The reports of the code under test are printed, to nobody.
+// Sends the reports of the code under test to /dev/null.
 #include "tests/fuzz/target.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Runs a fuzz target on every input of its corpus: what a fuzzer once found stays found.
+// Runs a fuzz target on every input of its corpus, so that a defect found by fuzzing stays mended.
 #include "tests/fuzz/target.h"
 
 #include <cstdlib>
@@ -22,7 +22,7 @@ int main(int argc, char* argv[]) {
             std::cerr << entry.path() << " cannot be read\n";
             return EXIT_FAILURE;
         }
-        std::cerr << entry.path().filename() << '\n'; // the last one named is the culprit
+        std::cerr << entry.path().filename() << '\n'; // a crash follows its input's name
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
         ++inputs;
     }

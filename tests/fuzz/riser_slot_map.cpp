@@ -1,5 +1,5 @@
-// The readable display of the riser slot mapping blob, for any bytes that were fetched. Dumping all
-// of them takes no decision that could be explored.
+// Prints the readable display of the riser slot mapping blob, for any fetched bytes. The dump takes
+// no decisions that a fuzzer could explore.
 #include "payload/riser_slot_map.h"
 #include "tests/fuzz/target.h"
 

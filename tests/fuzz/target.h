@@ -1,4 +1,4 @@
-// The entry points of a fuzz target: what libFuzzer calls, and the replay of a corpus likewise.
+// The entry points of a fuzz target. libFuzzer calls them, and so does the replay of a corpus.
 #pragma once
 
 #include <cstddef>
@@ -6,9 +6,9 @@
 
 extern "C" {
 
-/// Called once before any input. Takes and leaves the command line as it is.
+/// Called once, before the first input. Leaves the command line as it is.
 int LLVMFuzzerInitialize(int* argc, char*** argv);
 
-/// Runs the code under test on one input. Whatever is wrong with the code ends the program.
+/// Runs the code under test on one input. A defect that shows ends the program.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 }

@@ -12,7 +12,7 @@ Bytes bytesIn(const BusControlRecord& record) {
     return {record.bytes().begin(), record.bytes().end()};
 }
 
-TEST(BusControlRecord, AnUpdateIsTheseBytes) {
+TEST(BusControlRecord, AnUpdateHasEveryFieldInItsPlace) {
     BusControlRecord record(BusCommand::updateProperty);
     record.set(update_property::index, 0x01020304);
     record.set(update_property::target, 0x11121314);
@@ -33,7 +33,7 @@ TEST(BusControlRecord, AnUpdateIsTheseBytes) {
         00 00 00 00)"));
 }
 
-TEST(BusControlRecord, AQueryIsTheseBytes) {
+TEST(BusControlRecord, AQueryHasEveryFieldInItsPlace) {
     BusControlRecord record(BusCommand::getProperty);
     record.set(get_property::target, 0x1A);
     record.set(get_property::propertyId, 7);
@@ -51,7 +51,7 @@ TEST(BusControlRecord, AQueryIsTheseBytes) {
         00 00 00 00)"));
 }
 
-TEST(BusControlRecord, ACreationIsTheseBytes) {
+TEST(BusControlRecord, ACreationHasEveryFieldInItsPlace) {
     BusControlRecord record(BusCommand::createNode);
     record.set(create_node::index, 0x01020304);
     record.set(create_node::property10, 0x11121314);
@@ -76,21 +76,21 @@ TEST(BusControlRecord, ACreationIsTheseBytes) {
         00 00 00 00)"));
 }
 
-TEST(BusControlRecord, ARemovalHasItsTargetAtEight) {
+TEST(BusControlRecord, ARemovalHasItsTargetAtByte8) {
     BusControlRecord record(BusCommand::removeDevice);
     record.set(remove_device::target, 0x50);
     EXPECT_EQ(bytesIn(record),
               controlRecord({{0, "54 45 53 4B"}, {4, "07 00 00 00"}, {8, "50 00 00 00"}}));
 }
 
-TEST(BusControlRecord, ARecoveryHasItsModeAtEight) {
+TEST(BusControlRecord, ARecoveryHasItsModeAtByte8) {
     BusControlRecord record(BusCommand::recoverBus);
     record.set(recover_bus::mode, 98);
     EXPECT_EQ(bytesIn(record),
               controlRecord({{0, "54 45 53 4B"}, {4, "08 00 00 00"}, {8, "62 00 00 00"}}));
 }
 
-TEST(BusControlRecord, ATextIsCutBeforeItsTerminator) {
+TEST(BusControlRecord, ALongTextIsCutToLeaveRoomForItsTerminator) {
     BusControlRecord record(BusCommand::updateProperty);
     record.set(update_property::typeName, "ABCDEFGHIJKLMNOPQ");
     EXPECT_EQ(bytesIn(record),
@@ -99,7 +99,7 @@ TEST(BusControlRecord, ATextIsCutBeforeItsTerminator) {
                              {24, "41 42 43 44 45 46 47 48 49 4A 4B 4C 4D 4E 4F"}}));
 }
 
-TEST(BusControlRecord, ANumberOfAReplyIsLittleEndian) {
+TEST(BusControlRecord, NumbersInAReplyAreLittleEndian) {
     const Bytes reply = bytesOf("01 02 03 04 FF FE FD FC");
     EXPECT_EQ(busNumberAt(reply, 0), 0x04030201);
     EXPECT_EQ(busNumberAt(reply, 4), 0xFCFDFEFF);

@@ -63,7 +63,7 @@ TEST_F(BusDeviceTest, ADeviceIsClosedWithItsObject) {
     EXPECT_EQ(busDevices().calls, (std::vector<std::string>{"open /dev/i2c-3 O_RDWR", "close"}));
 }
 
-TEST_F(BusDeviceTest, AnEarlyCloseIsTheOnlyOne) {
+TEST_F(BusDeviceTest, ADeviceThatIsClosedEarlyIsClosedOnce) {
     {
         BusDevice device("/dev/i2c-3");
         device.close();
@@ -98,7 +98,7 @@ TEST_F(BusDeviceTest, ARequestIsOneControlMessage) {
     EXPECT_EQ(busDevices().records.back(), controlRecord({{0, "54 45 53 4B"}, {4, "08 00 00 00"}}));
 }
 
-TEST_F(BusDeviceTest, AReplyIsASecondMessageWhoseBufferIsZeroBefore) {
+TEST_F(BusDeviceTest, AReplyIsASecondMessageWithAZeroedBuffer) {
     busDevices().answers = {{.reply = bytesOf("01 02 03 04")}};
     const BusControlRecord record(BusCommand::getProperty);
     const BusDevice device("/dev/i2c-3");
@@ -109,7 +109,7 @@ TEST_F(BusDeviceTest, AReplyIsASecondMessageWhoseBufferIsZeroBefore) {
     EXPECT_EQ(reply, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
 }
 
-TEST_F(BusDeviceTest, ARefusedRequestLeavesAZeroReplyAndItsErrno) {
+TEST_F(BusDeviceTest, ARefusedRequestKeepsItsErrnoAndAZeroReply) {
     busDevices().answers = {{.error = EREMOTEIO}};
     const BusControlRecord record(BusCommand::getProperty);
     const BusDevice device("/dev/i2c-3");

@@ -22,7 +22,7 @@ protected:
         return outputOf([=] { EXPECT_EQ(performBusRecovery(), status); }, input);
     }
 
-    // All three modes are sent, whatever becomes of them.
+    // A recovery sends all three modes, even if some fail.
     static void expectAllModes() {
         EXPECT_EQ(busDevices().records,
                   (std::vector<Bytes>{
@@ -107,7 +107,7 @@ TEST_F(BusRecovery, AtTheEndOfInputTheNodeIsMinusOne) {
     EXPECT_EQ(busDevices().calls, (std::vector<std::string>(3, "open /dev/i2c--1 O_RDWR")));
 }
 
-TEST_F(BusRecovery, OneStepTellsItsResultEitherWay) {
+TEST_F(BusRecovery, OneStepPrintsItsResultWhetherItFailsOrNot) {
     busDevices().answers = {done, refused};
     EXPECT_EQ(outputOf([] {
                   EXPECT_EQ(busRecoveryStep(1234567, I2C_CP_MODE_TYPE_RESET_STOP), 0);

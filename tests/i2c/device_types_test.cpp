@@ -87,7 +87,7 @@ TEST(DeviceTypes, Code68IsTheLastWithAName) {
     }
 }
 
-TEST(DeviceTypes, TheMenuHasItsOwnLabels) {
+TEST(DeviceTypes, TheMenuHasLabelsOfItsOwn) {
     EXPECT_EQ(outputOf(printDeviceTypeMenu), deviceTypeMenu);
 }
 

@@ -15,7 +15,7 @@ namespace {
 const std::string query8 = "05 00 00 00 00 00 00 00 08 00 00 00";
 const std::string query10 = "05 00 00 00 00 00 00 00 0A 00 00 00";
 
-// A bus that answers with these values for properties 8 and 10.
+// Lets the bus answer the queries for properties 8 and 10 with these values.
 void answerQueries(const std::string& property8, const std::string& property10) {
     busDevices().answers.push_back({.reply = bytesOf(property8)});
     busDevices().answers.push_back({.reply = bytesOf(property10)});
@@ -47,7 +47,7 @@ protected:
     }
 };
 
-TEST_F(DynamicNodes, AQueryIsAnsweredWithTheValue) {
+TEST_F(DynamicNodes, AQueryReturnsTheValue) {
     busDevices().answers = {{.reply = bytesOf("78 56 34 F2")}};
     const BusDevice bus("/dev/i2c-5");
     EXPECT_EQ(queryNodeProperty(-2, bus.descriptor(), 0x1A), 0xF2345678);
@@ -62,7 +62,7 @@ TEST_F(DynamicNodes, ARefusedQueryIsPrinted) {
               "Status is -1 (No data available)\n");
 }
 
-TEST_F(DynamicNodes, AnIndexNodeCarriesTheBussProperties) {
+TEST_F(DynamicNodes, AnIndexNodeGetsThePropertiesOfItsParent) {
     answerQueries("11 22 33 44", "55 66 77 88");
     busDevices().answers.push_back({.reply = bytesOf("07 00 00 00 14 00 00 00")});
     EXPECT_EQ(outputOf([] { EXPECT_EQ(createIndexNode(24, 3, 5), 20); }),
@@ -119,14 +119,14 @@ TEST_F(DynamicNodes, ARefusedIndexNodeIsPrintedWithItsOwnError) {
     EXPECT_EQ(busDevices().calls, creationOn("/dev/i2c-5"));
 }
 
-TEST_F(DynamicNodes, AReplyIsPrintedAsSigned) {
+TEST_F(DynamicNodes, NumbersOfAReplyArePrintedSigned) {
     answerQueries("00 00 00 00", "00 00 00 00");
     busDevices().answers.push_back({.reply = bytesOf("FE FF FF FF 00 00 00 80")});
     EXPECT_EQ(outputOf([] { EXPECT_EQ(createIndexNode(24, 3, 5), 0x80000000); }),
               "Index Node Status:Node Status: [-2] &  Name: [/dev/i2c--2147483648]\n");
 }
 
-TEST_F(DynamicNodes, ADeviceNodeCarriesTheDevicePart) {
+TEST_F(DynamicNodes, ADeviceNodeGetsTheDevicePart) {
     answerQueries("11 22 33 44", "55 66 77 88");
     busDevices().answers.push_back({.reply = bytesOf("09 00 00 00 14 00 00 00"), .result = 2});
     EXPECT_EQ(outputOf([] { EXPECT_EQ(createDeviceNode(46, 3, 20, 0x50), 2); }),
@@ -181,13 +181,13 @@ TEST_F(DynamicNodes, BothNodesAreCreatedFromTheOperatorsAnswers) {
                                                {50, "64 00 00 00"},
                                                {54, "00 01 00 00"},
                                                {58, "28 00 00 00"},
-                                               {70, "50 00 00 00"}, // hexadecimal as typed
+                                               {70, "50 00 00 00"}, // typed as hexadecimal
                                                {74, "03 00 00 00"},
                                                {78, "50 55 43 4B"},
                                                {94, "2F 64 65 76 2F 69 32 63 2D 32 30"}}));
 }
 
-TEST_F(DynamicNodes, ATargetMayBearAPrefix) {
+TEST_F(DynamicNodes, ATargetMayHaveAPrefix) {
     answerQueries("00 00 00 00", "00 00 00 00");
     busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 14 00 00 00")});
     answerQueries("00 00 00 00", "00 00 00 00");
@@ -218,7 +218,7 @@ TEST_F(DynamicNodes, WithoutATargetOnlyTheIndexNodeIsCreated) {
     EXPECT_EQ(busDevices().calls, creationOn("/dev/i2c-5"));
 }
 
-TEST_F(DynamicNodes, AnIndexNodeWithTheBusNumberOfAFailureIsOne) {
+TEST_F(DynamicNodes, AnIndexNodeOnBusMinusOneIsAFailure) {
     answerQueries("00 00 00 00", "00 00 00 00");
     busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 FF FF FF FF")});
     EXPECT_EQ(outputOf([] { createNodes(24, 3, 5, 0x50); }),
@@ -226,7 +226,7 @@ TEST_F(DynamicNodes, AnIndexNodeWithTheBusNumberOfAFailureIsOne) {
               "Index Node Creation Failed.\n");
 }
 
-TEST_F(DynamicNodes, WithoutTheParentNoDeviceNodeIsTried) {
+TEST_F(DynamicNodes, WithoutItsParentBusNoDeviceNodeIsCreated) {
     busDevices().openErrors = {{"/dev/i2c-5", ENOENT}};
     EXPECT_EQ(outputOf([] { createNodes(24, 3, 5, 0x50); }),
               "I2C Open error (No such file or directory)\n"
@@ -296,7 +296,7 @@ TEST_F(DynamicNodes, ADeviceIsRemovedByItsTarget) {
     EXPECT_EQ(busDevices().records, (std::vector<Bytes>{record({{4, "07 00 00 00 50 00 00 00"}})}));
 }
 
-TEST_F(DynamicNodes, ARefusedRemovalHasTheCreationsFailureLine) {
+TEST_F(DynamicNodes, ARefusedRemovalPrintsTheLineOfAFailedCreation) {
     busDevices().answers = {{.error = ENODEV}};
     EXPECT_EQ(outputOf([] { EXPECT_EQ(deleteDeviceNode(), 0); }, "20 51"),
               "Enter Parent Node Num:Enter Target Address:"

@@ -29,7 +29,7 @@ protected:
     static const std::vector<std::string>& calls() { return platform().calls; }
 };
 
-// Gives a name that fills its field, so that no terminator follows.
+// Fills a field with a name, without room for a terminator.
 template <std::size_t Size>
 void fill(char (&field)[Size], const std::string& name) {
     ASSERT_EQ(name.size(), Size);
@@ -123,7 +123,7 @@ TEST_F(Topology, ThePicpwrListingLeavesOutTypeAndSlot) {
     EXPECT_EQ(calls(), (std::vector<std::string>{"i2c_parse_sysinfo 16", "free_sysinfo 16"}));
 }
 
-// What a zeroed PICPWR node prints but for its index and name.
+// Returns the listing of a PICPWR node of zeros with this index and name.
 std::string picpwrBlock(const std::string& index, const std::string& name) {
     return "\n\nIndex Node Info\nIndex             = " + index +
            "\nDiscoverable Node = 0\nNode Name         = " + name +
@@ -132,7 +132,7 @@ std::string picpwrBlock(const std::string& index, const std::string& name) {
            "Bay ID            = 0\n";
 }
 
-// What a zeroed node prints in the other listings but for type, discoverable flag and name.
+// Returns the other listings' text for a node of zeros with this type, discoverable flag and name.
 std::string block(const std::string& type, const std::string& discoverable,
                   const std::string& name) {
     return "\n\nIndex Node Info\nDevice Type       = " + type +
@@ -143,7 +143,7 @@ std::string block(const std::string& type, const std::string& discoverable,
            "Slot Number       = 0\nSlot Type         = 0\nBay ID            = 0\n";
 }
 
-TEST_F(Topology, OneDeviceTypeIsNamedOrHasNoName) {
+TEST_F(Topology, ADeviceTypeIsPrintedWithItsNameIfItHasOne) {
     const IndexNodeInfo node{.name = "N"};
     SysInfoTree tree{.indexNodes = &node};
     const std::pair<std::uint8_t, const char*> types[] = {
@@ -191,7 +191,7 @@ TEST_F(Topology, ATypeWithoutDataIsNotFound) {
     const IndexNodeInfo node{.discoverable = 1, .name = "UNSEEN"};
     SysInfoTree tree{.indexNodes = &node};
     platform().sysinfo[1] = {.status = 0, .root = nullptr};
-    platform().sysinfo[2] = {.status = 3, .root = &tree}; // a failure's tree is no data
+    platform().sysinfo[2] = {.status = 3, .root = &tree}; // a failed parse: no data
     for (const std::uint8_t type : std::initializer_list<std::uint8_t>{1, 2, 59}) {
         EXPECT_EQ(allNodes(type), "Input device type not found in sysfs\n");
         EXPECT_EQ(discoverableNodes(type), "Input device type not found in sysfs\n");
@@ -246,7 +246,7 @@ TEST_F(Topology, ATypeWithNothingDiscoverablePrintsNothing) {
     EXPECT_EQ(discoverableNodes(5), "");
 }
 
-TEST_F(Topology, From165OnEveryTypeIsListedInOrderAndFreedOnce) {
+TEST_F(Topology, From165OnAllTypesAreListedInOrderAndFreedOnce) {
     const IndexNodeInfo karn{.discoverable = 1, .name = "K"};
     const IndexNodeInfo unnamed{.discoverable = 1, .name = "U"};
     const IndexNodeInfo failed{.discoverable = 1, .name = "UNSEEN"};
@@ -277,7 +277,7 @@ TEST_F(Topology, AllTypesWithoutDataPrintNothing) {
     EXPECT_EQ(discoverableNodes(165), "");
 }
 
-TEST_F(Topology, PicpwrWithoutDataSaysSo) {
+TEST_F(Topology, MissingPicpwrDataIsReported) {
     const IndexNodeInfo node{.index = 9};
     SysInfoTree tree{.indexNodes = &node};
     const SysInfo answers[] = {{.status = 0, .root = nullptr}, {.status = 1, .root = &tree}};

@@ -1,4 +1,4 @@
-// The I2C options as the front end reaches them.
+// The I2C options, run by the front end.
 #include "app/command_line.h"
 #include "app/dispatcher.h"
 #include "app/one_shot.h"
@@ -59,8 +59,8 @@ TEST_F(I2cOptions, OneShotCreatesBothNodesFromItsArguments) {
               "Device Node Status: [0] &  Name: [/dev/i2c-20]\n");
     EXPECT_EQ(busDevices().calls[0], "open /dev/i2c-5 O_RDWR");
     EXPECT_EQ(busDevices().records[2], controlRecord({{0, "54 45 53 4B 06 00 00 00"},
-                                                      {18, "03 00 00 00"},    // 259, 8 bits of it
-                                                      {78, "50 55 43 4B"}})); // 280 is 24, PUCK
+                                                      {18, "03 00 00 00"},    // 259's low byte
+                                                      {78, "50 55 43 4B"}})); // 280's: 24, PUCK
     EXPECT_EQ(busDevices().records[5], controlRecord({{0, "54 45 53 4B 06 00 00 00"},
                                                       {18, "03 00 00 00"},
                                                       {38, "10 00 00 00"},
@@ -79,13 +79,13 @@ TEST_F(I2cOptions, OneShotWithoutATargetStillCreatesTheIndexNode) {
               "Index Node Creation Failed.\n");
 }
 
-TEST_F(I2cOptions, OneShotWithoutAParentOpensMinusOne) {
+TEST_F(I2cOptions, OneShotWithoutAParentOpensBusMinusOne) {
     busDevices().openErrors = {{"/dev/i2c--1", ENOENT}};
     EXPECT_EQ(oneShot({"-o", "9"}), "I2C Open error (No such file or directory)\n"
                                     "Index Node Creation Failed.\n");
 }
 
-TEST_F(I2cOptions, OneShotTellsADeviceNodeThatFailed) {
+TEST_F(I2cOptions, OneShotReportsAFailedDeviceNode) {
     answerCreation("00 00 00 00 14 00 00 00");
     busDevices().openErrors = {{"/dev/i2c-20", EBUSY}};
     EXPECT_EQ(oneShot({"-o", "9", "-n", "5", "-t", "80"}),
@@ -94,7 +94,7 @@ TEST_F(I2cOptions, OneShotTellsADeviceNodeThatFailed) {
               "Device Node Creation Failed.\n");
 }
 
-TEST_F(I2cOptions, TheListingsAreNoFailures) {
+TEST_F(I2cOptions, EmptyListingsAreNoFailures) {
     EXPECT_EQ(oneShot({"-o", "6", "-p", "9"}), "Receved NULL data.\nPICPWR 9 not found in sysfs\n");
     EXPECT_EQ(oneShot({"-o", "7"}), "Input device type not found in sysfs\n");
     EXPECT_EQ(oneShot({"-o", "8", "-d", "165"}), "");
@@ -104,7 +104,7 @@ TEST_F(I2cOptions, TheListingsAreNoFailures) {
     EXPECT_EQ(platform().calls.size(), 4 + 2 * 165);
 }
 
-TEST_F(I2cOptions, AListingAsksForWhatItWasNotGiven) {
+TEST_F(I2cOptions, AListingAsksForItsMissingArgument) {
     EXPECT_EQ(interactive(6, "0\n"),
               "Enter the PICPWR ID: (Enter 0 for all PICPWRs)Receved NULL data.\n");
     EXPECT_EQ(interactive(7, "59\n"),
@@ -115,7 +115,7 @@ TEST_F(I2cOptions, AListingAsksForWhatItWasNotGiven) {
               deviceTypeMenu + std::string("Input device type not found in sysfs\n"));
 }
 
-TEST_F(I2cOptions, TheNodeOperationsAreReachedAndJudged) {
+TEST_F(I2cOptions, NodeOperationsThatFailAreReported) {
     EXPECT_EQ(interactive(9, "x"),
               deviceTypeMenu + std::string("\nInvalid Device Type\n") + failed);
     EXPECT_EQ(interactive(10, "x"), "Enter Parent Node Num:\nInvalid Index Node\n" + failed);
@@ -128,7 +128,7 @@ TEST_F(I2cOptions, TheNodeOperationsAreReachedAndJudged) {
     EXPECT_EQ(interactive(15, "x"), "Enter Node Num:\nInvalid Device Type\n" + failed);
 }
 
-TEST_F(I2cOptions, ADriversRefusalOfACreationIsNoFailure) {
+TEST_F(I2cOptions, ARefusedCreationOrRemovalIsNoFailure) {
     busDevices().openErrors = {{"/dev/i2c-5", EACCES}};
     EXPECT_EQ(interactive(9, "1 2 5 50"),
               deviceTypeMenu + std::string("Enter Index:Enter Parent Node Num:"

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t farAway = std::numeric_limits<std::size_t>::max();
 
-TEST(ByteReader, hasTheBytesThatAreThereAndNoOther) {
+TEST(ByteReader, hasNoByteBeyondTheEnd) {
     const std::vector<std::uint8_t> bytes{7, 8};
     const ByteReader reader(bytes);
     EXPECT_EQ(reader.byte(0), 7);
@@ -20,7 +20,7 @@ TEST(ByteReader, hasTheBytesThatAreThereAndNoOther) {
     EXPECT_EQ(reader.byte(farAway), std::nullopt);
 }
 
-TEST(ByteReader, withoutBytesHasNothing) {
+TEST(ByteReader, withoutBytesHasOnlyTheEmptyText) {
     const ByteReader reader({});
     EXPECT_EQ(reader.byte(0), std::nullopt);
     EXPECT_EQ(reader.text(0, 1), std::nullopt);

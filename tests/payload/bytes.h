@@ -1,4 +1,4 @@
-// Bytes as the payload tests write them.
+// Functions that compose bytes for the payload tests.
 #pragma once
 
 #include "tests/support/platform.h"
@@ -8,7 +8,7 @@
 
 namespace zolt::test {
 
-/// All parts, one behind the other.
+/// Joins all parts in order.
 [[nodiscard]] inline Bytes joined(std::initializer_list<Bytes> parts) {
     Bytes all;
     for (const Bytes& part : parts) {
@@ -17,13 +17,13 @@ namespace zolt::test {
     return all;
 }
 
-/// The first @p count bytes; zeros follow where there are fewer.
+/// Cuts @p bytes to @p count bytes, or fills them up with zeros.
 [[nodiscard]] inline Bytes cut(Bytes bytes, std::size_t count) {
     bytes.resize(count);
     return bytes;
 }
 
-/// Makes @p bytes what is read raw from @p address on.
+/// Lets raw reads from @p address on deliver @p bytes.
 inline void placeRaw(std::uint32_t address, const Bytes& bytes) {
     for (const std::uint8_t byte : bytes) {
         platform().raw[address++] = byte;

@@ -18,8 +18,8 @@ std::string decoded(const Bytes& payload) {
     return test::outputOf([&] { decodeCirPayload(payload, printField); });
 }
 
-// A card with a direct and an indirect end point; every bit field differs from its neighbours, and
-// the bits between them are set.
+// A card with a direct and an indirect end point. Neighbouring fields differ, and the unused bits
+// between them are set.
 const Bytes cardHeader{0x01, 0x11, 0x04, 0xFF, 0x12, 0x34, 0x00,
                        0x0A, 0x07, 0xFF, 0x5B, 0x42, 0xA3};
 const Bytes directEndPoint{0x3B, 0x95, 0x7A, 0x8C, 0xDB, 0x2E};
@@ -74,11 +74,11 @@ TEST(CirPayload, ofACardHasItsEndPoints) {
     EXPECT_EQ(decoded(card), cardText);
 }
 
-TEST(CirPayload, bytesBehindItAreNotShown) {
+TEST(CirPayload, bytesBehindThePayloadAreNotShown) {
     EXPECT_EQ(decoded(cut(card, 247)), cardText);
 }
 
-TEST(CirPayload, withoutEndPointsGoesOnToTheChecksum) {
+TEST(CirPayload, withoutEndPointsEndsWithTheChecksum) {
     EXPECT_EQ(decoded({0xFF, 0x00, 0x02, 0, 0x00, 0x05, 0xFF, 0xFF, 0xFF, 0, 0xFF, 0xE0, 0x7F, 1, 2,
                        0xFE}),
               "\n\nPAYLOAD HEADER :\n\n"
@@ -96,7 +96,7 @@ TEST(CirPayload, withoutEndPointsGoesOnToTheChecksum) {
               "\n\nCHECKSUM                      = 254\n\n\n");
 }
 
-TEST(CirPayload, ofTheClassesThatEndEarlyHasItsChecksumInByte15) {
+TEST(CirPayload, ofAShortClassHasItsChecksumInByte15) {
     for (const int deviceClass : {0x1A, 0x1B}) {
         Bytes payload = cut(card, 32);
         payload[1] = static_cast<std::uint8_t>(deviceClass);
@@ -147,7 +147,7 @@ TEST(CirPayload, ofABackplaneHasItsDescription) {
     EXPECT_EQ(decoded(backplane), backplaneText);
 }
 
-// The listing up to and without the line that starts with @p label.
+// Returns the listing before the line that starts with @p label.
 std::string upTo(const std::string& text, const std::string& label) {
     const auto at = text.find(label);
     EXPECT_NE(at, std::string::npos) << label;
@@ -197,7 +197,7 @@ TEST(CirPayload, endsWhereAnEndPointsBytesEnd) {
     EXPECT_EQ(decoded(cut(card, 19)), second);
     EXPECT_EQ(decoded(cut(card, 23)),
               second + upTo(indirectEndPointText, "PCIE_SW_PORT_DISC_ORDER_UPPER"));
-    // The last byte of an indirect end point shows nowhere.
+    // No line shows the last byte of an indirect end point.
     EXPECT_EQ(decoded(cut(card, 24)), second + indirectEndPointText);
 }
 
@@ -230,7 +230,7 @@ TEST(CirPayload, ofNoLengthHasNoChecksum) {
     EXPECT_EQ(decoded(payload), expected);
 }
 
-TEST(CirPayload, checksumOfAClassThatEndsEarlyMayBeMissing) {
+TEST(CirPayload, checksumOfAShortClassMayBeMissing) {
     Bytes payload = cut(card, 15);
     payload[1] = 0x1A;
     const std::string text = decoded(payload);

@@ -22,7 +22,7 @@ const std::string menu = "1 : Raw Dump\n2 : Human Readable\n3 : Go Back\n";
 const std::string dumpHeader = "\n+             0  1  2  3  4  5  6  7 :  8  9  A  B  C  D  E  F\n"
                                "--------------------------------------------------------------\n";
 
-// A class that ends at byte 15.
+// A payload of a short class, which ends at byte 15.
 const Bytes payload{0x01, 0x1A, 0x02, 0x00, 0x12, 0x34, 0x00, 0x0A,
                     0x07, 0x00, 0x53, 0x42, 0x23, 0x00, 0x00, 0x63};
 const std::string payloadText = "\n\nPAYLOAD HEADER :\n\n"
@@ -37,7 +37,8 @@ const std::string payloadText = "\n\nPAYLOAD HEADER :\n\n"
                                 "TARGET_I2C_GPIO_DEV_ADDRESS   = 0x23\n"
                                 "\n\nCHECKSUM                      = 99\n\n\n";
 
-// The same as the raw path shows it: behind the offset 0x0110, so everything lies two bytes on.
+// The same payload, read raw. The two bytes of the offset, 0x0110, precede it in the buffer, so
+// each byte of the payload shows two places later.
 const std::string shiftedText = "\n\nPAYLOAD HEADER :\n\n"
                                 "PAYLOAD_FORMAT_VERSION        = 16\n"
                                 "DEVICE_CLASS                  = 0x01\n"
@@ -73,7 +74,7 @@ protected:
         return outcome;
     }
 
-    // Slot 7 as the HAL has it.
+    // Slot 7, as the HAL reads it.
     static void nameRegisters() {
         platform().named["PICPWR_7_DSTAT"] = {3};
         platform().named["PICPWR_7_MOD_CLASS"] = {0x1A};
@@ -84,7 +85,7 @@ protected:
         platform().hal["PICPWR_PAYLOADS"].content = joined({Bytes(offset + 1), cut(payload, 247)});
     }
 
-    // Slot 7 as the CPLD driver has it.
+    // Slot 7, as the CPLD driver reads it.
     static void placeRegisters() { test::placeRaw(0x1054, {0x7F, 0x1A, 0xFF, 0x10, 0x01}); }
     static void placeAll() {
         placeRegisters();
@@ -107,7 +108,7 @@ TEST_F(CirPayloadView, readsEverythingByName) {
                                   "5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"}));
 }
 
-TEST_F(CirPayloadView, readsEverythingRawBehindTheTwoBytesOfTheOffset) {
+TEST_F(CirPayloadView, rawPayloadFollowsTheTwoBytesOfTheOffset) {
     placeAll();
     const auto outcome = shown(7, 2);
     EXPECT_EQ(outcome.output, shiftedText);
@@ -125,9 +126,9 @@ TEST_F(CirPayloadView, readsEverythingRawBehindTheTwoBytesOfTheOffset) {
         << platform().log[0];
 }
 
-TEST_F(CirPayloadView, dumpsWhatIsBehindTheOffsetOnTheRawPathToo) {
+TEST_F(CirPayloadView, dumpOfARawPayloadBeginsWithTheOffset) {
     placeAll();
-    // The buffer's third byte is the payload's first: a length of one unit.
+    // The length is the buffer's byte 2. Here that is the payload's byte 0: one unit.
     EXPECT_EQ(shown(7, 1).output, dumpHeader + "0x91002b11 = 10 01 01 1a 02 00 12 34 : \n\n");
 }
 
@@ -206,7 +207,7 @@ TEST_F(CirPayloadView, takesAnUnreadableModuleClassForNoPayload) {
     EXPECT_EQ(outcome.status, statusNothingToShow);
 }
 
-TEST_F(CirPayloadView, stopsAtAModuleClassOfNoPayload) {
+TEST_F(CirPayloadView, stopsAtAModuleClassWithoutPayload) {
     nameAll();
     platform().named["PICPWR_7_MOD_CLASS"] = {0};
     const auto outcome = shown(7, 2);
@@ -301,8 +302,8 @@ TEST_F(CirPayloadView, endsAtAChoiceThatIsNoNumber) {
     EXPECT_EQ(outcome.status, statusNothingToShow);
 }
 
-// A slot from the command line may be any byte; the HAL and the driver know what they have.
-TEST_F(CirPayloadView, looksForAnySlot) {
+// The command line may name any slot. The HAL and the driver know which slots exist.
+TEST_F(CirPayloadView, readsAnySlotThatIsNamed) {
     const auto outcome = shown(255, 2);
     EXPECT_EQ(outcome.output, "Unable to read PICPWR DSTAT using CPLD raw API, status 42\n");
     EXPECT_EQ(calls(), (std::vector<std::string>{"ReadIO_Str PICPWR_255_DSTAT",

@@ -18,7 +18,7 @@ struct Dialogue {
     std::string output;
 };
 
-// The view answers with the choice it got.
+// Runs the menu on a view that prints each choice.
 Dialogue dialogue(std::uint8_t format, std::string_view input) {
     Dialogue held;
     held.output = outputOf(
@@ -29,7 +29,7 @@ Dialogue dialogue(std::uint8_t format, std::string_view input) {
     return held;
 }
 
-TEST(DisplayMenu, isAskedUntilTheOperatorGoesBack) {
+TEST(DisplayMenu, asksUntilTheOperatorGoesBack) {
     const auto held = dialogue(0, "1 2\n9\n-1\n3\n1\n");
     EXPECT_EQ(held.output,
               menu + "[1]\n" + menu + "[2]\n" + menu + "[9]\n" + menu + "[-1]\n" + menu + "[3]\n");
@@ -42,7 +42,7 @@ TEST(DisplayMenu, choicesAreCutToEightBits) {
     EXPECT_EQ(held.status, statusDone);
 }
 
-TEST(DisplayMenu, aChoiceThatIsNoNumberEndsIt) {
+TEST(DisplayMenu, aChoiceThatIsNoNumberEndsTheMenu) {
     const auto held = dialogue(0, "2 x");
     EXPECT_EQ(held.output, menu + "[2]\n" + menu + "scanf error\n");
     EXPECT_EQ(held.status, statusNothingToShow);
@@ -86,21 +86,21 @@ private:
 const std::string dumpHeader = "\n+             0  1  2  3  4  5  6  7 :  8  9  A  B  C  D  E  F\n"
                                "--------------------------------------------------------------\n";
 
-TEST_F(Displays, dumpAsMuchAsTheyAreToldAndHave) {
+TEST_F(Displays, dumpTheGivenLengthUpToTheirLastByte) {
     EXPECT_EQ(shown(1, 0), dumpHeader + "\n\n");
     EXPECT_EQ(shown(1, 2), dumpHeader + "0xffffffff = 01 02 \n\n");
     EXPECT_EQ(shown(1, 4), dumpHeader + "0xffffffff = 01 02 03 \n\n");
 }
 
-TEST_F(Displays, decodeAllTheyHave) {
+TEST_F(Displays, decodeAllTheirBytes) {
     EXPECT_EQ(shown(2, 0), "bytes = 3\n");
 }
 
-TEST_F(Displays, showNothingOnTheWayBack) {
+TEST_F(Displays, showNothingForGoBack) {
     EXPECT_EQ(shown(3, 3), "");
 }
 
-TEST_F(Displays, knowNoOtherChoice) {
+TEST_F(Displays, rejectEveryOtherChoice) {
     for (const int choice : {0, 4, 127, -1, -128}) {
         EXPECT_EQ(shown(static_cast<std::int8_t>(choice), 3), "Invalid option entered\n");
     }

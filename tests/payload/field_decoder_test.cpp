@@ -10,7 +10,7 @@
 namespace zolt {
 namespace {
 
-// What is printed of the fields that a decoder of these bytes yields.
+// Decodes bytes and returns the printed fields.
 template <typename Decode>
 std::string printed(const std::vector<std::uint8_t>& bytes, Decode decode) {
     return test::outputOf([&] {
@@ -27,7 +27,7 @@ struct Place {
 
 class FieldValue : public testing::TestWithParam<Place> {};
 
-TEST_P(FieldValue, comesFromItsBits) {
+TEST_P(FieldValue, isReadFromItsBits) {
     const std::string output = printed({0x00, 0xB4, 0x5E}, [](FieldDecoder& fields) {
         EXPECT_EQ(fields.add(ValueRow{GetParam().bits, line<"%d\n">}), GetParam().value);
     });
@@ -71,8 +71,8 @@ TEST(FieldDecoder, yieldsLinesOfEveryKindInOrder) {
                       "text = xy\n");
 }
 
-// Each way to run off the end, tried on two bytes; what follows it is not decoded any more.
-TEST(FieldDecoder, endsAtTheFirstLineThatIsNotAllThere) {
+// Tries each way to run off the end of two bytes. The decoder yields nothing after that.
+TEST(FieldDecoder, endsAtTheFirstIncompleteLine) {
     constexpr ValueRow last{Bits::byte(1), line<"last = %d\n">};
     const std::vector<void (*)(FieldDecoder&)> ends{
         [](FieldDecoder& fields) {

@@ -48,7 +48,7 @@ TEST(OemArea, withoutDescriptorsHasSizesAndChecksum) {
                                     "\n\nCHECKSUM                    = 255\n\n\n");
 }
 
-TEST(OemArea, ofTwoBytesHasItsCountForAChecksum) {
+TEST(OemArea, ofTwoBytesShowsItsCountAsTheChecksum) {
     EXPECT_EQ(decoded({2, 0}), "\n\nOEM AREA SIZE               = 2\n"
                                "TOTAL NUMBER OF DESCRIPTORS = 0\n"
                                "\n\nCHECKSUM                    = 0\n\n\n");
@@ -110,29 +110,29 @@ TEST(OemArea, endsWhereItsBytesEnd) {
     EXPECT_EQ(decoded(cut(everyType, 6)), upTo("\nDESCRIPTOR TYPE", 2));
     EXPECT_EQ(decoded(cut(everyType, 10)), upTo("LOCATION"));
     EXPECT_EQ(decoded(cut(everyType, 14)), upTo("SLOT PRESENCE"));
-    // What is last there is not the checksum of the whole.
+    // The last of the 23 bytes is not the checksum.
     EXPECT_EQ(decoded(cut(everyType, 23)), upTo("\n\nCHECKSUM"));
 }
 
-TEST(FindOemArea, liesBehindThePayload) {
+TEST(FindOemArea, findsTheAreaBehindThePayload) {
     const Bytes fetched = joined({{0, 0, 1, 0, 0, 0, 0, 0}, {3, 0, 7}, {1, 2, 3}});
     const auto found = findOemArea(fetched);
     EXPECT_EQ(Bytes(found.begin(), found.end()), (Bytes{3, 0, 7}));
 }
 
-TEST(FindOemArea, startsAtThePayloadThatHasNoLength) {
+TEST(FindOemArea, startsAtThePayloadIfThatHasNoLength) {
     const Bytes fetched{2, 9, 0, 5};
     const auto found = findOemArea(fetched);
     EXPECT_EQ(Bytes(found.begin(), found.end()), (Bytes{2, 9}));
 }
 
-TEST(FindOemArea, isCutToWhatWasFetched) {
+TEST(FindOemArea, cutsTheAreaToTheFetchedBytes) {
     const Bytes fetched = joined({{0, 0, 1, 0, 0, 0, 0, 0}, {200, 1, 2}});
     const auto found = findOemArea(fetched);
     EXPECT_EQ(Bytes(found.begin(), found.end()), (Bytes{200, 1, 2}));
 }
 
-TEST(FindOemArea, findsNothing) {
+TEST(FindOemArea, findsNothingInTooFewBytesOrWithoutASize) {
     EXPECT_TRUE(findOemArea({}).empty());
     EXPECT_TRUE(findOemArea(Bytes{1, 2}).empty());
     EXPECT_TRUE(findOemArea(Bytes{1, 2, 1}).empty());

@@ -74,15 +74,16 @@ TEST_F(OemAreaView, readsEverythingByName) {
     const auto outcome = shown(2);
     EXPECT_EQ(outcome.output, areaText);
     EXPECT_EQ(outcome.status, statusDone);
-    // The module class is not asked for.
+    // The view does not read the module class.
     EXPECT_EQ(calls(), (std::vector<std::string>{
                            "ReadIO_Str PICPWR_63_DSTAT", "ReadIO_Str PICPWR_63_PAYLOAD_OFFSET",
                            "ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 375 273",
                            "delete PICPWR_PAYLOADS"}));
 }
 
-TEST_F(OemAreaView, readsEverythingRawBehindTheTwoBytesOfTheOffset) {
-    // The length is taken from the payload's first byte; the area's first byte lies two on.
+TEST_F(OemAreaView, rawPayloadFollowsTheTwoBytesOfTheOffset) {
+    // The two bytes of the offset precede the payload in the buffer. The length is the buffer's
+    // byte 2, the payload's byte 0; the area begins at the buffer's byte 8, the payload's byte 6.
     const Bytes fetched = joined({{0x01, 0x1A, 0x01, 0x00, 0x12, 0x34}, area});
     placeAll(fetched);
     const auto outcome = shown(2);
@@ -157,7 +158,7 @@ TEST_F(OemAreaView, rejectsAPayloadLongerThanWhatIsFetched) {
 
 TEST_F(OemAreaView, acceptsThePayloadThatJustFits) {
     Bytes fetched = cut({1, 2, 46}, 375);
-    fetched[368] = 5; // of which six follow
+    fetched[368] = 5; // seven bytes are there
     fetched[369] = 0;
     fetched[372] = 44;
     nameAll(fetched);
@@ -167,9 +168,9 @@ TEST_F(OemAreaView, acceptsThePayloadThatJustFits) {
     EXPECT_EQ(shown(1).output, dumpHeader + "0x91002c81 = 05 00 00 00 2c \n\n");
 }
 
-TEST_F(OemAreaView, showsAnAreaThatRunsOffAsFarAsItGoes) {
+TEST_F(OemAreaView, showsAnAreaThatRunsOffUpToTheLastByte) {
     Bytes fetched = cut({1, 2, 46}, 375);
-    fetched[368] = 8; // one more than there are
+    fetched[368] = 8; // seven bytes are there
     fetched[374] = 44;
     nameAll(fetched);
     EXPECT_EQ(shown(2).output, "\n\nOEM AREA SIZE               = 8\n"

@@ -19,12 +19,12 @@ std::string decoded(const Bytes& blob) {
     return test::outputOf([&] { decodeRiserSlotMap(blob, printField); });
 }
 
-// Text in a field of @p size bytes.
+// Returns text in a field of @p size bytes.
 Bytes text(std::string_view content, std::size_t size) {
     return cut(Bytes(content.begin(), content.end()), size);
 }
 
-// The blob's front, up to and with its number of records.
+// Returns the blob's first part, which ends with the number of records.
 Bytes front(std::uint8_t records, std::string_view description = "Two risers, left") {
     return joined({{3, 17}, text(description, 48), {1, 0x0A, 0xFE, 21, 2, 0, 22, 5, records}});
 }
@@ -49,7 +49,7 @@ std::string frontText(int records, const std::string& description = "Two risers,
            std::to_string(records) + "\n";
 }
 
-// Four DSLs, one of each type and one of none; three slots; a payload count that lies.
+// A record with a DSL of each type and one of an unknown type, three slots, a wrong payload count.
 const Bytes fullRecord = joined({{12, 49},
                                  text("RISER-A1", 8),
                                  text("XPN\0 no", 8),
@@ -92,7 +92,7 @@ const std::string fullRecordText = "PICPWR ID                      = 12\n"
                                    "DSL 4 type                     = 4\n"
                                    "Invalid DSL type\n";
 
-// No DSLs, so no payloads of any, whatever their count says; no slots.
+// A record without DSLs and slots. Without DSLs it has no payloads, whatever their count says.
 const Bytes bareRecord = joined({{0, 23}, text("", 8), text("ABCDEFGH", 8), {0, 0, 0}, {0}, {9}});
 const std::string bareRecordText = "PICPWR ID                      = 0\n"
                                    "PAYLOAD SIZE                   = 23\n"
@@ -150,7 +150,7 @@ TEST(RiserSlotMap, aTextWhoseNulIsThereIsShownThoughTheRestOfItsFieldIsNot) {
 }
 
 TEST(RiserSlotMap, theNextRecordStartsWhereTheSizeSays) {
-    // Longer than its fields by three bytes.
+    // The record is three bytes longer than its fields.
     Bytes longer = bareRecord;
     longer[1] = 26;
     std::string longerText = bareRecordText;
@@ -177,7 +177,7 @@ TEST(RiserSlotMap, theNextRecordMayStartInsideTheOneBefore) {
 
 TEST(RiserSlotMap, aRecordOfNoSizeIsListedAsOftenAsTheCountSays) {
     Bytes standing = bareRecord;
-    standing[0] = 44; // which is also what follows the last record
+    standing[0] = 44; // also read as the checksum, because no record has a size
     standing[1] = 0;
     std::string standingText = bareRecordText;
     standingText.replace(standingText.find("= 0\n"), 4, "= 44\n");
@@ -298,7 +298,7 @@ TEST(RiserSlotMap, endsWhereItsBytesEnd) {
         EXPECT_EQ(decoded(cut(blob, end.bytes)), whole.substr(0, whole.find(end.firstMissing)))
             << end.bytes;
     }
-    // A DSL of an unknown type shows nothing but its type byte.
+    // The report shows only the type byte of a DSL of an unknown type.
     EXPECT_EQ(decoded(cut(blob, 105)), frontText(2) + headingOf(1) + fullRecordText + headingOf(2));
     EXPECT_EQ(decoded(cut(blob, blob.size() - 1)),
               frontText(2) + headingOf(1) + fullRecordText + headingOf(2) + bareRecordText);

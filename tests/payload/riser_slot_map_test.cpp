@@ -23,7 +23,7 @@ const std::string menu = "1 : Raw Dump\n2 : Human Readable\n3 : Go Back\n";
 const std::string dumpHeader = "\n+             0  1  2  3  4  5  6  7 :  8  9  A  B  C  D  E  F\n"
                                "--------------------------------------------------------------\n";
 
-// A configuration without records: 58 bytes, their number 0, the checksum.
+// A blob without records: 58 bytes of configuration, the number of records, the checksum.
 const Bytes blob = [] {
     Bytes bytes = cut({1, 2, 'O', 'n', 'e'}, 60);
     bytes[50] = 1;
@@ -113,7 +113,7 @@ TEST_F(RiserSlotMapView, dumpsAllThatIsReadRaw) {
     EXPECT_EQ(shown(1).output, expected + "\n\n");
 }
 
-TEST_F(RiserSlotMapView, believesTheSmallerOfSizeAndBytes) {
+TEST_F(RiserSlotMapView, usesTheSmallerOfReportedSizeAndByteCount) {
     platform().named["RISER_SLOT_AMP_BLOB"] = blob;
     platform().size["RISER_SLOT_AMP_BLOB"] = 4;
     EXPECT_EQ(shown(1).output, dumpHeader + "0x91008a00 = 01 02 4f 6e \n\n");
@@ -128,7 +128,7 @@ TEST_F(RiserSlotMapView, believesTheSmallerOfSizeAndBytes) {
     EXPECT_EQ(shown(2).output, "\n\nCONFIG DETAILS :\n\n");
 }
 
-TEST_F(RiserSlotMapView, reportsTheFirstByteThatCannotBeRead) {
+TEST_F(RiserSlotMapView, stopsAtTheFirstByteThatCannotBeRead) {
     test::placeRaw(0xFFFF8A00, cut(blob, 1023));
     const auto outcome = shown(2);
     EXPECT_EQ(outcome.output, "Unable to read RISER_SLOT_MAP_BLOB using CPLD raw API, status 42\n");

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The I2C buses of zolt_sim: other clients, several at once, and that no real bus is reached."""
+"""Tests the I2C buses of zolt_sim: other clients, several clients at once, no way to a real bus."""
 
 import os
 import pathlib
@@ -13,7 +13,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import tap  # noqa: E402
 from programs import SIM, TOOL, Scratch, other_user, run, serves_others  # noqa: E402
 
-# Debian keeps them where only root looks by itself.
+# Debian installs the I2C tools outside the PATH of ordinary users.
 PATH = os.environ["PATH"] + ":/usr/sbin:/sbin"
 
 BOARD = """
@@ -54,7 +54,7 @@ class I2cTest(unittest.TestCase):
 
 
 class OtherClients(I2cTest):
-    def test_i2ctransfer_reads_what_is_described(self):
+    def test_i2ctransfer_reads_the_described_memory(self):
         done = self.sim("i2ctransfer", "-y", "5", "w1@0x50", "0x00", "r12")
         self.assertEqual(done.stderr, "")
         self.assertEqual(
@@ -82,7 +82,7 @@ class OtherClients(I2cTest):
         done = self.sim("i2cdump", "-y", "5", "0x50", "b")
         self.assertEqual(done.stdout, "\n".join(lines) + "\n")
 
-    def test_i2cget_and_i2cset_work_too(self):
+    def test_i2cget_reads_what_i2cset_wrote(self):
         done = self.shell("i2cset -y 5 0x50 0x20 0x42; i2cget -y 5 0x50 0x20; i2cget -y 5 0x50 0")
         self.assertEqual(done.stdout, "0x42\n0x5a\n")
 
@@ -95,7 +95,7 @@ class OtherClients(I2cTest):
         self.sim("i2ctransfer", "-y", "5", "w1@0x50", "0x00", "r1")
         self.assertEqual(self.log.read_text(), "")
 
-    def test_held_clock_lets_no_device_answer_until_the_recovery_is_over(self):
+    def test_no_device_answers_while_a_failed_recovery_holds_the_clock(self):
         read = "i2ctransfer -y 5 w1@0x50 0x00 r1 2>&1;"
         done = self.shell(
             f"printf '5\\n' | {TOOL} -o 15; {read}",
@@ -110,7 +110,7 @@ class OtherClients(I2cTest):
 
 
 class Nodes(I2cTest):
-    def test_outlive_the_tool_that_made_them(self):
+    def test_outlive_the_tool_that_created_them(self):
         done = self.shell(
             f"set -- 3; {CREATE}; {TOOL} -o 8 -d 24; printf '6\\n50\\n' | {TOOL} -o 10;"
             f"{TOOL} -o 8 -d 24"
@@ -148,12 +148,12 @@ Sub Node Count    = 0
             "Device Remove Status: [1] Under Parent Node: [/dev/i2c-6]\n" + node.format(0),
         )
 
-    def test_of_one_board_are_not_on_the_next(self):
+    def test_end_with_their_board(self):
         self.shell(f"set -- 3; {CREATE}")
         done = self.sim(TOOL, "-o", "8", "-d", "24")
         self.assertEqual(done.stdout, "Input device type not found in sysfs\n")
 
-    def test_that_many_tools_make_at_once_are_all_there_and_each_once(self):
+    def test_of_many_tools_at_once_are_each_created_once(self):
         count = 20
         done = self.shell(
             f"for i in $(seq {count}); do set -- $i; {CREATE} & done; wait; {TOOL} -o 8 -d 24"
@@ -172,13 +172,13 @@ Sub Node Count    = 0
         for index, name, bus, sub_index, sub_bus in listed:
             self.assertEqual((index, index, bus), (name, sub_index, sub_bus))
         self.assertEqual(sorted(int(node[0]) for node in listed), list(range(1, count + 1)))
-        # Every transaction of every tool, each line whole: three for either node.
+        # The log has every transaction on a line of its own: three for each of a tool's two nodes.
         lines = self.log.read_text().splitlines()
         self.assertEqual(len(lines), 6 * count)
         for line in lines:
             self.assertRegex(line, r"^/dev/i2c-\d+ (get-property|create-node) .* -> 2 \S+( \S+)?$")
 
-    def test_that_two_tools_ask_for_at_once_are_made_once(self):
+    def test_that_two_tools_request_at_once_are_created_once(self):
         done = self.shell(f"set -- 3; {CREATE} & {CREATE} & wait")
         lines = sorted(done.stdout.splitlines())
         self.assertEqual(
@@ -202,7 +202,7 @@ class Command(I2cTest):
             self.assertEqual((done.stdout, done.stderr), ("", self.NOT_THERE.format(bus)))
 
     def test_never_asks_the_kernel_for_a_bus(self):
-        # The kernel's own account of the process. A leak checker cannot run beside strace.
+        # strace shows the calls that reach the kernel. A leak checker cannot run under strace.
         self.scratch.environment["ASAN_OPTIONS"] = "detect_leaks=0"
         for bus, answer in (("5", "No such device"), ("77", "No such file or directory")):
             done = self.sim(
@@ -212,11 +212,11 @@ class Command(I2cTest):
             self.assertIn(f"({answer})\n", done.stdout)
             self.assertNotIn("/dev/i2c", done.stderr)
             self.assertNotIn("I2C_RDWR", done.stderr)
-            self.assertIn("socket(AF_UNIX", done.stderr)  # the account is there
+            self.assertIn("socket(AF_UNIX", done.stderr)  # strace did trace the process
 
     def test_keeps_the_callers_own_preload_and_sanitizer_options(self):
         self.scratch.environment["LD_PRELOAD"] = "libdl.so.2"
-        own = "verify_asan_link_order=0:verbosity=0"  # zolt_sim itself may need it, with that preload
+        own = "verify_asan_link_order=0:verbosity=0"  # so that zolt_sim starts with this preload
         self.scratch.environment["ASAN_OPTIONS"] = own
         done = self.shell('echo "$LD_PRELOAD"; echo "$ASAN_OPTIONS"')
         preload, options = done.stdout.splitlines()
@@ -224,7 +224,7 @@ class Command(I2cTest):
         self.assertEqual(options, own + ":verify_asan_link_order=0")
 
     def test_closes_its_bus_with_the_descriptor(self):
-        # As many as would run out if one stayed.
+        # The limit of 40 descriptors would be reached if the tool left its buses open.
         done = self.shell(
             f"ulimit -n 40; for i in $(seq 100); do echo 15; echo 5; done > script; echo 100 >> script;"
             f"{TOOL} < script | grep -c 'Status .1. for node name'",
@@ -232,12 +232,12 @@ class Command(I2cTest):
         )
         self.assertEqual(done.stdout, "300\n")
 
-    def test_with_closed_streams_reaches_the_buses_all_the_same(self):
+    def test_reaches_the_buses_with_its_streams_closed(self):
         done = self.shell(f"{TOOL} -o 9 -d 24 -i 3 -n 5 -t 80 <&- >&- 2>&-")
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
         self.assertEqual(len(self.log.read_text().splitlines()), 6)
 
-    @unittest.skipUnless(serves_others(), "serves no other user")
+    @unittest.skipUnless(serves_others(), "no other user can run the programs here")
     def test_may_be_an_ordinary_user(self):
         self.scratch.path.chmod(0o777)
         done = run(

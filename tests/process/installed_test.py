@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The programs as they are installed: they find what belongs to them wherever the tree stands."""
+"""Tests the installed programs: they find their libraries and boards wherever the tree stands."""
 
 import os
 import pathlib
@@ -39,7 +39,7 @@ class Installed(unittest.TestCase):
 
     def environment(self, **more):
         environment = dict(os.environ, **more)
-        environment.pop("LD_LIBRARY_PATH", None)  # of the build
+        environment.pop("LD_LIBRARY_PATH", None)  # it would find the build's libraries
         return environment
 
     def test_tool_asks_the_bus_of_the_installed_board(self):

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""zolt_sim on a machine with I2C buses of its own, which no command on a board reaches.
+"""Tests zolt_sim on a machine with I2C buses of its own. No command on a board may reach them.
 
-The machine is this one with another /dev, in mounts of the test's own. Nothing answers behind its
-buses: who gets as far as the kernel's table of drivers hears that there is no device, so "No such
-device or address" is what a bus that is reached looks like, and nobody else is refused that way.
+The machine is this one with another /dev, in a private mount namespace. Its I2C nodes have no
+device: an open that reaches the kernel's drivers fails with "No such device or address". No other
+refusal has that text, so the text tells that an open has reached a bus.
 """
 
 import os
@@ -41,12 +41,12 @@ ON_MACHINE = ("unshare", "--mount", "sh", "-ec", MACHINE, "sh")
 MEMBER = other_user("daemon", "4321")
 STRANGER = other_user("daemon")
 
-# A program that goes round the preload library, as one does that is linked statically.
+# A program without the preload library, like one that is linked statically.
 CAT = "env -u LD_PRELOAD cat"
 REACHED = "cat: {}: No such device or address\n"
 REFUSED = "cat: {}: Permission denied\n"
 
-# Opens a bus by the kernel's handle of its node, past what is mounted there.
+# Opens a bus by the file handle of its node, which bypasses mounts over its path.
 BY_HANDLE = r"""
 import ctypes, os
 libc = ctypes.CDLL(None, use_errno=True)
@@ -59,7 +59,7 @@ print(named, libc.open_by_handle_at(devices, handle, os.O_RDONLY), os.strerror(c
 HAS_MACHINE = os.geteuid() == 0 and run(*ON_MACHINE, "true").returncode == 0
 
 
-@unittest.skipUnless(HAS_MACHINE, "makes no mounts and devices")
+@unittest.skipUnless(HAS_MACHINE, "cannot make mounts and device nodes")
 class MachineBuses(unittest.TestCase):
     def setUp(self):
         self.scratch = Scratch()
@@ -67,16 +67,16 @@ class MachineBuses(unittest.TestCase):
         self.scratch.path.chmod(0o777)
 
     def machine(self, *command, script="exec", **options):
-        """Runs a command there, or a shell's script that has it as its arguments."""
+        """Runs a command on that machine, or a shell script with the command as its arguments."""
         return run(
             *ON_MACHINE, "sh", "-c", script + ' "$@"', "sh", *command,
             env=self.scratch.environment, **options,
         )
 
     def board(self, user, script, **options):
-        """Runs a shell's script on a board that a user started on that machine."""
+        """Runs a shell script on a board that a user starts on that machine."""
         if user and not serves_others():
-            self.skipTest("serves no other user")
+            self.skipTest("no other user can run the programs here")
         return self.machine(*user, SIM, "--", "sh", "-c", script, **options)
 
     def assert_refuses(self, done, *nodes):
@@ -101,7 +101,7 @@ class MachineBuses(unittest.TestCase):
                 done.stderr, "dd: failed to open '/dev/i2c-77': Permission denied\n"
             )
 
-    def test_are_closed_on_the_way_from_a_working_directory(self):
+    def test_are_closed_to_relative_paths_from_dev(self):
         done = self.machine(
             SIM, "--", "sh", "-c", f"{CAT} i2c-77", script="cd /dev; exec"
         )
@@ -146,7 +146,7 @@ class MachineBuses(unittest.TestCase):
             self.assertEqual(done.stderr, f"{program}: /dev/bus/other: Permission denied\n")
 
     def test_are_not_handed_on_open(self):
-        # Opened by its path alone, which needs no driver: for the kernel it is the same file.
+        # O_PATH opens the node without its driver.
         opener = (
             "import os, sys; bus = os.open('/dev/i2c-77', os.O_PATH);"
             "os.dup2(bus, 0); os.dup2(bus, 7); os.dup2(os.open('/dev', os.O_RDONLY), 8);"
@@ -158,7 +158,7 @@ class MachineBuses(unittest.TestCase):
             (done.stdout, done.stderr), ("0 is closed\n7 is closed\n8 is closed\n/dev/zero\n", "")
         )
 
-    def test_leave_the_rest_of_the_machine_as_it_was(self):
+    def test_are_closed_without_changing_the_rest_of_the_machine(self):
         for user, who in (((), "root"), (MEMBER, "daemon"), (STRANGER, "daemon")):
             done = self.board(
                 user,
@@ -168,7 +168,7 @@ class MachineBuses(unittest.TestCase):
             )
             self.assertEqual((done.stdout, done.stderr), (f"{who} {who}\nzzz\n", ""))
 
-    def test_leave_the_board_as_it_is(self):
+    def test_are_closed_without_changing_the_board(self):
         for user in ((), MEMBER, STRANGER):
             done = self.board(
                 user,
@@ -178,7 +178,7 @@ class MachineBuses(unittest.TestCase):
             )
             self.assertEqual((done.stdout, done.stderr), (INFO + "bus\nno other\n", ""))
 
-    def test_stay_with_the_machine_while_a_board_runs(self):
+    def test_stay_reachable_outside_the_board(self):
         board = f"{SIM} -- sh -c 'echo started; read end'"
         done = self.machine(
             script=f"""mount --make-rshared /
@@ -190,9 +190,9 @@ class MachineBuses(unittest.TestCase):
         )
         self.assertEqual((done.stdout, done.stderr), ("", REACHED.format("/dev/i2c-77")))
 
-    @unittest.skipUnless(serves_others(), "serves no other user")
-    def test_let_no_command_start_that_cannot_be_kept_from_them(self):
-        # Who lives below another root directory gets no user namespace.
+    @unittest.skipUnless(serves_others(), "no other user can run the programs here")
+    def test_stop_a_command_that_cannot_be_kept_from_them(self):
+        # The kernel refuses a user namespace to a process below another root directory.
         root = self.scratch.path / "root"
         root.mkdir()
         below = f"mount --rbind / {root}; exec chroot --userspec=daemon:daemon"
@@ -206,11 +206,11 @@ class MachineBuses(unittest.TestCase):
                 "Operation not permitted\n",
             ),
         )
-        # They are closed to this one as it is.
+        # The modes of the nodes keep this user out anyway.
         stranger = self.machine("--groups=1234", root, SIM, "--", "echo", "started", script=below)
         self.assertEqual((stranger.returncode, stranger.stdout), (0, "started\n"))
 
-    def test_on_a_machine_without_any_the_command_loses_nothing(self):
+    def test_cost_the_command_no_rights_when_there_are_none(self):
         show = ("grep", "-E", "^(Cap|NoNewPrivs)", "/proc/self/status")
         without = "rm /dev/i2c-77 /dev/bus/other; exec"
         ours = self.machine(*show, script=without).stdout

@@ -1,6 +1,6 @@
-// Another, tiny implementation of the platform's libraries: no name is known but the DSTAT of each
-// slot, which is 3; a raw register holds the low byte of its address; slot 63 is out of memory,
-// slot 62 throws what is no std::exception; the one PICPWR node has index 7.
+// Another, tiny implementation of the platform's libraries. It knows one name for each slot, DSTAT,
+// with the value 3. A raw register holds the low byte of its address. A read of slot 63 throws
+// std::bad_alloc, a read of slot 62 an int. The only PICPWR node has index 7.
 #include "platform/cpld_driver.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"

@@ -1,4 +1,4 @@
-"""Where the programs under test are: the build says so through the environment."""
+"""The programs under test, which the build names in the environment, and ways to run them."""
 
 import functools
 import os
@@ -55,33 +55,33 @@ Property Value = 1
 
 """
 
-# The build's sanitizers, if it has any.
+# Whether the build has sanitizers.
 SANITIZED = os.environ["SANITIZERS"] != "none"
 
 TIMEOUT_SECONDS = 60
 
 
 def run(*command, **options):
-    """Runs a command to its end; text in and out."""
+    """Runs a command to its end, with text as its input and output."""
     options.setdefault("timeout", TIMEOUT_SECONDS)
     options.setdefault("input", "")
     return subprocess.run(command, capture_output=True, text=True, check=False, **options)
 
 
 def other_user(user, *groups):
-    """What in front of a command lets another user run it."""
+    """Returns the words that, in front of a command, let another user run it."""
     membership = f"--groups={','.join(groups)}" if groups else "--clear-groups"
     return "setpriv", f"--reuid={user}", f"--regid={user}", membership
 
 
 @functools.cache
 def serves_others():
-    """Whether we can be another user, and whoever it is finds what was built."""
+    """Returns whether this process can become another user, and that user can run the build."""
     return os.geteuid() == 0 and run(*other_user("daemon"), "test", "-x", SIM).returncode == 0
 
 
 class Session:
-    """A dialogue with a command, of which a test expects every byte."""
+    """A dialogue with a command. The test states every byte of the output."""
 
     def __init__(self, test, *command, **options):
         self._test = test
@@ -94,15 +94,15 @@ class Session:
         test.addCleanup(self.process.kill)
 
     def told(self):
-        """The next line on standard error."""
+        """Returns the next line of standard error."""
         return self.process.stderr.readline().decode().rstrip("\n")
 
     def expect(self, text):
-        """Waits until as much has been printed."""
+        """Waits for as many bytes as the text has, and compares them with the text."""
         got = b""
         while len(got) < len(text):
             ready, _, _ = select.select([self.process.stdout], [], [], TIMEOUT_SECONDS)
-            self._test.assertTrue(ready, f"silent after {got!r}")
+            self._test.assertTrue(ready, f"no more output after {got!r}")
             more = os.read(self.process.stdout.fileno(), len(text) - len(got))
             if not more:
                 break
@@ -114,13 +114,13 @@ class Session:
         self.process.stdin.flush()
 
     def ends_with(self, text):
-        """Waits for the end, which is a good one."""
+        """Waits for the end. The rest of the output has to be the text, and the status 0."""
         output, _ = self.process.communicate(timeout=TIMEOUT_SECONDS)
         self._test.assertEqual((output.decode(), self.process.returncode), (text, 0))
 
 
 class Scratch:
-    """A directory in which zolt_sim makes its own, so that leftovers show."""
+    """A temporary directory in which zolt_sim makes its own, so that the test sees leftovers."""
 
     def __init__(self):
         self._directory = tempfile.TemporaryDirectory()

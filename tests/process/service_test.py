@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The service under zolt_sim, held against an independent client and against the CPLD's view."""
+"""Compares the tool's reports of the service with the CPLD's view and with another client."""
 
 import json
 import os
@@ -35,8 +35,8 @@ PREFIX = "/com/tesk/bmc/zolt/"
 TYPES = ("bp", "puck", "rfc", "riser", "ftulm", "karnRaid", "karnNonRaid", "rida", "flop", "bi",
          "battery")
 
-# Modules of every layout. What both views show of one of them is away from 0, except for the
-# backplane's: of its end points the CPLD's view shows nothing.
+# Modules of every layout. Each field that both views show differs from 0 in at least one module.
+# The backplane has no end points, because the CPLD's view does not show them.
 BOARD = """
 [[slot]]
 id = 1
@@ -197,7 +197,7 @@ class ServiceTest(unittest.TestCase):
         return done.stdout
 
 
-class TwoViews(ServiceTest):
+class CpldAndBusViews(ServiceTest):
     def test_of_one_module_agree(self):
         for slot, path in enumerate(("riser/riser1", "puck/puck1", "bp/bp1", "rfc/rfc1",
                                      "flop/flop1"), 1):
@@ -206,7 +206,7 @@ class TwoViews(ServiceTest):
             bus = self.on_board(BOARD, TOOL, "-o", "12", "-m", module_type)
             self.assertEqual(bus, report(PREFIX + path, shown_properties(cpld)))
 
-    def test_of_a_module_that_lies_about_its_length_agree(self):
+    def test_of_a_module_with_a_wrong_length_agree(self):
         for units in (1, 3, 6, 7, 20):
             board = BOARD.replace(
                 'object = "riser1"', f'object = "riser1"\nstatic_payload_size = {units}'
@@ -253,14 +253,15 @@ class DemoBoard(unittest.TestCase):
     SIGNATURES = {"DeviceId": "q", "VendorId": "q"}
 
     def properties(self, interfaces):
-        """The values of an object's only interface, each of the type that the tool demands."""
+        """Returns the properties of an object's only interface, each of the type that the tool
+        demands."""
         (properties,) = interfaces.values()
         for name, each in properties.items():
             usual = "(yyyyyy)" if name.startswith("EndPoint") else "y"
             self.assertEqual(each["type"], self.SIGNATURES.get(name, usual), name)
         return {name: each["data"] for name, each in properties.items()}
 
-    def test_prints_of_every_type_what_another_client_reads(self):
+    def test_every_type_prints_the_properties_that_another_client_reads(self):
         both = (
             f"busctl --system --json=short call {SERVICE} {PREFIX}$1"
             ' org.freedesktop.DBus.ObjectManager GetManagedObjects; exec "$2" -o 12 -m "$3"'
@@ -279,9 +280,9 @@ class DemoBoard(unittest.TestCase):
             )
 
 
-@unittest.skipIf(SANITIZED, "a sanitizer needs address space of its own")
+@unittest.skipIf(SANITIZED, "a sanitizer needs more address space than the limit")
 class Memory(ServiceTest):
-    ROOM = 4 << 20  # for the reply, and not for the objects that are made of it
+    ROOM = 4 << 20  # enough for the reply, not enough for the objects made of it
 
     def test_that_runs_out_in_a_view_ends_the_option_only(self):
         board = "".join(
@@ -307,7 +308,8 @@ class Memory(ServiceTest):
 
 
 class Dialogue(ServiceTest):
-    # Failures on the way to objects, and those of the objects themselves.
+    # Two orders fail a listing of objects. The other orders and the two objects fail the report of
+    # one object.
     BOARD = BOARD + """
 [[service.order]]
 path = "karnRaid"
@@ -382,7 +384,7 @@ DeviceId = { signature = "y", value = 5 }
         )
 
     def bus_of(self, sim):
-        """The daemon that a zolt_sim has started."""
+        """Returns the process of the bus daemon that a zolt_sim has started."""
         children = pathlib.Path(f"/proc/{sim}/task/{sim}/children").read_text().split()
         (bus,) = (
             int(child) for child in children
@@ -391,7 +393,7 @@ DeviceId = { signature = "y", value = 5 }
         return bus
 
     def end(self, bus):
-        """Kills a daemon, and returns when its socket is gone with it."""
+        """Kills a daemon and waits until it has ended, and its socket with it."""
         watch = os.pidfd_open(bus)
         self.addCleanup(os.close, watch)
         os.kill(bus, signal.SIGKILL)
@@ -401,8 +403,8 @@ DeviceId = { signature = "y", value = 5 }
 
 class BusThatComesBack(ServiceTest):
     def test_serves_the_next_operation(self):
-        # The first operation finds no bus at the tool's address; before the second one the bus of
-        # the stand-in is linked there.
+        # The tool's bus address leads nowhere at first. Before the second operation a link leads
+        # from there to the bus of the stand-in.
         address = self.scratch.path / "bus"
         script = (
             f'path="${{DBUS_SYSTEM_BUS_ADDRESS#unix:path=}}"; path="${{path%%,*}}"; '

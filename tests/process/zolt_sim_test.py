@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""zolt_sim as a process: statuses, signals, what it refuses, and that nothing stays behind."""
+"""Tests zolt_sim as a process: exit statuses, signals, refusals, and that nothing stays behind."""
 
 import os
 import pathlib
@@ -35,7 +35,7 @@ class SimTest(unittest.TestCase):
         return run(SIM, *arguments, env=self.scratch.environment, **options)
 
     def start(self, *command):
-        """Starts a command that says "ready" on its standard output once it runs."""
+        """Starts a command that prints "ready" once it runs."""
         process = subprocess.Popen(
             [SIM, "--", *command],
             env=self.scratch.environment,
@@ -44,7 +44,7 @@ class SimTest(unittest.TestCase):
             stderr=subprocess.STDOUT,
             text=True,
             start_new_session=True,
-            # A shell cannot trap what was ignored when it started, as under nohup.
+            # A shell cannot trap a signal that was ignored when it started, as under nohup.
             preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_DFL),
         )
         self.addCleanup(process.stdout.close)
@@ -108,7 +108,7 @@ class Status(SimTest):
             f"zolt_sim: TMPDIR is too long: no socket fits below '{deep}/zolt_sim.XXXXXX'\n",
         )
 
-    @unittest.skipUnless(serves_others(), "serves no other user")
+    @unittest.skipUnless(serves_others(), "no other user can run the programs here")
     def test_is_125_for_a_user_without_a_name(self):
         self.scratch.path.chmod(0o777)
         self.assert_refused(
@@ -119,7 +119,7 @@ class Status(SimTest):
         )
 
     def test_is_the_commands_in_the_deepest_place_for_a_socket(self):
-        # The bus's path has 99 bytes, 20 of them for "/zolt_sim.XXXXXX/bus".
+        # The longest path of the bus has 99 bytes, 20 of them in "/zolt_sim.XXXXXX/bus".
         place = str(self.scratch.path).ljust(79, "d")
         os.mkdir(place)
         self.addCleanup(shutil.rmtree, place)
@@ -134,10 +134,10 @@ class Command(SimTest):
         done = self.sim("--", "printf", "%s|", "--board", "a b", "", "--", "-x")
         self.assertEqual(done.stdout, "--board|a b||--|-x|")
 
-    def test_reads_our_standard_input(self):
+    def test_reads_the_callers_standard_input(self):
         self.assertEqual(self.sim("cat", input="typed\n").stdout, "typed\n")
 
-    def test_runs_with_our_signal_mask(self):
+    def test_runs_with_the_callers_signal_mask(self):
         def mask(status):
             lines = status.splitlines()
             return [line for line in lines if line.startswith(("SigBlk", "SigIgn", "SigCgt"))]
@@ -153,7 +153,7 @@ class Command(SimTest):
         self.assertEqual(os.path.dirname(path), str(self.scratch.path))
         self.assertFalse(os.path.exists(path))
 
-    def test_finds_its_directory_below_a_relative_place_wherever_it_goes(self):
+    def test_finds_its_directory_below_a_relative_tmpdir_from_anywhere(self):
         self.scratch.environment["TMPDIR"] = "."
         done = run(
             SIM, "--", "sh", "-c", f"cd /; {TOOL} -o 1 -p 42",
@@ -163,7 +163,7 @@ class Command(SimTest):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         self.assertEqual(self.scratch.left_behind(), [])
 
-    def test_runs_with_our_umask_whatever_that_hides(self):
+    def test_runs_with_the_callers_umask_however_strict(self):
         for umask in ("0022", "0077", "0777"):
             done = run(
                 "sh", "-c", f'umask {umask}; exec "$@"', "sh", SIM, "--",
@@ -176,11 +176,11 @@ class Command(SimTest):
             self.assertEqual(self.scratch.left_behind(), [])
 
     def test_leaves_nothing_open_for_the_command(self):
-        # 0, 1, 2, and the directory that is being listed.
+        # 0, 1, 2, and the directory that ls lists.
         self.assertEqual(self.sim("ls", "/proc/self/fd").stdout.split(), ["0", "1", "2", "3"])
 
-    def test_finds_those_streams_closed_that_the_caller_closed(self):
-        # 4 is the test's end of standard output, whatever becomes of 1.
+    def test_has_the_streams_closed_that_the_caller_closed(self):
+        # Descriptor 4 leads to the test even if descriptor 1 is closed.
         script = f"{TOOL} -o 1 -p 42; for n in 0 1 2 3; do test -e /proc/$$/fd/$n || echo $n >&4; done"
         slot = "\nPICPWR 42 DSTAT              = 00b\n"
         for closed, shown in (
@@ -204,8 +204,8 @@ class Command(SimTest):
         self.assertEqual(path[1:], ["/callers"])
         self.assertTrue(os.path.exists(path[0] + "/libhal.so.1"))
 
-    def test_several_tools_share_what_happens_once(self):
-        # The first of three runs meets the fault, whichever process that is.
+    def test_shares_a_fault_that_happens_once_among_its_tools(self):
+        # Only the first of three runs meets the fault.
         done = self.sim(
             "--fault", "named-read PICPWR_42_DSTAT once", "--fault", "raw-read 0x123E status 3",
             "sh", "-c", f"for i in 1 2 3; do {TOOL} -o 1 -p 42; done",
@@ -237,7 +237,7 @@ class Signals(SimTest):
         self.assertEqual(self.scratch.left_behind(), [])
 
     def test_of_the_terminal_reach_the_command_once(self):
-        # A terminal of our own, on which ^C is typed.
+        # The test types ^C on a terminal of its own.
         master, slave = os.openpty()
         script = "trap 'echo caught' INT; echo ready; sleep 1; echo over"
         process = subprocess.Popen(
@@ -255,17 +255,17 @@ class Signals(SimTest):
                 if b"ready" in output and not typed:
                     os.write(master, b"\x03")
                     typed = True
-        except OSError:  # the terminal is closed with its last process
+        except OSError:  # the terminal closes with its last process
             pass
         os.close(master)
         self.assertEqual(output.count(b"caught"), 1)
         self.assertEqual(process.wait(TIMEOUT_SECONDS), 0)
         self.assertEqual(self.scratch.left_behind(), [])
 
-    def test_that_kill_zolt_sim_take_command_and_directory_along(self):
+    def test_that_kill_zolt_sim_end_the_command_and_remove_the_directory(self):
         process = self.start("sh", "-c", "echo ready; exec sleep 60")
         process.kill()
-        self.assertEqual(process.stdout.read(), "")  # the command's end is gone too
+        self.assertEqual(process.stdout.read(), "")  # the command has ended, too
         self.assert_nothing_left()
 
 
@@ -332,7 +332,7 @@ class Refuses(SimTest):
 
 
 class Tells(SimTest):
-    def test_what_it_takes(self):
+    def test_its_options(self):
         done = self.sim("--help")
         self.assertEqual(done.returncode, 0)
         self.assertEqual(done.stderr, "")
@@ -342,7 +342,7 @@ class Tells(SimTest):
     def test_its_version(self):
         self.assertRegex(self.sim("--version").stdout, r"^zolt_sim \d+\.\d+\.\d+\n$")
 
-    def test_logs_start_empty_and_hold_wherever_the_command_goes(self):
+    def test_logs_that_start_empty_and_work_from_any_directory(self):
         self.scratch.file("calls", "from an earlier run\n")
         done = run(
             SIM, "--call-log", "calls", "sh", "-c", f"cd /; {TOOL} -o 1 -p 42",

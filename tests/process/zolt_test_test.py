@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""zolt_test as a process: pipes, closed streams, the end of input, other platform libraries."""
+"""Tests zolt_test as a process: pipes, closed streams, end of input, other platform libraries."""
 
 import os
 import pathlib
@@ -66,7 +66,7 @@ class Dialogue(unittest.TestCase):
         process.stdout.close()
         self.assertEqual(process.wait(TIMEOUT_SECONDS), -signal.SIGPIPE)
 
-    def test_an_answer_of_a_prompt_stays_0_at_the_end_of_input(self):
+    def test_the_answer_to_a_prompt_is_0_at_the_end_of_input(self):
         done = run(SIM, "--", TOOL, "-o", "6")
         self.assertTrue(done.stdout.startswith(ASK_ALL))
         self.assertEqual(done.returncode, 0)
@@ -74,7 +74,7 @@ class Dialogue(unittest.TestCase):
 
 class Streams(unittest.TestCase):
     def tool(self, redirection, *arguments):
-        """Runs the tool from a shell that redirects its streams."""
+        """Runs the tool in a shell that redirects its streams."""
         command = f'exec "$@" {redirection}'
         return run(SIM, "--", "sh", "-c", command, "sh", TOOL, *arguments)
 
@@ -86,7 +86,7 @@ class Streams(unittest.TestCase):
         done = self.tool(">/dev/full", "-o", "1", "-p", "1")
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
 
-    def test_closed_standard_input_is_at_its_end(self):
+    def test_closed_standard_input_counts_as_ended(self):
         done = self.tool("<&- | head -c 46", "-o", "1")
         self.assertEqual(done.stdout, ASK_ALL)
 
@@ -114,7 +114,7 @@ class Streams(unittest.TestCase):
 
 class Platform(unittest.TestCase):
     def test_other_libraries_of_the_same_contract_need_no_linking(self):
-        # Tiny libraries in which every slot has DSTAT 3, and every raw register reads its address.
+        # In these libraries each DSTAT is 3, and a raw register holds the low byte of its address.
         done = run(
             TOOL, "-o", "1", "-p", "2", env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM)
         )
@@ -186,7 +186,7 @@ Bay ID            = 0
                 input="1\n62\n100\n",
                 env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
             )
-            # What is not flushed goes down with the program; the menu and the prompt are.
+            # Unflushed text is lost with the program. The menu and the prompt have been flushed.
             self.assertEqual(done.stdout, "" if arguments else MAIN_MENU + ASK_ALL)
             self.assertEqual(done.returncode, -signal.SIGABRT)
 
@@ -227,7 +227,7 @@ Bay ID            = 0
         self.assertEqual(told("-o", "11"), ("", 128 + signal.SIGABRT))
 
     def test_registers_open_no_socket_and_no_device(self):
-        # The kernel's own account of the process. A leak checker cannot run beside strace.
+        # strace shows the calls that reach the kernel. A leak checker cannot run under strace.
         done = run(
             SIM, "--",
             "strace", "-f", "-e", "trace=socket,connect,openat", "-o", "/dev/stderr",
@@ -237,7 +237,7 @@ Bay ID            = 0
         self.assertEqual(done.stdout, SLOT_42)
         self.assertNotIn("socket(", done.stderr)
         self.assertNotIn("connect(", done.stderr)
-        self.assertIn("openat(", done.stderr)  # the account is there
+        self.assertIn("openat(", done.stderr)  # strace did trace the process
         self.assertNotIn("/dev/i2c", done.stderr)
 
 

@@ -48,7 +48,7 @@ TEST(Arguments, helpAndVersionNeedNoCommand) {
     EXPECT_TRUE(parse({"--version"}).version);
 }
 
-TEST(Arguments, saysWhatIsWrong) {
+TEST(Arguments, refusesWithAReason) {
     const std::pair<std::vector<const char*>, const char*> cases[] = {
         {{}, "there is no command to run"},
         {{"--board", "x"}, "there is no command to run"},
@@ -63,7 +63,7 @@ TEST(Arguments, saysWhatIsWrong) {
     for (const auto& [words, reason] : cases) {
         try {
             (void)parse(words);
-            ADD_FAILURE() << "taken: " << reason;
+            ADD_FAILURE() << "accepted: " << reason;
         } catch (const ArgumentsError& error) {
             EXPECT_STREQ(error.what(), reason);
         }

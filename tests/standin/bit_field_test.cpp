@@ -10,8 +10,8 @@ namespace {
 struct Placement {
     BitField field;
     std::uint32_t value;
-    Bytes inZeros; ///< the record of zeros with the value in it
-    Bytes inOnes;  ///< the record of ones with the value in it
+    Bytes inZeros; ///< a record of zeros after encoding
+    Bytes inOnes;  ///< a record of ones after encoding
 };
 
 const Placement placements[] = {
@@ -25,7 +25,7 @@ const Placement placements[] = {
     {BitField::littleEndian("x", 0, 2), 0x2C5, {0xC5, 0x02, 0}, {0xC5, 0xFE, 0xFF}},
 };
 
-TEST(BitField, putsItsBitsAndNoOther) {
+TEST(BitField, encodesOnlyItsOwnBits) {
     for (const Placement& placement : placements) {
         Bytes zeros(3);
         Bytes ones(3, 0xFF);
@@ -36,7 +36,7 @@ TEST(BitField, putsItsBitsAndNoOther) {
     }
 }
 
-TEST(BitField, takesItsBitsAndNoOther) {
+TEST(BitField, decodesOnlyItsOwnBits) {
     for (const Placement& placement : placements) {
         EXPECT_EQ(placement.field.decode(placement.inZeros), placement.value);
         EXPECT_EQ(placement.field.decode(placement.inOnes), placement.value);
@@ -51,7 +51,7 @@ TEST(BitField, knowsItsHighestValue) {
     EXPECT_EQ(BitField::littleEndian("x", 0, 2).highest(), 0x3FFU);
 }
 
-TEST(BitField, tableFillsWhatItGivesAndLeavesTheRest) {
+TEST(BitField, tableSetsItsKeysAndLeavesTheOtherFields) {
     constexpr BitField fields[] = {
         BitField::bit("flag", 0, 0),
         BitField::bit("other_flag", 0, 1),

@@ -122,7 +122,7 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         {"[hal.OTHER]", "b.toml:1: hal: 'OTHER' is not a key here"},
         {"[override.named]\nX = 1\n[override.rwa]\n",
          "b.toml:3: override: 'rwa' is not a key here; did you mean 'raw'?"},
-        // what cannot be together
+        // contradictions
         {"[[slot]]\nid = 7\n\n[[slot]]\nid = 7",
          "b.toml:5: slot: 7 is described already, at line 2"},
         {"[[slot]]\nid = 1\npayload = '" + repeated("00 ", 248) + "'",
@@ -147,8 +147,8 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
     }
 }
 
-// What is no TOML is told in the parser's own words, behind the place.
-TEST(BoardLoader, refusesWhatIsNoToml) {
+// The message for invalid TOML is the place, followed by the parser's own words.
+TEST(BoardLoader, refusesInvalidToml) {
     const std::pair<const char*, const char*> cases[] = {
         {"name = \n", "b.toml:1: Error while parsing"},
         {"\n\n[[slot]\n", "b.toml:3: Error while parsing"},
@@ -160,7 +160,7 @@ TEST(BoardLoader, refusesWhatIsNoToml) {
     }
 }
 
-TEST(BoardLoader, limitsThemselvesAreTaken) {
+TEST(BoardLoader, acceptsValuesAtTheLimits) {
     const Board board = parseBoard("[[slot]]\nid = 1\npayload = '" + repeated("FF ", 247) +
                                        "'\n[[slot]]\nid = 2\npayload_offset = 24573\n"
                                        "payload = [1, 2]\n[override.raw]\n0xFFFE = [1, 2]\n",

@@ -1,4 +1,4 @@
-// What one client may send, and what it gets.
+// Tests the bus server's side of one client: the client's requests and the replies.
 #include "standin/i2c_bus/server/bus_connection.h"
 
 #include "standin/i2c_bus/server/bus_state.h"
@@ -44,7 +44,7 @@ Bytes reply(std::int32_t result, const Bytes& rest = {}) {
     return bytes;
 }
 
-const Bytes refusal = reply(-EPROTO); // of what is no request
+const Bytes refusal = reply(-EPROTO); // reply to an invalid request
 
 class Connection : public testing::Test {
 protected:
@@ -68,7 +68,7 @@ protected:
     BusConnection connection_{state_.core(), log_};
 };
 
-TEST_F(Connection, opensFirstAndOnce) {
+TEST_F(Connection, anOpenRequestComesFirstAndOnce) {
     EXPECT_EQ(answer(transfer({{0x50, 0, 1}}, {0})), refusal);
     EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), refusal);
     EXPECT_EQ(answer(request(WIRE_OPEN, 6)), reply(-ENOENT));
@@ -76,7 +76,7 @@ TEST_F(Connection, opensFirstAndOnce) {
     EXPECT_EQ(answer(request(WIRE_OPEN, 5)), refusal);
 }
 
-TEST_F(Connection, aLookOpensNothing) {
+TEST_F(Connection, aLookRequestOpensNoBus) {
     const BusCoreFault busy{
         .bus = 8, .operation = BUS_CORE_OPEN, .anySelector = true, .selector = 0, .error = EBUSY};
     ASSERT_EQ(busCoreAddFault(&state_.core(), &busy), 0);
@@ -101,12 +101,12 @@ TEST_F(Connection, aTransferReadsAndWrites) {
     EXPECT_EQ(answer(transfer({{0x50, 0, 0}}, {})), reply(1));
 }
 
-TEST_F(Connection, aFailureHoldsNothingElse) {
+TEST_F(Connection, aFailureHasNoData) {
     open();
     EXPECT_EQ(answer(transfer({{0x50, I2C_M_RD, 2}, {0x33, I2C_M_RD, 2}}, {})), reply(-ENXIO));
 }
 
-TEST_F(Connection, aTransferThatIsNotWhatItSaysIsNone) {
+TEST_F(Connection, aTransferOfAWrongLengthIsRefused) {
     open();
     const Bytes fitting = transfer({{0x50, 0, 1}, {0x50, I2C_M_RD, 2}}, {1});
     for (std::size_t length = 0; length < fitting.size(); ++length) {
@@ -122,7 +122,7 @@ TEST_F(Connection, aTransferThatIsNotWhatItSaysIsNone) {
     EXPECT_EQ(answer(fitting), reply(2, {11, 12}));
 }
 
-TEST_F(Connection, aTransferHasBounds) {
+TEST_F(Connection, aTransferIsLimited) {
     open();
     EXPECT_EQ(answer(transfer({}, {})), refusal);
     const std::vector<WireMessage> most(42, {0x50, I2C_M_RD, 8192});
@@ -145,7 +145,7 @@ TEST_F(Connection, unknownRequestsAreRefused) {
     EXPECT_EQ(answer(request(WIRE_SMBUS, 0)), refusal);
 }
 
-TEST_F(Connection, anAddressMayBeTakenByANode) {
+TEST_F(Connection, anAddressWithANodeIsBusyUnlessForced) {
     open();
     EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), reply(0));
     EXPECT_EQ(answer(request(WIRE_SLAVE, 0x51)), reply(-EBUSY));
@@ -196,7 +196,7 @@ TEST_F(Connection, controlTransactionsAndNoOthersAreLogged) {
                           "/dev/i2c-5 control [0x0000 0x0080 2: AA BB] -> -90 EMSGSIZE"}));
 }
 
-TEST_F(Connection, nothingThatItIsSentHarmsIt) {
+TEST_F(Connection, randomRequestsDoNoHarm) {
     std::mt19937 random(1);
     const auto below = [&](std::uint32_t limit) {
         return static_cast<std::uint32_t>(random() % limit);

@@ -1,4 +1,4 @@
-// The bus driver's behaviour, message by message.
+// Tests the core of the bus driver without a server.
 #include "standin/i2c_bus/core/bus_core.h"
 
 #include "tests/standin/control_request.h"
@@ -32,7 +32,7 @@ protected:
         return result;
     }
 
-    // The bus number of an index node that is to be created.
+    // Creates an index node and returns its bus number.
     [[nodiscard]] std::uint32_t indexNode(std::uint32_t index, const std::string& type) const {
         ControlRequest request = createNode(index, 0, type, "");
         EXPECT_EQ(send(request), 2);
@@ -90,7 +90,7 @@ TEST_F(BusCoreTest, fullTablesRefuseMore) {
         ASSERT_EQ(busCoreSetProperty(core(), 5, 0, id, id), 0);
     }
     EXPECT_EQ(busCoreSetProperty(core(), 5, 0, 0xFFFF, 1), -ENOSPC);
-    EXPECT_EQ(busCoreSetProperty(core(), 5, 0, 3, 33), 0); // in its place
+    EXPECT_EQ(busCoreSetProperty(core(), 5, 0, 3, 33), 0); // replaces the old value
     EXPECT_EQ(query(5, 0, 3, 33), 2);
 
     const BusCoreFault fault{
@@ -101,7 +101,7 @@ TEST_F(BusCoreTest, fullTablesRefuseMore) {
     EXPECT_EQ(busCoreAddFault(core(), &fault), -ENOSPC);
 }
 
-TEST_F(BusCoreTest, aDeviceNodeThatCannotBeIsRefusedAsSuchWithoutRoomToo) {
+TEST_F(BusCoreTest, anInvalidDeviceNodeHasItsOwnErrorEvenInAFullTable) {
     ASSERT_EQ(busCoreAddDeviceNode(core(), 5, 0x50, 0, "PUCK"), 0);
     for (std::uint32_t id = 0; core()->propertyCount < BUS_CORE_PROPERTIES; ++id) {
         ASSERT_EQ(busCoreSetProperty(core(), 5, 0, id, id), 0);
@@ -121,7 +121,7 @@ TEST_F(BusCoreTest, noRoomForANodesPropertiesCreatesNothing) {
     EXPECT_EQ(core()->deviceCount, 0);
 }
 
-TEST_F(BusCoreTest, whatNeedsNoRoomForPropertiesIsDoneWithoutIt) {
+TEST_F(BusCoreTest, aNodeIsCreatedAsLongAsItsPropertiesFit) {
     const std::uint32_t node = indexNode(1, "PUCK");
     for (std::uint32_t id = 100; core()->propertyCount < BUS_CORE_PROPERTIES - 1; ++id) {
         ASSERT_EQ(busCoreSetProperty(core(), 5, 0, id, id), 0);
@@ -190,7 +190,7 @@ TEST_F(BusCoreTest, aPropertyThatCouldNotBeQueriedIsNotPassedOn) {
     EXPECT_EQ(query(6, 0, 10, 0x22), 2);
 }
 
-TEST_F(BusCoreTest, anIndexNodeThatIsThereIsUsed) {
+TEST_F(BusCoreTest, anExistingIndexNodeIsUsedAgain) {
     const std::uint32_t first = indexNode(3, "PUCK");
     ControlRequest again = createNode(3, 0, "PUCK", "");
     EXPECT_EQ(send(again), 2);
@@ -204,7 +204,7 @@ TEST_F(BusCoreTest, anIndexNodeThatIsThereIsUsed) {
     EXPECT_EQ(elsewhere.replyWord(4), first + 4);
 }
 
-TEST_F(BusCoreTest, busNumbersEndWhereMinorNumbersDo) {
+TEST_F(BusCoreTest, busNumbersEndAtTheHighestBus) {
     ASSERT_EQ(busCoreAddBus(core(), BUS_CORE_HIGHEST_BUS), 0);
     EXPECT_EQ(send(createNode(3, 0, "PUCK", "")), -ENOSPC);
 }
@@ -246,7 +246,7 @@ TEST_F(BusCoreTest, aDeviceNodeNamesItsBusAndAnAddressOfSevenBits) {
     EXPECT_EQ(send(createNode(3, 0x01, "PUCK", "/dev/i2c-0"), 0), 2);
 }
 
-TEST_F(BusCoreTest, aTextOfARecordEndsWithinItsField) {
+TEST_F(BusCoreTest, aTextWithoutATerminatorIsRefused) {
     EXPECT_EQ(send(createNode(3, 0, "SIXTEEN LETTERS!", "")), -EINVAL);
     EXPECT_EQ(send(createNode(3, 0x50, "PUCK", "/dev/i2c-5000000")), -EINVAL);
     EXPECT_EQ(send(createNode(3, 0, "FIFTEEN LETTERS", "")), 2);
@@ -260,7 +260,7 @@ TEST_F(BusCoreTest, aTextOfARecordEndsWithinItsField) {
     EXPECT_EQ(query(5, 0, 8, 2), 2);
 }
 
-TEST_F(BusCoreTest, whatStandsBehindATextIsNotPartOfIt) {
+TEST_F(BusCoreTest, bytesBehindATextAreIgnored) {
     ControlRequest request = createNode(3, 0, "PUCK", "");
     request.record[78 + 10] = 'X';
     EXPECT_EQ(send(request), 2);
@@ -281,7 +281,7 @@ TEST_F(BusCoreTest, aRemovedDeviceIsGoneWithItsProperties) {
     EXPECT_EQ(send(createNode(3, 0x50, "PUCK", "/dev/i2c-5")), 2);
 }
 
-TEST_F(BusCoreTest, aDeviceWithMemoryStaysWithoutItsNode) {
+TEST_F(BusCoreTest, aDeviceWithMemoryOutlivesItsNode) {
     std::uint8_t memory[4] = {1, 2, 3, 4};
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, memory, 4, 1, false), 0);
     EXPECT_EQ(send(removeDevice(0x50)), -ENODEV);
@@ -305,7 +305,7 @@ TEST_F(BusCoreTest, aRecoveryHoldsTheClockFromItsSecondStepToItsThird) {
     EXPECT_EQ(send(recoverBus(99)), -EINVAL);
 }
 
-TEST_F(BusCoreTest, aRequestOfAnotherShapeIsRefused) {
+TEST_F(BusCoreTest, aMalformedRequestIsRefused) {
     struct Case {
         const char* what;
         int error;
@@ -346,7 +346,7 @@ TEST_F(BusCoreTest, aRequestOfAnotherShapeIsRefused) {
     EXPECT_EQ(send(twice), -EINVAL);
 }
 
-TEST_F(BusCoreTest, theFlagThatAKernelAddsChangesNothing) {
+TEST_F(BusCoreTest, theDmaSafeFlagIsIgnored) {
     ASSERT_EQ(busCoreSetProperty(core(), 5, 0, 8, 7), 0);
     ControlRequest request = getProperty(0, 8);
     request.messages[0].flags |= I2C_M_DMA_SAFE;
@@ -355,7 +355,7 @@ TEST_F(BusCoreTest, theFlagThatAKernelAddsChangesNothing) {
     EXPECT_EQ(request.replyWord(0), 7);
 }
 
-TEST_F(BusCoreTest, messageCountsHaveBounds) {
+TEST_F(BusCoreTest, messageCountIsLimited) {
     std::vector<i2c_msg> messages(43, i2c_msg{.addr = 0x50, .flags = 0, .len = 0, .buf = nullptr});
     std::uint8_t memory = 0;
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
@@ -388,10 +388,10 @@ TEST_F(Plain, aDevicesMemoryIsReadFromItsPointerOn) {
     std::uint8_t memory[4] = {10, 11, 12, 13};
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, memory, 4, 1, false), 0);
     EXPECT_EQ(read(2), (Bytes{10, 11}));
-    EXPECT_EQ(read(3), (Bytes{12, 13, 10})); // it goes round
+    EXPECT_EQ(read(3), (Bytes{12, 13, 10})); // the pointer wraps
     EXPECT_EQ(write({3}), 1);
     EXPECT_EQ(read(2), (Bytes{13, 10}));
-    EXPECT_EQ(write({}), 1); // addresses the device and no more
+    EXPECT_EQ(write({}), 1); // writes neither pointer nor memory
     EXPECT_EQ(read(1), (Bytes{11}));
 }
 
@@ -414,16 +414,16 @@ TEST_F(Plain, aPointerOfTwoBytesBeginsWithTheHighOne) {
     EXPECT_EQ(read(1), Bytes{7});
     EXPECT_EQ(write({1, 3, 8}), 1);
     EXPECT_EQ(memory[0x103], 8);
-    EXPECT_EQ(write({0xFF, 0xFF, 9}), 1); // beyond its size
+    EXPECT_EQ(write({0xFF, 0xFF, 9}), 1); // the pointer wraps at the size
     EXPECT_EQ(memory[0x1FF], 9);
 }
 
-TEST_F(Plain, noDeviceAnswersForAnother) {
+TEST_F(Plain, onlyTheAddressedDeviceAnswers) {
     std::uint8_t memory = 0;
     ASSERT_EQ(busCoreAddDeviceNode(core(), 5, 0x52, 0, ""), 0);
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
     EXPECT_EQ(write({0}, 0x51), -ENXIO);
-    EXPECT_EQ(write({0}, 0x52), -ENXIO); // a node, but nothing behind it
+    EXPECT_EQ(write({0}, 0x52), -ENXIO); // a node without a device
     i2c_msg tenBits{.addr = 0x50, .flags = I2C_M_TEN, .len = 0, .buf = nullptr};
     EXPECT_EQ(busCoreTransfer(core(), 5, &tenBits, 1), -EOPNOTSUPP);
     i2c_msg safe{.addr = 0x50, .flags = I2C_M_RD | I2C_M_DMA_SAFE, .len = 1, .buf = &memory};
@@ -447,14 +447,14 @@ protected:
     }
 };
 
-TEST_F(Faults, aBusMayNotOpen) {
+TEST_F(Faults, aFaultKeepsItsBusFromOpening) {
     ASSERT_EQ(busCoreAddBus(core(), 6), 0);
     add(BUS_CORE_OPEN, EACCES);
     EXPECT_EQ(busCoreOpen(core(), 5), -EACCES);
     EXPECT_EQ(busCoreOpen(core(), 6), 0);
 }
 
-TEST_F(Faults, aCommandFailsOnItsBusAndChangesNothing) {
+TEST_F(Faults, aFaultyCommandFailsOnItsBusAndChangesNothing) {
     ASSERT_EQ(busCoreAddBus(core(), 6), 0);
     add(CONTROL_CREATE_NODE, EIO);
     EXPECT_EQ(send(createNode(3, 0, "PUCK", "")), -EIO);
@@ -462,7 +462,7 @@ TEST_F(Faults, aCommandFailsOnItsBusAndChangesNothing) {
     EXPECT_EQ(send(createNode(3, 0, "PUCK", ""), 6), 2);
 }
 
-TEST_F(Faults, aSelectorStrikesOneKind) {
+TEST_F(Faults, aSelectorLimitsAFaultToOneValue) {
     ASSERT_EQ(busCoreAddDeviceNode(core(), 5, 0x50, 0, ""), 0);
     for (const std::uint32_t id : {8U, 10U}) {
         ASSERT_EQ(busCoreSetProperty(core(), 5, 0, id, id), 0);
@@ -487,7 +487,7 @@ TEST_F(Faults, aSelectorStrikesOneKind) {
     EXPECT_EQ(send(recoverBus(98)), 1);
 }
 
-TEST_F(Faults, theLastOneThatFitsHolds) {
+TEST_F(Faults, theLastMatchingFaultWins) {
     add(CONTROL_RECOVER_BUS, 97, EIO);
     add(CONTROL_RECOVER_BUS, EBUSY);
     add(CONTROL_RECOVER_BUS, 98, EPERM);
@@ -496,7 +496,7 @@ TEST_F(Faults, theLastOneThatFitsHolds) {
     EXPECT_EQ(send(recoverBus(98)), -EPERM);
 }
 
-TEST_F(Faults, aPlainMessageMayFailByItsAddress) {
+TEST_F(Faults, aPlainMessageFailsByItsAddress) {
     std::uint8_t memory = 0;
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
     ASSERT_EQ(busCoreAddMemory(core(), 5, 0x51, &memory, 1, 1, false), 0);
@@ -507,7 +507,7 @@ TEST_F(Faults, aPlainMessageMayFailByItsAddress) {
     EXPECT_EQ(busCoreTransfer(core(), 5, &message, 1), 1);
 }
 
-TEST_F(Faults, aRequestOfAnotherShapeFailsForItsShape) {
+TEST_F(Faults, aMalformedRequestKeepsItsOwnError) {
     add(CONTROL_RECOVER_BUS, EIO);
     ControlRequest request = recoverBus(96);
     request.messages[0].len = 163;

@@ -15,7 +15,7 @@ namespace {
 
 using zolt::test::PrivateDirectory;
 
-// 0 when a client gets a name on the bus, a negative errno otherwise.
+// Connects a client. Returns 0 if it gets a name on the bus, otherwise a negative errno.
 int connect(const std::string& address) {
     sd_bus* bus = nullptr;
     (void)sd_bus_new(&bus);
@@ -42,14 +42,14 @@ pid_t processOf(const std::filesystem::path& directory) {
     return 0;
 }
 
-TEST(BusDaemon, takesConnectionsAsSoonAsItIsThere) {
+TEST(BusDaemon, acceptsConnectionsOnceItIsConstructed) {
     const PrivateDirectory directory;
     const BusDaemon daemon(directory.path());
     EXPECT_EQ(daemon.address(), "unix:path=" + (directory.path() / "bus").string());
     EXPECT_EQ(connect(daemon.address()), 0);
 }
 
-TEST(BusDaemon, sitsInAProcessGroupOfItsOwn) {
+TEST(BusDaemon, hasAProcessGroupOfItsOwn) {
     const PrivateDirectory directory;
     const BusDaemon daemon(directory.path());
     const pid_t process = processOf(directory.path());
@@ -57,14 +57,14 @@ TEST(BusDaemon, sitsInAProcessGroupOfItsOwn) {
     EXPECT_EQ(getpgid(process), process);
 }
 
-TEST(BusDaemon, isGoneAfterItsEnd) {
+TEST(BusDaemon, isGoneOnceItIsStopped) {
     const PrivateDirectory directory;
     BusDaemon daemon(directory.path());
     const pid_t process = processOf(directory.path());
     daemon.stop();
     EXPECT_EQ(kill(process, 0), -1);
     EXPECT_EQ(connect(daemon.address()), -ECONNREFUSED);
-    daemon.stop(); // and a second time
+    daemon.stop(); // a second stop does nothing
 }
 
 TEST(BusDaemon, canBeStartedAgainInItsPlace) {
@@ -83,7 +83,7 @@ TEST(BusDaemon, directoryMayHaveAnyName) {
     EXPECT_EQ(connect(daemon.address()), 0);
 }
 
-TEST(BusDaemon, complainsInTheDaemonsWords) {
+TEST(BusDaemon, reportsAFailedStartInTheDaemonsWords) {
     const PrivateDirectory directory;
     try {
         const BusDaemon daemon(directory.path(), "<nonsense/>");
@@ -96,7 +96,7 @@ TEST(BusDaemon, complainsInTheDaemonsWords) {
     }
 }
 
-TEST(BusDaemon, complainsWhenThereIsNoDaemon) {
+TEST(BusDaemon, reportsAMissingDaemon) {
     const PrivateDirectory directory;
     const std::string path = getenv("PATH");
     setenv("PATH", "/nonexistent", 1);
@@ -109,7 +109,7 @@ TEST(BusDaemon, complainsWhenThereIsNoDaemon) {
     setenv("PATH", path.c_str(), 1);
 }
 
-TEST(BusDaemon, complainsOfADirectoryThatIsNone) {
+TEST(BusDaemon, reportsAMissingDirectory) {
     EXPECT_THROW(BusDaemon("/nonexistent"), std::runtime_error);
 }
 

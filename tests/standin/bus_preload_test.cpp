@@ -1,4 +1,4 @@
-// Whole programs on the stand-in's buses: what the preload library makes of their calls.
+// Runs whole programs on the stand-in's buses, through the preload library.
 #include "standin/i2c_bus/wire.h"
 #include "tests/standin/running_bus_server.h"
 
@@ -15,8 +15,8 @@
 namespace standin {
 namespace {
 
-// Where the build has put things. Without them nothing here may run: a redirection of a shell that
-// is not on the buses would make files in /dev.
+// Returns the path of a file that the build names in the environment. Without these files no test
+// may run: the redirections of a shell without the preload library would create files in /dev.
 std::string fromEnvironment(const char* name) {
     const char* const value = std::getenv(name);
     if (value == nullptr || access(value, R_OK) != 0) {
@@ -45,14 +45,14 @@ BusState boardWithEeprom() {
 
 class Preload : public testing::Test {
 protected:
-    // What a shell command prints on both its outputs, and its exit status behind it.
+    // Runs a shell command. Returns the text of both its outputs, followed by its exit status.
     [[nodiscard]] std::string run(const std::string& command) const {
         return shell(WIRE_ENVIRONMENT "=" + server_.socket(), command);
     }
-    // The shell itself is a program on the buses, too.
+    // The shell itself runs on the buses, too.
     [[nodiscard]] static std::string shell(const std::string& variable,
                                            const std::string& command) {
-        // An instrumented program wants its runtime in front; ours need not come behind it.
+        // AddressSanitizer demands to come before any preload library, unless told otherwise.
         setenv("ON_THE_BUSES", ("exec 2>&1; " + command).c_str(), 1);
         FILE* const pipe =
             popen(("exec env ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=" +
@@ -79,7 +79,8 @@ protected:
     RunningBusServer server_{boardWithEeprom()};
 };
 
-// What the probe says when every name gives the same; the names that create files may be left out.
+// Returns the open probe's output if every function has this outcome. The functions that create
+// files are left out unless @p creates is true.
 std::string everyName(const std::string& outcome, bool creates = true) {
     std::string text;
     for (const char* const name : {"open", "open64", "__open", "__open64", "__open_2", "__open64_2",
@@ -94,7 +95,8 @@ std::string everyName(const std::string& outcome, bool creates = true) {
     return text + "[0]";
 }
 
-// What the probe that looks says when every name gives the same; access may be left out.
+// Returns the status probe's output if every function has this outcome. The functions that check
+// access are left out unless @p access is given.
 std::string everyLook(const std::string& outcome, const char* access = nullptr) {
     std::string text;
     for (const char* const name :
@@ -109,11 +111,11 @@ std::string everyLook(const std::string& outcome, const char* access = nullptr) 
     return text + "[0]";
 }
 
-TEST_F(Preload, everyWayToOpenABusGivesOne) {
+TEST_F(Preload, everyOpenFunctionOpensABus) {
     EXPECT_EQ(run(probe() + " /dev/i2c-5"), everyName("bus"));
 }
 
-TEST_F(Preload, theServersRefusalIsWhatEveryWayGives) {
+TEST_F(Preload, everyOpenFunctionFailsWithTheServersError) {
     EXPECT_EQ(run(probe() + " /dev/i2c-6"), everyName("Permission denied"));
     EXPECT_EQ(run(probe() + " /dev/i2c-7"), everyName("No such file or directory"));
 }
@@ -122,7 +124,7 @@ TEST_F(Preload, withoutAServerThereIsNoBus) {
     EXPECT_EQ(shell("", probe() + " /dev/i2c-5"), everyName("No such file or directory"));
 }
 
-TEST_F(Preload, whatIsNoBusIsLeftAlone) {
+TEST_F(Preload, otherPathsAreLeftAlone) {
     EXPECT_EQ(run(probe() + " /dev/null"), everyName("file"));
     for (const char* const path : {"/dev/i2c-", "/dev/i2c-05", "/dev/i2c-5x", "/dev/i2c--1",
                                    "/dev/i2c-99999999999", "/dev/i2c/5"}) {
@@ -138,7 +140,7 @@ TEST_F(Preload, aBusIsNeitherADirectoryNorNew) {
     const auto creating = [](int bus) {
         return "dd of=/dev/i2c-" + std::to_string(bus) + " conv=excl count=0 status=none";
     };
-    for (const int bus : {5, 6}) { // whether it opens or not
+    for (const int bus : {5, 6}) { // bus 5 opens, bus 6 does not
         const std::string failure = "dd: failed to open '/dev/i2c-" + std::to_string(bus) + "': ";
         EXPECT_EQ(run(reading(bus)), failure + "Not a directory\n[1]");
         EXPECT_EQ(run(creating(bus)), failure + "File exists\n[1]");
@@ -194,7 +196,7 @@ TEST_F(Preload, aFileOfABusReadsAndWritesADevice) {
     EXPECT_EQ(run("cat /dev/i2c-5"), "cat: /dev/i2c-5" + failure + "[1]");
 }
 
-TEST_F(Preload, aStreamOfABusWaitsForNothing) {
+TEST_F(Preload, readingABusAsAStreamDoesNotBlock) {
     const std::string reason = "/dev/i2c-5: Resource temporarily unavailable\n";
     EXPECT_EQ(run("sort /dev/i2c-5"), "sort: read failed: " + reason + "[2]");
 }
@@ -222,7 +224,7 @@ TEST_F(I2cTools, aTransferWritesTheEeprom) {
               "0x61 0x62 0xff\n[0]");
 }
 
-TEST_F(I2cTools, whereThereIsNoDeviceATransferFails) {
+TEST_F(I2cTools, aTransferWithoutADeviceOrBusFails) {
     EXPECT_EQ(tools("i2ctransfer -y 5 r1@0x51"),
               "Error: Sending messages failed: No such device or address\n[1]");
     EXPECT_EQ(tools("i2ctransfer -y 7 r1@0x50"),
@@ -298,8 +300,8 @@ TEST_F(Preload, theToolRecoversABus) {
                      "/dev/i2c-5 recover-bus mode=98 -> 1\n");
 }
 
-TEST_F(Preload, twoToolsAtOnceKeepTheStateWhole) {
-    // Each creates 30 nodes; every one is a bus of its own, and none is missing.
+TEST_F(Preload, twoToolsAtOnceCreateDifferentNodes) {
+    // Each tool creates 30 nodes. Every node has a bus of its own, and none is missing.
     const std::string creating =
         "for i in $(seq 30); do " + tool() + " -o 9 -d $1 -i $i -n 5 -t 80; done";
     EXPECT_EQ(run("create() { " + creating +

@@ -14,12 +14,12 @@ CpldContents contentsOf(const std::string& description) {
 }
 
 struct Described {
-    const char* description; ///< one instance, every field of it
+    const char* description; ///< an instance with all its fields
     std::map<std::string, Bytes> named;
     std::map<std::uint16_t, std::uint8_t> raw;
 };
 
-// The last instance of every class: it lies where base, distance and number put it.
+// The last instance of every class, which shows base and distance of the class, and a few others.
 const Described classes[] = {
     {"[[connector_1c]]\ncard_present = true\npayload_offset = 0x1234",
      {{"1C_CARD_PRES", {1}}, {"1C_CONNECTOR_PCARD_PAYLOAD_OFFSET", {0x34, 0x12}}},
@@ -128,7 +128,7 @@ TEST(ControlRegisters, someRegistersHaveNoName) {
     }
 }
 
-TEST(ControlRegisters, everyInstanceHasItsNamesDescribedOrNot) {
+TEST(ControlRegisters, everyInstanceHasItsNamesEvenIfNotDescribed) {
     const std::map<std::string, unsigned> lastInstances{
         {"DOWNSTREAM_KARN_", 2}, {"DOWNSTREAM_M.2_CARD_", 2}, {"DOWNSTREAM_TULM_", 2}};
     const CpldContents contents = contentsOf("");

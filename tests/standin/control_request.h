@@ -1,4 +1,4 @@
-// Control requests as a client puts them together.
+// Control requests as a client composes them.
 #pragma once
 
 #include "standin/i2c_bus/core/control_record.h"
@@ -41,7 +41,7 @@ struct ControlRequest {
                static_cast<std::uint32_t>(reply[offset + 3]) << 24;
     }
 
-    std::vector<std::uint8_t> record; // with room behind it, for a test that lies about its length
+    std::vector<std::uint8_t> record; // longer than a record, for tests that state a wrong length
     std::vector<std::uint8_t> reply;
     std::vector<i2c_msg> messages;
 };

@@ -33,7 +33,7 @@ TEST(CpldContents, slotYieldsItsRawBlock) {
     EXPECT_EQ(rawAt(contents, 0x1054, 14),
               (Bytes{0xE9, 0x2A, 4, 0x34, 0x12, 0, 1, 2, 3, 4, 5, 6, 7, 8}));
     EXPECT_EQ(rawAt(contents, 0x2A01 + 0x1234, 2), (Bytes{0xAA, 0xBB}));
-    // And nothing else.
+    // Every other byte is 0.
     EXPECT_EQ(std::ranges::count(contents.raw, 0), 0x10000 - 13 - 2);
 }
 

@@ -7,14 +7,14 @@
 namespace standin {
 namespace {
 
-TEST(FaultOrder, comesBehindThoseOfTheBoard) {
+TEST(FaultOrder, comesBehindTheFaultsOfTheBoard) {
     Board board = parseBoard("faults = ['raw-read 1']", "b");
     orderFault(board, "raw-read 2 once");
     EXPECT_EQ(board.faults,
               (std::vector{parseFaultRule("raw-read 1"), parseFaultRule("raw-read 2 once")}));
 }
 
-TEST(FaultOrder, takesWhateverMayBeAskedFor) {
+TEST(FaultOrder, acceptsFaultsThatCanHappen) {
     Board board = parseBoard("[override.named]\nNEW_NAME = 1", "b");
     for (const char* const text : {
              "named-read PICPWR_63_DSTAT",
@@ -37,7 +37,7 @@ TEST(FaultOrder, takesWhateverMayBeAskedFor) {
     EXPECT_EQ(board.faults.size(), 14U);
 }
 
-TEST(FaultOrder, refusesWhatCouldNeverStrike) {
+TEST(FaultOrder, refusesFaultsThatCanNeverHappen) {
     const std::pair<const char*, const char*> cases[] = {
         {"named-read PICPWR_64_DSTAT", "no register has a name like 'PICPWR_64_DSTAT'"},
         {"named-read PICPWR_X_DSTAT once", "no register has a name like 'PICPWR_X_DSTAT'"},
@@ -52,7 +52,7 @@ TEST(FaultOrder, refusesWhatCouldNeverStrike) {
     for (const auto& [text, reason] : cases) {
         try {
             orderFault(board, text);
-            ADD_FAILURE() << "taken: " << text;
+            ADD_FAILURE() << "accepted: " << text;
         } catch (const FaultRuleError& error) {
             EXPECT_STREQ(error.what(), reason) << text;
         }

@@ -62,7 +62,7 @@ TEST(FaultRule, everyKind) {
     }
 }
 
-TEST(FaultRule, saysWhatIsWrong) {
+TEST(FaultRule, refusesWithAReason) {
     const char* const kinds = "a fault begins with one of: named-read, raw-read, hal-object, "
                               "hal-read, bus, service, object, i2c-open, i2c-ioctl, sysinfo";
     const char* const noStatus =
@@ -122,7 +122,7 @@ TEST(FaultRule, saysWhatIsWrong) {
     for (const auto& [text, reason] : cases) {
         try {
             (void)parseFaultRule(text);
-            ADD_FAILURE() << "taken: " << text;
+            ADD_FAILURE() << "accepted: " << text;
         } catch (const FaultRuleError& error) {
             EXPECT_EQ(error.what(), reason) << text;
         }

@@ -1,6 +1,5 @@
 #!/usr/bin/env python3
-"""Says whether a static library needs nothing but itself and the memory functions that any kernel
-has, too."""
+"""Fails if a static library needs more than itself and the memory functions of any kernel."""
 
 import subprocess
 import sys

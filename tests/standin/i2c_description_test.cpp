@@ -16,7 +16,7 @@ TEST(I2cDescription, boardWithoutOneHasNoBusAndNoType) {
     EXPECT_TRUE(i2c.answers.empty());
 }
 
-TEST(I2cDescription, busesAndDevices) {
+TEST(I2cDescription, readsBusesAndDevices) {
     const I2cDescription i2c = read(R"(
 [[i2c.bus]]
 number = 1048575
@@ -69,7 +69,7 @@ number = 0
     EXPECT_EQ(bus.devices[3].properties, (I2cProperties{{0, 0}}));
 }
 
-TEST(I2cDescription, indexNodes) {
+TEST(I2cDescription, readsIndexNodes) {
     const I2cDescription i2c = read(R"(
 [[i2c.index_node]]
 device_type = "FTULM_FRU"
@@ -121,7 +121,7 @@ parent = 7
     EXPECT_EQ(i2c.indexNodes[1].subNodeCount, std::nullopt);
 }
 
-TEST(I2cDescription, answers) {
+TEST(I2cDescription, readsTheAnswersOfTypes) {
     using enum TypeAnswer::Root;
     I2cDescription i2c = read(R"(
 [[i2c.type]]
@@ -151,7 +151,7 @@ root = "empty"
     }
 }
 
-TEST(I2cDescription, whatCannotBeIsRefused) {
+TEST(I2cDescription, refusesWithFileLineAndReason) {
     const std::string bus = "[[i2c.bus]]\nnumber = 1\n";
     const std::string device = bus + "[[i2c.bus.device]]\n";
     const std::string node = "[[i2c.index_node]]\ndevice_type = 1\n";
@@ -203,7 +203,7 @@ TEST(I2cDescription, whatCannotBeIsRefused) {
     for (const auto& [description, reason] : cases) {
         try {
             (void)read(description);
-            ADD_FAILURE() << "taken: " << description;
+            ADD_FAILURE() << "accepted: " << description;
         } catch (const BoardError& error) {
             EXPECT_STREQ(error.what(), reason) << description;
         }

@@ -31,7 +31,7 @@ protected:
         return reader.value();
     }
 
-    // What a named read would deliver, or the status it would fail with.
+    // Returns the status and the bytes of a named read, or status -404 for an unknown name.
     static std::pair<std::int32_t, Bytes> named(const ImageReader& image, std::string_view name) {
         const ImageName* const entry = image.findName(name);
         if (entry == nullptr) {
@@ -73,7 +73,7 @@ TEST_F(Image, faultStrikesWhatItNames) {
     EXPECT_EQ(named(image, "PICPWR_1_DSTAT").first, 7);
 }
 
-TEST_F(Image, faultThatStrikesOnceDoesSoForAllMappings) {
+TEST_F(Image, faultThatStrikesOnceIsUsedUpForAllMappings) {
     const auto image = mapped("faults = ['named-read PICPWR_1_* once']");
     const auto other = ImageReader::map(path().c_str()).value();
     EXPECT_EQ(named(other, "PICPWR_1_DSTAT").first, -1);
@@ -82,7 +82,7 @@ TEST_F(Image, faultThatStrikesOnceDoesSoForAllMappings) {
     EXPECT_EQ(named(other, "PICPWR_1_DSTAT").first, 0);
 }
 
-TEST_F(Image, lastOfSeveralRulesHolds) {
+TEST_F(Image, lastMatchingRuleWins) {
     const auto image = mapped("faults = ['named-read * status 1', 'named-read PICPWR_1_* status 2',"
                               "'raw-read 0-9 status 3', 'raw-read 5 status 4']");
     EXPECT_EQ(named(image, "PICPWR_1_DSTAT").first, 2);
@@ -91,7 +91,7 @@ TEST_F(Image, lastOfSeveralRulesHolds) {
     EXPECT_EQ(image.strikeRaw(5, 1), 4);
 }
 
-TEST_F(Image, lastOfSeveralRulesHoldsForABlockThatTouchesThem) {
+TEST_F(Image, lastRuleThatABlockTouchesWins) {
     const auto image = mapped("faults = ['raw-read 3 status 1', 'raw-read 4 status 2',"
                               "'raw-read 2 status 3', 'raw-read 7 status 4', 'raw-read 6 once']");
     EXPECT_EQ(image.strikeRaw(3, 2), 2);
@@ -99,7 +99,7 @@ TEST_F(Image, lastOfSeveralRulesHoldsForABlockThatTouchesThem) {
     EXPECT_EQ(image.strikeRaw(3, 1), 1);
     EXPECT_EQ(image.strikeRaw(0, 2), 0);
     EXPECT_EQ(image.strikeRaw(6, 2), -1);
-    EXPECT_EQ(image.strikeRaw(6, 2), 0); // it still holds, and is over
+    EXPECT_EQ(image.strikeRaw(6, 2), 0); // the same rule wins, but is used up
     EXPECT_EQ(image.strikeRaw(7, 1), 4);
 }
 
@@ -135,7 +135,7 @@ TEST_F(Image, isNotWrittenOverAnotherFile) {
     EXPECT_THROW(writeImage({}, path()), std::system_error);
 }
 
-TEST_F(Image, whatIsNoWholeImageIsNotMapped) {
+TEST_F(Image, damagedOrMissingImageIsNotMapped) {
     EXPECT_FALSE(ImageReader::map(path().c_str()));
     writeImage({}, path());
     const auto size = std::filesystem::file_size(path());
@@ -149,7 +149,7 @@ TEST_F(Image, whatIsNoWholeImageIsNotMapped) {
     EXPECT_TRUE(damage(0, 'Z'));
     EXPECT_FALSE(damage(0, 'X')); // magic
     EXPECT_TRUE(damage(0, 'Z'));
-    EXPECT_FALSE(damage(offsetof(ImageHeader, names) + 7, '\x7F')); // more names than there is room
+    EXPECT_FALSE(damage(offsetof(ImageHeader, names) + 7, '\x7F')); // more names than fit
     EXPECT_TRUE(damage(offsetof(ImageHeader, names) + 7, '\0'));
     std::filesystem::resize_file(path(), size - 1);
     EXPECT_FALSE(ImageReader::map(path().c_str()));

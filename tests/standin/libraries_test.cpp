@@ -1,4 +1,4 @@
-// The stand-in's libraries through the contracts alone, over a board of the test's own.
+// Tests the stand-in's libraries through the platform's contracts, on a board of its own.
 #include "platform/cpld_driver.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"
@@ -24,7 +24,7 @@ constexpr const char* payloads = "PICPWR_PAYLOADS";
 
 std::string directory;
 
-// The libraries look for their board once, at the first call: it is there before any test runs.
+// Writes the board before any test runs: the libraries look for a board only at their first call.
 class Libraries : public testing::Environment {
 public:
     void SetUp() override {
@@ -65,7 +65,7 @@ BLOB = [9, 8, 7]
 
 const auto* const environment = testing::AddGlobalTestEnvironment(new Libraries);
 
-// What a log received since it was last asked for.
+// Returns the text that a log has received since the last call, and empties the log.
 std::string received(const std::string& log) {
     const std::string path = directory + "/" + log;
     std::ostringstream content;
@@ -92,7 +92,7 @@ TEST_F(StandinLibrary, namedReadAppendsAndTellsTheSize) {
     EXPECT_EQ(received("calls"), "ReadIO_Str BLOB = 0\n");
 }
 
-TEST_F(StandinLibrary, namedReadFails) {
+TEST_F(StandinLibrary, unknownOrFaultyNameFails) {
     EXPECT_EQ(ReadIO_Str("UNKNOWN", bytes_, &size_), -1);
     EXPECT_EQ(ReadIO_Str("PICPWR_2_DSTAT", bytes_, &size_), 7);
     EXPECT_TRUE(bytes_.empty());
@@ -122,7 +122,7 @@ TEST_F(StandinLibrary, blockReadIsWholeOrNothing) {
     EXPECT_EQ(cpld_read_block_device(block.data(), 0x2A11, 4, 1), 0);
     EXPECT_EQ(block, (std::array<std::uint8_t, 4>{1, 2, 3, 4}));
     block = {};
-    EXPECT_EQ(cpld_read_block_device(block.data(), 0x100E, 4, 1), 8); // touches 0x1010
+    EXPECT_EQ(cpld_read_block_device(block.data(), 0x100E, 4, 1), 8); // 0x1010 fails
     EXPECT_EQ(cpld_read_block_device(block.data(), 0xFFFE, 4, 1), -22);
     EXPECT_EQ(cpld_read_block_device(block.data(), 0x2A11, 4, 2), -22);
     EXPECT_EQ(cpld_read_block_device(block.data(), 0x2A11, 0, 1), -22);
@@ -138,7 +138,7 @@ TEST_F(StandinLibrary, blockReadIsWholeOrNothing) {
                                  "cpld_read_block_device 0x1012 2 1 = 0\n");
 }
 
-TEST_F(StandinLibrary, objectMissingOnceIsThereAtTheSecondAsk) {
+TEST_F(StandinLibrary, objectMissingOnceIsFoundAtTheSecondRequest) {
     EXPECT_EQ(HAL_cfgdata::ReadHALConfig("OTHER"), nullptr);
     EXPECT_EQ(HAL_cfgdata::ReadHALConfig(payloads), nullptr);
     const std::unique_ptr<HAL_cfgbase> object(HAL_cfgdata::ReadHALConfig(payloads));
@@ -148,7 +148,7 @@ TEST_F(StandinLibrary, objectMissingOnceIsThereAtTheSecondAsk) {
     bytes_ = {99, 99, 99};
     EXPECT_EQ(object->ReadIO(bytes_, 2, 0x12), 0); // index 0x12 is payload offset 0x11
     EXPECT_EQ(bytes_, (Bytes{2, 3}));
-    EXPECT_EQ(object->ReadIO(bytes_, 4, 0x11), 0); // more than it delivers at once
+    EXPECT_EQ(object->ReadIO(bytes_, 4, 0x11), 0); // more than most_bytes
     EXPECT_EQ(bytes_, (Bytes{1, 2, 3}));
     EXPECT_EQ(object->ReadIO(bytes_, 1, 0x5FFF), 0);
     EXPECT_EQ(object->ReadIO(bytes_, 2, 0x5FFF), -1);
@@ -166,7 +166,7 @@ TEST_F(StandinLibrary, debugLogWritesALine) {
     EXPECT_EQ(received("debug"), "5 273 [X]: ret= -3\n2 273 " + text.substr(0, 1023 - 6) + "\n");
 }
 
-TEST_F(StandinLibrary, logThatIsGoneFailsNothing) {
+TEST_F(StandinLibrary, missingLogFailsOnlyItsOwnCall) {
     setenv(debugLogVariable, (directory + "/gone").c_str(), 1);
     EXPECT_EQ(dlog_printf(5, 273, "lost"), -1);
     unsetenv(debugLogVariable);

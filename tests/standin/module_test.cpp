@@ -8,7 +8,7 @@
 namespace standin {
 namespace {
 
-// The only slot of a board, with a module of those keys. The first of them stands in line 4.
+// Returns the only slot of a board. Its module has these keys, the first of them in line 4.
 Slot slotWith(const std::string& module) {
     return parseBoard("[[slot]]\nid = 1\n[slot.module]\n" + module, "b.toml").slots.at(0);
 }
@@ -21,7 +21,7 @@ std::string repeated(const char* text, int count) {
     return all;
 }
 
-TEST(Module, withoutAKeyIsAHeaderWithItsLengthAndChecksum) {
+TEST(Module, withoutKeysIsAHeaderWithLengthAndChecksum) {
     const Slot slot = slotWith("");
     EXPECT_EQ(slot.payload, (Bytes{0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFE}));
     EXPECT_EQ(slot.oemArea, Bytes{});
@@ -133,10 +133,10 @@ TEST(Module, payloadIsAsLongAsItsEndPointsTake) {
     }
 }
 
-TEST(Module, lengthCountAndChecksumMayLie) {
+TEST(Module, lengthCountAndChecksumMayBeWrong) {
     EXPECT_EQ(slotWith("static_payload_size = 255\nnum_end_points = 31\nchecksum = 0x77").payload,
               (Bytes{0, 0, 0xFF, 0, 0, 0, 0, 0, 0, 0, 0, 0x1F, 0, 0, 0, 0x77}));
-    // The checksum fits the bytes that are there, lies and all.
+    // The checksum fits the bytes of the payload, the wrong length among them.
     EXPECT_EQ(slotWith("static_payload_size = 0\ndevice_class = 0x1B").payload,
               (Bytes{0, 0x1B, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE5}));
 }
@@ -167,7 +167,7 @@ data = "AA BB"
                                    0x36}));
 }
 
-TEST(Module, oemAreaMayLie) {
+TEST(Module, oemAreasSizeCountAndChecksumMayBeWrong) {
     EXPECT_EQ(slotWith("oem_descriptors = 0").oemArea, (Bytes{3, 0, 0xFD}));
     EXPECT_EQ(slotWith("oem_area_size = 0").oemArea, (Bytes{0, 0, 0}));
     EXPECT_EQ(slotWith("oem_area_size = 255\noem_descriptors = 200\noem_checksum = 9\n"
@@ -176,7 +176,7 @@ TEST(Module, oemAreaMayLie) {
               (Bytes{255, 200, 0, 0, 9}));
 }
 
-TEST(Module, longestOemAreaIsTaken) {
+TEST(Module, longestOemAreaIsAccepted) {
     // 2 bytes in front of the descriptor, 2 of its own, 250 of data, and the checksum.
     const Bytes area =
         slotWith("[[slot.module.oem]]\ntype = 4\ndata = '" + repeated("00 ", 250) + "'").oemArea;
@@ -196,7 +196,7 @@ TEST(Module, givesItsClassAndItsObjectToTheSlot) {
     EXPECT_EQ(lying.slots[0].moduleClass, 3);
 }
 
-TEST(Module, everyTypeOfTheServiceIsTaken) {
+TEST(Module, everyTypeOfTheServiceIsAccepted) {
     for (const char* const type : {"bp", "puck", "rfc", "riser", "ftulm", "karnRaid", "karnNonRaid",
                                    "rida", "flop", "bi", "battery"}) {
         EXPECT_EQ(slotWith("type = '" + std::string(type) + "'\nobject = 'x'").moduleType, type);
@@ -237,7 +237,7 @@ TEST(Module, refusesWithFileLineAndReason) {
         {"num_end_points = 32",
          "b.toml:4: module: 'num_end_points' must be a whole number from 0 to 31"},
         {"checksum = 256", "b.toml:4: module: 'checksum' must be a whole number from 0 to 255"},
-        // what the class does not have
+        // keys that the class does not have
         {"device_class = 0x1A\n[[slot.module.end_point]]",
          "b.toml:5: module: 'end_point' is not a key here"},
         {"device_class = 0x1A\n[slot.module.backplane]",
@@ -281,7 +281,7 @@ TEST(Module, refusesWithFileLineAndReason) {
         {"oem_checksum = 1", "b.toml:4: module: 'oem_checksum' is not a key here"},
         {"\n[[slot.module.oem]]\ntype = 4\ndata = '" + repeated("00 ", 251) + "'",
          "b.toml:5: module: the OEM area has more than 255 bytes"},
-        // its place among the service's objects
+        // its object on the service
         {"type = 'riser'", "b.toml:3: module: 'type' and 'object' go together"},
         {"object = 'x'", "b.toml:3: module: 'type' and 'object' go together"},
         {"type = 'Riser'\nobject = 'x'", "b.toml:4: module: 'Riser' is no type of the service"},
@@ -294,14 +294,14 @@ TEST(Module, refusesWithFileLineAndReason) {
     for (const auto& [module, message] : cases) {
         try {
             (void)slotWith(module);
-            ADD_FAILURE() << "taken: " << module;
+            ADD_FAILURE() << "accepted: " << module;
         } catch (const BoardError& error) {
             EXPECT_STREQ(error.what(), message) << module;
         }
     }
 }
 
-TEST(Module, standsAloneInItsSlot) {
+TEST(Module, refusesBytesBesideItAndAPlaceBehindTheBlock) {
     const std::pair<const char*, const char*> cases[] = {
         {"[[slot]]\nid = 1\npayload = [1]\n[slot.module]",
          "b.toml:4: slot: has a module, and bytes in its place"},

@@ -1,7 +1,7 @@
-// Opens a path by every name that the C library has for it, and says what each gave: "bus" for a
-// descriptor that answers as an I2C bus, "file" for any other, "nothing" for one that is to be an
-// I2C bus but has no device, or the error. Without a path it asks the descriptor on standard input,
-// which another program has opened.
+// Opens a path with every function of the C library that opens files, and prints the outcome of
+// each: "bus" for a descriptor that answers as an I2C bus, "nothing" for one that fails as an I2C
+// bus without a device, "file" for any other, or the error. Without a path the probe checks
+// standard input, which another program has opened.
 #undef _FILE_OFFSET_BITS
 #undef _FORTIFY_SOURCE
 
@@ -59,7 +59,7 @@ int main(int argc, char* argv[]) {
     tell("openat64", openat64(-1, path, O_RDWR));
     tell("__openat_2", __openat_2(AT_FDCWD, path, O_RDWR));
     tell("__openat64_2", __openat64_2(AT_FDCWD, path, O_RDWR));
-    if (argc == 2) { // otherwise it is a path where a file must not come to be
+    if (argc == 2) { // with a second argument the path must not be created
         tell("creat", creat(path, 0600));
         tell("creat64", creat64(path, 0600));
     }

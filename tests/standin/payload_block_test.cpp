@@ -63,7 +63,7 @@ payload_offset = 10
     EXPECT_EQ(board.rawOverrides.at(0x2A0B), 9);
 }
 
-TEST(PayloadBlock, refusesWhatFindsNoRoom) {
+TEST(PayloadBlock, refusesPayloadsWithoutRoom) {
     const std::pair<const char*, const char*> cases[] = {
         {"[[slot]]\nid = 1\npayload_offset = 24574\npayload = [1, 2]",
          "b.toml:4: slot: 'payload' at offset 24574 runs past the payload block's 24575 bytes"},

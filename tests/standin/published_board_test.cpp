@@ -30,7 +30,7 @@ std::string text(const Value& value) {
     return std::visit(Texts{}, value.content);
 }
 
-// An interface of an object as lines "NAME SIGNATURE VALUE"; none when it is not published.
+// Returns an interface of an object as lines "NAME SIGNATURE VALUE", or "not published".
 std::string published(const ServiceModel& model, const std::string& path,
                       const std::string& interface) {
     for (const PublishedInterface& each : model.interfaces) {
@@ -50,7 +50,7 @@ ServiceModel publish(const std::string& description) {
     return publishBoard(parseBoard(description, "b"));
 }
 
-// A module with the given fields in its payload.
+// Returns the description of a slot with a module of this type and class.
 std::string module(const std::string& type, int deviceClass) {
     return "[[slot]]\nid = 7\n[slot.module]\ntype = '" + type + "'\nobject = 'one'\n" +
            "format_version = 3\ndevice_class = " + std::to_string(deviceClass) +
@@ -69,7 +69,7 @@ TEST(PublishedBoard, cardHasFourEndPointsWhateverItsPayloadHas) {
               "EndPoint3 (yyyyyy) [0 0 0 0 0 0]\nchecksum y 62\n");
 }
 
-TEST(PublishedBoard, puckAndFanControllerHaveNamesOfTheirOwn) {
+TEST(PublishedBoard, puckAndFanControllerHavePropertyNamesOfTheirOwn) {
     const std::string properties =
         "StaticPaylodSize y 2\nDeviceId q 4660\nVendorId q 11\nDeviceVer y 2\nNumPwires y 87\n"
         "TargetI2cGpioDevType y 96\nTargetI2cGpioDevAddr y 80\n";
@@ -90,8 +90,8 @@ TEST(PublishedBoard, backplaneHasSixteenEndPointsBehindItsDescriptor) {
     EXPECT_NE(lines.find("EndPoint15 (yyyyyy) [0 0 0 0 0 0]\nchecksum y "), std::string::npos);
 }
 
-// In the payload block behind the payload: 8, 1, 9, 6, 1, 2, 3, 43 and the OEM area's checksum.
-TEST(PublishedBoard, checksumIsWhereThePayloadSaysThatItEnds) {
+// Behind the payload lies the OEM area: 9, 1, 9, 6, 1, 2, 3, 43 and its checksum.
+TEST(PublishedBoard, checksumIsTheLastByteOfTheStatedLength) {
     struct {
         std::string type;
         int deviceClass;
@@ -106,7 +106,7 @@ TEST(PublishedBoard, checksumIsWhereThePayloadSaysThatItEnds) {
         {"riser", 0x11, "cemCIR", 255, 0},
         {"bp", 0x2A, "backplaneCIR", 3, 119},
         {"bp", 0x2A, "backplaneCIR", 4, 43},
-        // A payload that is its header alone has its checksum in byte 15.
+        // A payload of a header only has its checksum in byte 15, whatever its stated length.
         {"puck", 0x1A, "puckCIR", 0, 119},
         {"puck", 0x1A, "puckCIR", 3, 119},
         {"rfc", 0x1B, "rfcCIR", 1, 119},
@@ -149,7 +149,7 @@ TEST(PublishedBoard, moduleWithoutATypeIsNotPublished) {
     EXPECT_EQ(publish("[[slot]]\nid = 7\n[slot.module]\ndevice_class = 1\n").interfaces.size(), 1U);
 }
 
-TEST(PublishedBoard, informationObject) {
+TEST(PublishedBoard, informationObjectIsDescribedOrHasDefaults) {
     EXPECT_EQ(published(publish(""), "info", "pcardInfo"),
               "FRUreadComplete b true\nSlotMappingComplete b true\n");
     EXPECT_EQ(published(publish("[service.info]\nCount = 3\nOdd = {signature = 'as', "
@@ -158,7 +158,7 @@ TEST(PublishedBoard, informationObject) {
               "Count q 3\nName s 'x'\nOdd as ['a' 'b']\n");
 }
 
-TEST(PublishedBoard, objectsChange) {
+TEST(PublishedBoard, serviceObjectsChangeAndAddProperties) {
     const auto model = publish(module("puck", 0x1A) + R"(
 [[service.object]]
 path = "puck/one"
@@ -194,7 +194,7 @@ TEST(PublishedBoard, faultsComeBeforeTheDescriptionsOrders) {
     EXPECT_EQ(text(model.orders[2].value), "7");
 }
 
-TEST(PublishedBoard, refusesWhatCannotBe) {
+TEST(PublishedBoard, refusesWithFileLineAndReason) {
     const std::pair<const char*, const char*> cases[] = {
         {"[service]\nabsent = true", "b:2: service: 'absent' is not a key here"},
         {"[[service.object]]\npath = 'bp/x'", "b:1: object: needs 'path' and 'interface'"},

@@ -1,5 +1,6 @@
-// A second preload library: makes /dev/zero an I2C device of this machine, which answers. The
-// stand-in's library asks the kernel by syscall(), and the C library by the next fstatat().
+// A second preload library, which makes /dev/zero look like an I2C device of this machine that
+// answers. It replaces the two functions by which the stand-in's library looks at files: syscall()
+// and the next fstatat().
 #undef _FILE_OFFSET_BITS
 #undef _FORTIFY_SOURCE
 
@@ -45,7 +46,7 @@ long syscall(long number, ...) {
     return result;
 }
 
-// NOLINTBEGIN(bugprone-macro-parentheses): a type bears none.
+// NOLINTBEGIN(bugprone-macro-parentheses): a type takes no parentheses.
 #define DEFINE_FSTATAT(name, type)                                                                 \
     int name(int directory, const char* path, type* status, int flags) {                           \
         static int (*real)(int, const char*, type*, int);                                          \

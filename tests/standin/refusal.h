@@ -1,4 +1,4 @@
-// Boards that are refused.
+// The refusal of a board description.
 #pragma once
 
 #include "standin/board/board_loader.h"
@@ -7,7 +7,7 @@
 
 namespace standin::test {
 
-/// What is said of a description that is refused; nothing when it is taken.
+/// Returns the message that refuses a description, or an empty text for an accepted one.
 inline std::string refusalOf(const std::string& description, const std::string& file = "b.toml") {
     try {
         (void)parseBoard(description, file);

@@ -7,7 +7,7 @@
 namespace standin {
 namespace {
 
-// The blob of those keys. The first of them stands in line 2.
+// Returns the blob of these keys, the first of which stands in line 2.
 Bytes blobOf(const std::string& keys) {
     return parseBoard("[riser_map]\n" + keys, "b.toml").riserMap;
 }
@@ -25,7 +25,7 @@ std::string repeated(const char* text, int count) {
     return all;
 }
 
-TEST(RiserMap, boardWithoutOneHasZeros) {
+TEST(RiserMap, boardWithoutAMapHasZeros) {
     EXPECT_EQ(parseBoard("", "b").riserMap, Bytes(1024));
 }
 
@@ -92,11 +92,11 @@ picpwr = 6
     Bytes empty{6, 23};
     empty.resize(23);
     EXPECT_EQ(part(blob, 106, 23), empty);
-    EXPECT_EQ(checksumOf(part(blob, 0, 130)), 0); // with the checksum behind the last record
+    EXPECT_EQ(checksumOf(part(blob, 0, 130)), 0); // including the checksum
     EXPECT_EQ(part(blob, 130, 894), Bytes(894));
 }
 
-TEST(RiserMap, countsSizesAndChecksumMayLie) {
+TEST(RiserMap, countsSizesAndChecksumMayBeWrong) {
     const Bytes blob = blobOf(R"(
 records = 255
 checksum = 0x77
@@ -108,13 +108,13 @@ dsl_payloads = 200
     EXPECT_EQ(part(blob, 81, 2), (Bytes{200, 0x77}));
 }
 
-TEST(RiserMap, bytesStandForTheWholeBlob) {
+TEST(RiserMap, bytesReplaceTheWholeBlob) {
     EXPECT_EQ(blobOf("bytes = [1, 2, 3]"), (Bytes{1, 2, 3}));
     EXPECT_EQ(blobOf("bytes = []"), Bytes{});
     EXPECT_EQ(blobOf("bytes = '" + repeated("FF ", 1025) + "'"), Bytes(1025, 0xFF));
 }
 
-TEST(RiserMap, longestFieldsAreTaken) {
+TEST(RiserMap, longestFieldsAreAccepted) {
     const Bytes blob = blobOf("description = '" + repeated("x", 48) +
                               "'\n[[riser_map.record]]\nlocation = '12345678'\n"
                               "part_number = '12345678'\nslots = [" +
@@ -125,7 +125,7 @@ TEST(RiserMap, longestFieldsAreTaken) {
 }
 
 TEST(RiserMap, fullBlobHasItsChecksumInTheLastByte) {
-    // 3 records of 255 bytes and one of 199, all zeros but the length and the number of slots.
+    // 3 records of 255 bytes and one of 199. Only their lengths and numbers of slots are not 0.
     const auto record = [](int slotBytes) {
         return "[[riser_map.record]]\nslots = [" + repeated("0,", slotBytes) + "]\n";
     };
@@ -184,7 +184,7 @@ TEST(RiserMap, refusesWithFileLineAndReason) {
     for (const auto& [keys, message] : cases) {
         try {
             (void)blobOf(keys);
-            ADD_FAILURE() << "taken: " << keys;
+            ADD_FAILURE() << "accepted: " << keys;
         } catch (const BoardError& error) {
             EXPECT_STREQ(error.what(), message) << keys;
         }

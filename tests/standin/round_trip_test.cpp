@@ -1,5 +1,5 @@
-// Random modules, described by their fields, encoded by the stand-in and read by the tool: what the
-// tool prints is what was described.
+// Describes random modules, lets the stand-in encode them and the tool decode them. The tool has to
+// print what the description says.
 #include "standin/board/board_loader.h"
 
 #include "payload/cir_payload.h"
@@ -39,7 +39,7 @@ std::string line(const std::string& label, std::size_t width, const std::string&
     return label + std::string(width - label.size(), ' ') + "= " + value + "\n";
 }
 
-// A description and the listing that it is to yield, growing side by side.
+// Builds a random description together with the listing that the tool has to print for it.
 class Story {
 public:
     Story(unsigned seed, std::size_t labelWidth) : random_(seed), labelWidth_(labelWidth) {}
@@ -60,7 +60,7 @@ public:
         list(label, shown(value, how));
     }
 
-    // A field with a value of its own. Those of one bit are described as true or false.
+    // Describes a field with a random value. A field of one bit is described as true or false.
     unsigned describe(const char* key, unsigned highest) {
         const unsigned value = draw(0, highest);
         describe(key, highest == 1 ? value == 1 ? "true" : "false" : std::to_string(value));
@@ -290,7 +290,7 @@ void tellDsls(Story& story, unsigned count, std::string& payloadLines) {
     }
 }
 
-// Returns the record's length.
+// Adds a record and returns its length in bytes.
 unsigned tellRecord(Story& story, unsigned number) {
     const unsigned dsls = story.draw(0, 9);
     const unsigned slots = story.draw(0, 9);

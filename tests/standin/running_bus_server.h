@@ -1,4 +1,4 @@
-// A bus server on an event loop of its own, in a thread of its own.
+// A bus server with its own event loop in its own thread.
 #pragma once
 
 #include "standin/i2c_bus/server/bus_server.h"
@@ -18,7 +18,7 @@ public:
     [[nodiscard]] std::string socket() const { return directory_ + "/i2c"; }
     [[nodiscard]] std::string log() const { return directory_ + "/log"; }
 
-    /// Ends the server; its clients find nobody.
+    /// Ends the server and all connections to it.
     void stop();
 
 private:

@@ -1,4 +1,4 @@
-// The service as busctl of systemd sees it.
+// Tests the service with systemd's busctl as its client.
 #include "standin/service/service.h"
 
 #include "tests/support/bus.h"
@@ -17,7 +17,7 @@ using zolt::test::SystemBus;
 using Action = ServiceOrder::Action;
 
 struct Outcome {
-    std::string text; ///< of both streams
+    std::string text; ///< of both output streams
     int status;
 
     bool operator==(const Outcome&) const = default;
@@ -78,7 +78,7 @@ TEST_F(ServiceOnBus, treeHasEveryObject) {
                                                                 0}));
 }
 
-// busctl's table with its columns one blank apart; their widths are busctl's own matter.
+// Returns busctl's table with one blank between columns, whatever widths busctl gives them.
 Outcome introspected(const std::string& arguments) {
     Outcome outcome = busctl("introspect com.tesk.bmc.zolt " + arguments);
     const auto bothBlank = [](char left, char right) { return left == ' ' && right == ' '; };
@@ -126,7 +126,7 @@ TEST_F(ServiceOnBus, getAllWithoutAnInterfaceAnswersForAllOfThem) {
                        0}));
 }
 
-TEST_F(ServiceOnBus, managedObjectsAreThoseBelow) {
+TEST_F(ServiceOnBus, managerListsTheObjectsBelowIt) {
     EXPECT_EQ(busctl("call com.tesk.bmc.zolt /com/tesk/bmc/zolt/bp "
                      "org.freedesktop.DBus.ObjectManager GetManagedObjects"),
               (Outcome{"a{oa{sa{sv}}} 2 \"/com/tesk/bmc/zolt/bp/b\" 2 "
@@ -140,7 +140,7 @@ TEST_F(ServiceOnBus, managedObjectsAreThoseBelow) {
               (Outcome{"a{oa{sa{sv}}} 0\n", 0}));
 }
 
-TEST_F(ServiceOnBus, whatIsUnknownIsRefused) {
+TEST_F(ServiceOnBus, unknownObjectsInterfacesAndPropertiesAreRefused) {
     const std::string properties = " org.freedesktop.DBus.Properties ";
     const std::string service = "call com.tesk.bmc.zolt ";
     EXPECT_EQ(busctl(service + "/com/tesk/bmc/zolt/none" + properties + "GetAll s a.b"),
@@ -175,11 +175,11 @@ TEST_F(ServiceOnBus, argumentsOfAnotherTypeAreRefused) {
     }
 }
 
-TEST_F(ServiceOnBus, leavesTheRestToSdBus) {
+TEST_F(ServiceOnBus, leavesOtherInterfacesToSdBus) {
     EXPECT_EQ(busctl("call com.tesk.bmc.zolt / org.freedesktop.DBus.Peer Ping"), (Outcome{"", 0}));
 }
 
-TEST(ServiceOrders, countForTheirObjectAndInterfaceAlone) {
+TEST(ServiceOrders, affectTheirObjectAndInterfaceOnly) {
     SystemBus bus;
     bus.publish(twoModules({{.path = "/com/tesk/bmc/zolt/bp/b",
                              .interface = "com.tesk.bmc.zolt.extra",
@@ -194,7 +194,7 @@ TEST(ServiceOrders, countForTheirObjectAndInterfaceAlone) {
               (Outcome{"q 2\n", 0}));
 }
 
-TEST(ServiceOrders, takeEffectAfterSoManyCalls) {
+TEST(ServiceOrders, takeEffectAfterTheGivenNumberOfCalls) {
     SystemBus bus;
     bus.publish(twoModules({{.interface = "com.tesk.bmc.zolt.extra",
                              .after = 2,
@@ -214,14 +214,21 @@ TEST(ServiceOrders, replyWithoutContents) {
     EXPECT_EQ(busctl(std::string(all) + "com.tesk.bmc.zolt.extra"), (Outcome{"", 0}));
 }
 
-TEST(ServiceOrders, delayHoldsUpItsOwnCallAlone) {
+TEST(ServiceOrders, delayDoesNotHoldUpOtherCalls) {
+    SystemBus bus;
+    bus.publish(
+        twoModules({{.interface = "com.tesk.bmc.zolt.extra", .delay = std::chrono::seconds(60)}}));
+    EXPECT_EQ(busctl("--expect-reply=false " + std::string(all) + "com.tesk.bmc.zolt.extra"),
+              (Outcome{"", 0}));
+    EXPECT_EQ(busctl("--timeout=10 " + std::string(all) + "com.tesk.bmc.zolt.backplaneCIR").status,
+              0);
+}
+
+TEST(ServiceOrders, delayHoldsUpItsOwnCall) {
     SystemBus bus;
     bus.publish(twoModules(
         {{.interface = "com.tesk.bmc.zolt.extra", .delay = std::chrono::milliseconds(300)}}));
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(busctl("--expect-reply=false " + std::string(all) + "com.tesk.bmc.zolt.extra"),
-              (Outcome{"", 0}));
-    EXPECT_EQ(busctl(std::string(all) + "com.tesk.bmc.zolt.backplaneCIR").status, 0);
     EXPECT_EQ(busctl(std::string(all) + "com.tesk.bmc.zolt.extra"),
               (Outcome{"a{sv} 1 \"Note\" s \"text\"\n", 0}));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
@@ -237,7 +244,7 @@ TEST(ServiceOrders, leavingEndsTheService) {
     EXPECT_EQ(busctl(std::string(all) + "com.tesk.bmc.zolt.backplaneCIR").status, 1);
 }
 
-// A board description is checked before; a value that slipped through must not end the service.
+// The board loader refuses such a value. If it misses one, the service must not end.
 TEST(Service, valueThatDoesNotFitIsAnErrorReply) {
     ServiceModel model = twoModules();
     model.interfaces[3].properties = {{"Note", "y", "text"}};
@@ -248,7 +255,7 @@ TEST(Service, valueThatDoesNotFitIsAnErrorReply) {
     EXPECT_EQ(busctl(std::string(all) + "com.tesk.bmc.zolt.backplaneCIR").status, 0);
 }
 
-TEST(Service, complainsWhenItCannotBe) {
+TEST(Service, throwsWithoutABusOrItsName) {
     SystemBus bus;
     EXPECT_THROW(Service(nullptr, "unix:path=/nonexistent/bus", {}), std::system_error);
     bus.publish(twoModules());

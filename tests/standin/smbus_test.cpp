@@ -81,7 +81,7 @@ TEST_F(Smbus, aProcessCallWritesAWordAndReadsOne) {
     WireSmbus call = writing(0x30, I2C_SMBUS_PROC_CALL, {0xAA, 0xBB});
     EXPECT_EQ(access(call), 0);
     EXPECT_EQ(memory(0x30, 2), (Bytes{0xAA, 0xBB}));
-    EXPECT_EQ(Bytes(call.data, call.data + 2), (Bytes{0x32, 0x33})); // behind what was written
+    EXPECT_EQ(Bytes(call.data, call.data + 2), (Bytes{0x32, 0x33})); // the word behind it
 }
 
 TEST_F(Smbus, blocksAreWrittenWithAndWithoutTheirLength) {
@@ -105,7 +105,7 @@ TEST_F(Smbus, blocksAreReadAtTheLengthAskedFor) {
     EXPECT_EQ(block.data[33], 0);
 }
 
-TEST_F(Smbus, aLengthHasBounds) {
+TEST_F(Smbus, aBlockIsLimitedTo32Bytes) {
     for (const std::uint16_t size :
          std::initializer_list<std::uint16_t>{I2C_SMBUS_BLOCK_DATA, I2C_SMBUS_I2C_BLOCK_DATA}) {
         WireSmbus block = writing(0, size, {33});
@@ -118,7 +118,7 @@ TEST_F(Smbus, aLengthHasBounds) {
     EXPECT_EQ(access(block), -EINVAL);
 }
 
-TEST_F(Smbus, kindsWhoseLengthTheDeviceTellsAreRefused) {
+TEST_F(Smbus, kindsWithALengthFromTheDeviceAndUnknownKindsAreRefused) {
     WireSmbus block = reading(0, I2C_SMBUS_BLOCK_DATA);
     EXPECT_EQ(access(block), -EOPNOTSUPP);
     block = writing(0, I2C_SMBUS_BLOCK_PROC_CALL, {1, 1});

@@ -1,6 +1,6 @@
-// Looks at a path by every name that the C library has for it, and says what each gave: kind, mode
-// and number of the device, the ways in which it may be used, or the error. Without a path it looks
-// at the descriptor on standard input.
+// Looks at a path with every function of the C library that tells its status, and prints the
+// outcome of each: mode and device number, or the ways in which the path may be used, or the error.
+// Without a path the probe looks at standard input.
 #undef _FILE_OFFSET_BITS
 
 #include <errno.h>

@@ -1,4 +1,4 @@
-// The published topology, as the parser library hands it out.
+// Tests the published topology through the parser library, which reads it.
 #include "standin/launcher/topology_file.h"
 
 #include "platform/sysinfo.h"
@@ -44,7 +44,7 @@ protected:
     }
 
 private:
-    // The other libraries of this program have a directory of their own.
+    // The other tests of this program have another board directory.
     std::string before_ = std::getenv(boardDirectoryVariable);
     zolt::test::PrivateDirectory directory_;
 };
@@ -79,7 +79,7 @@ device_type = "RTC"
 device_type = "TPM"
 )";
 
-TEST_F(TopologyFile, describedNodesWithTheDeviceNodesOfTheirBus) {
+TEST_F(TopologyFile, describedNodesListTheDeviceNodesOfTheirBus) {
     const Board board = parseBoard(description, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
@@ -100,7 +100,7 @@ TEST_F(TopologyFile, describedNodesWithTheDeviceNodesOfTheirBus) {
     EXPECT_EQ(sub->subIndex, 4);
     EXPECT_STREQ(sub->name, "20-0051");
     EXPECT_EQ(sub->next, nullptr);
-    // The other node of that bus shows nothing of it.
+    // The second node on that bus does not list the bus's device nodes.
     const IndexNodeInfo* second = first->next;
     ASSERT_NE(second, nullptr);
     EXPECT_EQ(second->index, 2);
@@ -115,7 +115,7 @@ TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
     BusState state = busStateOf(board);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 21, 5, 3, "PUCK"), 0);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 22, 5, 3, "HPM_AUTH_IC"), 0);
-    ASSERT_EQ(busCoreAddIndexNode(&state.core(), 23, 5, 3, ""), 0); // of no type: nowhere
+    ASSERT_EQ(busCoreAddIndexNode(&state.core(), 23, 5, 3, ""), 0); // without a type: not listed
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 24, 5, 0xFFFFFFFF, "ETHSW_EEPROM"), 0);
     ASSERT_EQ(busCoreAddDeviceNode(&state.core(), 21, 0x7F, 9, "PUCK"), 0);
     ASSERT_EQ(busCoreAddDeviceNode(&state.core(), 21, 0x08, 8, "PUCK"), 0);
@@ -140,11 +140,11 @@ TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
     free_sysinfo(tree);
 }
 
-TEST_F(TopologyFile, answersOfTypes) {
+TEST_F(TopologyFile, everyTypeHasItsStatus) {
     const Board board = parseBoard(description, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
-    EXPECT_EQ(statusOf(13), 9); // ordered to fail
+    EXPECT_EQ(statusOf(13), 9); // a fault
     EXPECT_EQ(statusOf(49), 0); // known, without nodes
     EXPECT_EQ(statusOf(0), -2); // unknown
     EXPECT_EQ(statusOf(164), -2);
@@ -159,7 +159,7 @@ TEST_F(TopologyFile, withoutABoardThereIsNoData) {
     EXPECT_EQ(statusOf(puckType), -19);
 }
 
-TEST_F(TopologyFile, whatIsWrittenReplacesTheFileAtOnce) {
+TEST_F(TopologyFile, writingReplacesTheFileAtOnce) {
     const Board board = parseBoard(description, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
@@ -168,12 +168,12 @@ TEST_F(TopologyFile, whatIsWrittenReplacesTheFileAtOnce) {
     publish(parseBoard("", "b"), BusState().core());
     EXPECT_LT(std::filesystem::file_size(file()), size);
     before.seekg(0, std::ios::end);
-    EXPECT_EQ(static_cast<std::uintmax_t>(before.tellg()), size); // whoever had it open has it yet
+    EXPECT_EQ(static_cast<std::uintmax_t>(before.tellg()), size); // the open file is the old one
     EXPECT_EQ(statusOf(puckType), -2);
     EXPECT_THROW(replaceFile(file() + "/below", {}), std::system_error);
 }
 
-// A file whose numbers lie leads nobody out of it.
+// Wrong numbers in the file must not lead the library beyond the file's end.
 TEST_F(TopologyFile, damagedFileIsNoTopology) {
     const Board board = parseBoard(description, "b");
     BusState state = busStateOf(board);
@@ -203,7 +203,7 @@ TEST_F(TopologyFile, damagedFileIsNoTopology) {
     EXPECT_EQ(statusOf(puckType), badTopology);
 }
 
-TEST_F(TopologyFile, subNodesOfTheNodeInQuestionLieWithinTheFile) {
+TEST_F(TopologyFile, subNodesThatLieOutsideTheFileAreRefused) {
     const Board board = parseBoard(R"(
 [[i2c.index_node]]
 device_type = "PUCK"
@@ -227,7 +227,7 @@ device_type = "PUCK"
     EXPECT_EQ(with(first + offsetof(TopologyNode, subCount), 2), badTopology);
     EXPECT_EQ(with(first + offsetof(TopologyNode, firstSub), 1), badTopology);
     EXPECT_EQ(with(first + offsetof(TopologyNode, firstSub), 0xFFFFFFFF), badTopology);
-    // A sub node that two nodes claim is one too many.
+    // Two nodes claim the same sub node: together they claim more than there are.
     std::vector<std::byte> shared = whole;
     const std::uint32_t zero = 0;
     const std::uint32_t one = 1;
@@ -237,7 +237,7 @@ device_type = "PUCK"
     EXPECT_EQ(statusOf(puckType), badTopology);
 }
 
-TEST(BusStateOf, describedBoardIsWhatTheDriverHas) {
+TEST(BusStateOf, driverHasTheDescribedBoard) {
     const Board board = parseBoard(R"(
 faults = ["i2c-open 6 error EBUSY", "i2c-ioctl 5 recover-bus 97"]
 [[i2c.bus]]
@@ -296,7 +296,7 @@ TEST(BusStateOf, boardLargerThanTheDriverIsRefused) {
     const Board board = parseBoard(buses, "b");
     try {
         (void)busStateOf(board);
-        ADD_FAILURE() << "taken";
+        ADD_FAILURE() << "accepted";
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "the board has more buses than the bus driver holds");
     }

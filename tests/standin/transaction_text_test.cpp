@@ -28,7 +28,7 @@ TEST(TransactionText, aQueryShowsItsAnswer) {
               "/dev/i2c-5 get-property target=0x00 property=8 -> 2 value=0x44332211");
 }
 
-TEST(TransactionText, theFlagThatAKernelAddsChangesNothing) {
+TEST(TransactionText, theDmaSafeFlagIsNotShown) {
     ControlRequest request = getProperty(0, 8);
     request.messages[0].flags = 0x0280;
     request.messages[1].flags = 0x0201;
@@ -71,7 +71,7 @@ TEST(TransactionText, bytesOutsideTheFieldsAreShown) {
 TEST(TransactionText, aTextShowsEveryByteOfItsField) {
     ControlRequest request = updateProperty(0, 0, 0);
     request.setText(24, "A\"B\\C\x01\xFF");
-    request.record[24 + 8] = 'Z'; // behind the end
+    request.record[24 + 8] = 'Z'; // behind the text's end
     EXPECT_EQ(textOf(request, 1),
               "/dev/i2c-5 update-property index=0 target=0x00 property=0 value=0x00000000 "
               "type=\"A\\x22B\\x5CC\\x01\\xFF\" +32:5A -> 1");
@@ -82,7 +82,7 @@ TEST(TransactionText, aTextShowsEveryByteOfItsField) {
               "type=\"SIXTEEN LETTERS!\" -> 1");
 }
 
-TEST(TransactionText, aRequestOfAnotherShapeIsShownMessageByMessage) {
+TEST(TransactionText, aMalformedRequestIsShownMessageByMessage) {
     ControlRequest request = getProperty(0, 8);
     request.messages[0].len = 10;
     EXPECT_EQ(textOf(request, -EMSGSIZE),
@@ -93,7 +93,7 @@ TEST(TransactionText, aRequestOfAnotherShapeIsShownMessageByMessage) {
     EXPECT_EQ(textOf(request, -EINVAL), "/dev/i2c-5 control [0x0050 0x0280 0] -> -22 EINVAL");
 }
 
-TEST(TransactionText, whatIsNoCommandIsShownMessageByMessage) {
+TEST(TransactionText, anUnknownCommandIsShownMessageByMessage) {
     const std::string rest = [] {
         std::string zeros;
         for (int i = 8; i < 164; ++i) {
@@ -113,7 +113,7 @@ TEST(TransactionText, whatIsNoCommandIsShownMessageByMessage) {
                                             rest + "] -> -22 EINVAL");
 }
 
-TEST(TransactionText, theFlagMakesAControlTransaction) {
+TEST(TransactionText, theControlFlagMarksAControlTransaction) {
     ControlRequest request = recoverBus(96);
     EXPECT_TRUE(isControlTransaction(request.messages));
     request.messages[0].flags = I2C_M_RD;

@@ -1,4 +1,4 @@
-// Reads and writes a device of a bus as a file: the bus's path, the device's address.
+// Reads and writes a device of a bus as a file. Arguments: the bus's path, the device's address.
 #undef _FORTIFY_SOURCE
 
 #include <errno.h>

@@ -9,7 +9,7 @@
 namespace standin {
 namespace {
 
-// A message under construction; nobody is at the other end.
+// A message under construction, on a connection without a peer.
 class ValueMessage : public testing::Test {
 public:
     ValueMessage() {
@@ -36,7 +36,7 @@ protected:
     sd_bus_message* message_ = nullptr;
 };
 
-TEST_F(ValueMessage, numbersTravelInTheWidthOfTheirSignature) {
+TEST_F(ValueMessage, numbersHaveTheWidthOfTheirSignature) {
     ASSERT_GE(appendValue(message_, "(ynqiuxtbd)",
                           listOf(255, -32768, 65535, -2147483648, std::int64_t{4294967295},
                                  std::int64_t{-1}, std::int64_t{-1}, true, 0.5)),
@@ -89,8 +89,8 @@ struct Pair {
     Value value;
 };
 
-// What is refused before a message is at hand is refused by the message too.
-TEST_F(ValueMessage, whatDoesNotFitIsRefused) {
+// valueFits(), which needs no message, and appendValue() refuse the same values.
+TEST_F(ValueMessage, valuesThatDoNotFitTheirSignatureAreRefused) {
     const std::vector<Pair> pairs{
         {"y", 256},
         {"y", -1},
@@ -119,7 +119,7 @@ TEST_F(ValueMessage, whatDoesNotFitIsRefused) {
     for (const auto& [signature, value] : pairs) {
         EXPECT_FALSE(valueFits(signature, value)) << signature;
         EXPECT_EQ(appendValue(message_, signature, value), -EINVAL) << signature;
-        sd_bus_message* fresh = nullptr; // the failed one is of no use any more
+        sd_bus_message* fresh = nullptr; // a message cannot be used after a failure
         ASSERT_GE(sd_bus_message_new_method_call(bus_, &fresh, "a.b", "/", "a.b", "C"), 0);
         sd_bus_message_unref(message_);
         message_ = fresh;
@@ -138,7 +138,7 @@ TEST_F(ValueMessage, signatureThatIsNotOneCompleteTypeIsRefused) {
     }
 }
 
-TEST(ValueFits, whatCanTravel) {
+TEST(ValueFits, acceptsValuesThatFitTheirSignature) {
     EXPECT_TRUE(valueFits("y", 255));
     EXPECT_TRUE(valueFits("t", -1));
     EXPECT_TRUE(valueFits("o", "/a"));

@@ -1,9 +1,9 @@
-// Makes the areas run out that the tool allocates with a look at the outcome.
+// Lets the allocations fail that the tool checks for failure.
 #pragma once
 
 namespace zolt::test {
 
-/// While one lives, `new (std::nothrow) T[n]` yields null.
+/// While an object of this class exists, `new (std::nothrow) T[n]` returns null.
 class NoScratchMemory {
 public:
     NoScratchMemory();

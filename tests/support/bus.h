@@ -1,4 +1,4 @@
-// A system bus of the test's own, with the `zolt` service on it.
+// A private system bus for tests, with the `zolt` service on it.
 #pragma once
 
 #include "standin/service/bus_daemon.h"
@@ -12,10 +12,10 @@
 
 namespace zolt::test {
 
-/// A service that answers from a thread of its own.
+/// The service, which answers in a thread of its own.
 class RunningService {
 public:
-    /// Returns when the service has its name.
+    /// Returns once the service owns its name on the bus.
     RunningService(const std::string& address, standin::ServiceModel model);
     RunningService(const RunningService&) = delete;
     RunningService& operator=(const RunningService&) = delete;
@@ -27,22 +27,22 @@ private:
     std::thread thread_;
 };
 
-/// A private bus daemon that stands in the system bus's place until the object's end.
+/// A private bus daemon, which is the test program's system bus until the object is destroyed.
 class SystemBus {
 public:
-    /// @param policy XML of further rules for the daemon of the test
+    /// @param policy further rules of the daemon's policy, as XML
     explicit SystemBus(std::string_view policy = {});
     SystemBus(const SystemBus&) = delete;
     SystemBus& operator=(const SystemBus&) = delete;
     ~SystemBus();
 
-    /// Puts a service on the bus, in place of the one before.
+    /// Puts a service on the bus. An earlier one leaves first.
     void publish(standin::ServiceModel model);
 
-    /// Ends the daemon, with all connections.
+    /// Ends the daemon and with it all connections.
     void breakDown();
 
-    /// Starts the daemon again, at the same address and without a service.
+    /// Starts the daemon again at the same address, without a service.
     void comeBack();
 
 private:

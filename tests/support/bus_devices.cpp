@@ -18,7 +18,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-// NOLINTBEGIN(bugprone-reserved-identifier): these names are the linker's.
+// NOLINTBEGIN(bugprone-reserved-identifier): --wrap demands these names.
 extern "C" {
 int __real_open(const char* path, int flags, ...);
 int __real_ioctl(int descriptor, unsigned long request, ...);
@@ -90,7 +90,7 @@ int answer(unsigned long request, const i2c_rdwr_ioctl_data& transfer) {
         busDevices().replyAreas.emplace_back(last.buf, last.buf + last.len);
     }
     if (busDevices().answers.empty()) {
-        ADD_FAILURE() << "an ioctl that the script does not expect: " << text;
+        ADD_FAILURE() << "an ioctl without a scripted answer: " << text;
         errno = ENOTTY;
         return -1;
     }
@@ -101,7 +101,7 @@ int answer(unsigned long request, const i2c_rdwr_ioctl_data& transfer) {
         return -1;
     }
     const std::size_t room = transfer.nmsgs > 1 ? last.len : 0;
-    EXPECT_EQ(given.reply.size(), room) << "the reply that the script has for " << text;
+    EXPECT_EQ(given.reply.size(), room) << "size of the scripted reply to " << text;
     std::copy_n(given.reply.begin(), std::min(given.reply.size(), room), last.buf);
     return given.result;
 }
@@ -152,7 +152,7 @@ int __wrap_open(const char* path, int flags, ...) {
     return __real_open(path, flags, mode);
 }
 
-// The name that open has where file offsets are asked for in 64 bits.
+// Code that is compiled for 64-bit file offsets calls open by this name.
 int __wrap_open64(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);

@@ -1,8 +1,8 @@
-// The I2C character devices as a script: what a unit test says is how the driver answers.
+// I2C character devices that follow a script: a unit test says how the driver answers.
 //
-// open, ioctl and close of a test program that links this come here (the linker's --wrap); calls
-// about anything but "/dev/i2c-..." go on to the C library. An ioctl that the script does not
-// expect fails the test. Closing a device spoils errno, so that an error read too late shows.
+// The linker's --wrap sends open, ioctl and close of the test program here. Calls for other files
+// than "/dev/i2c-..." go on to the C library. An ioctl without a scripted answer fails the test.
+// Closing a device changes errno, so that a test notices code that reads errno too late.
 #pragma once
 
 #include <cstdint>
@@ -17,19 +17,19 @@ using Bytes = std::vector<std::uint8_t>;
 
 /// How the driver answers one ioctl.
 struct BusAnswer {
-    Bytes reply{};  ///< what the last message receives
-    int error = 0;  ///< errno of a refusal; 0 when the driver did it
-    int result = 2; ///< what the ioctl returns when the driver did it
+    Bytes reply{};  ///< bytes that the last message receives
+    int error = 0;  ///< errno when the driver refuses; 0 when it obeys
+    int result = 2; ///< result of the ioctl when the driver obeys
 };
 
 struct BusDevices {
-    std::map<std::string, int> openErrors; ///< errno by path; other paths open
-    std::deque<BusAnswer> answers;         ///< by ioctl, in order
+    std::map<std::string, int> openErrors; ///< errno by path; every other path opens
+    std::deque<BusAnswer> answers;         ///< for the ioctls to come, in order
 
     std::vector<std::string> calls;   ///< "open PATH FLAGS", "ioctl REQUEST: [ADDRESS FLAGS
                                       ///< LENGTH]..", "close"
     std::vector<Bytes> records;       ///< the first message of every ioctl
-    std::vector<Bytes> replyAreas;    ///< what the second message's buffer held before the call
+    std::vector<Bytes> replyAreas;    ///< the reply buffer before each ioctl that has one
     std::vector<std::string> printed; ///< by call: the text handed out before it
 };
 
@@ -37,13 +37,13 @@ struct BusDevices {
 BusDevices& busDevices();
 void resetBusDevices();
 
-/// How many of them are open.
+/// The number of devices that are open.
 std::size_t openBusDevices();
 
-/// A control record: zero but for @p fields, hexadecimal bytes by offset.
+/// A control record of zeros with @p fields in it: hexadecimal bytes by offset.
 Bytes controlRecord(const std::map<std::size_t, std::string>& fields);
 
-/// Bytes written in hexadecimal, blanks and line ends between them.
+/// Converts hexadecimal text, with blanks or line ends between the bytes.
 Bytes bytesOf(const std::string& hexadecimal);
 
 } // namespace zolt::test

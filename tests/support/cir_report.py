@@ -1,5 +1,7 @@
-"""What the tool reports of a module, computed once more: from the properties that the service
-publishes of it, and those from the fields that the tool shows of the module's payload itself."""
+"""Computes what the tool has to report about a module.
+
+report() lays out the properties that the service publishes. shown_properties() derives these
+properties from the tool's listing of the module's payload."""
 
 import re
 
@@ -27,7 +29,7 @@ SHORT = NUMBERS + (
     ("TargetI2cGpioDevAddr", "TargetI2cGpioDevAddr", 0, 0x7F),
 )
 
-# Label, bit of byte 0, the sentence when it is set, the one when it is not.
+# Label, bit of byte 0, sentence when the bit is set, sentence when it is clear.
 FLAGS = (
     ("USB_HUB_PRES", 0, "(Hub) USB goes through a USB Hub to get to this endpoint.",
      "(no Hub) USB is directly wired from DSL to endpoint."),
@@ -106,13 +108,13 @@ KINDS = {"bp": (backplane, 48), "puck": (header_alone, 21), "rfc": (header_alone
 
 
 def report(path, properties):
-    """All that the tool prints of the object at a path."""
+    """Returns the tool's report of the object at a path."""
     lines, width = KINDS.get(path.split("/")[-2], (card, 48))
     text = "".join(f"{label:{width}}: {value}\n" for label, value in lines(properties))
     return f"{path}\n{text}\n\n"
 
 
-# Where the tool's view of an end point has its fields: byte, shift.
+# The fields in the tool's listing of an end point: byte and shift.
 SHOWN_PARTS = {
     "PICPWR_INDEX": (0, 4), "I2C_MUX_PRES": (0, 3), "INDIRECT": (0, 2), "HOT_PLUG": (0, 1),
     "EP_TYPE": (1, 5), "EP_I2C_SOURCE": (1, 0), "EP_LANE_WIDTH": (2, 5), "I2C_MUX_DCH": (2, 0),
@@ -125,7 +127,7 @@ SHOWN_PARTS = {
 
 
 def listed(listing):
-    """The fields of a listing NAME = VALUE."""
+    """Returns the fields of a listing with lines NAME = VALUE."""
     pairs = re.findall(r"^(\S.*?) += (\w+)$", listing, re.M)
     return {name: int(value, 0) for name, value in pairs}
 
@@ -139,8 +141,8 @@ def shown_end_point(fields):
 
 
 def shown_properties(listing):
-    """The properties that a module must have of which the tool shows this payload. What the listing
-    does not show is 0, and every name that one of the reports may ask for is there."""
+    """Returns the properties of the module whose payload the tool lists so. A property that the
+    listing does not show is 0. The result has every name that any of the reports needs."""
     header, *each = map(listed, re.split(r"\n\nEND POINT \d+\n\n", listing))
     checksum = (each[-1] if each else header).pop("CHECKSUM")
     wires = header.get("NUM_XWIRES", 0) << 4 | header["NUM_PWIRES"]

@@ -13,7 +13,7 @@ namespace zolt::test {
 
 namespace {
 
-// One standard descriptor replaced by an anonymous file for as long as the object lives.
+// Replaces a standard descriptor by an anonymous file until the object is destroyed.
 class Redirected {
 public:
     Redirected(int descriptor, std::string_view content)

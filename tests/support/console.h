@@ -1,4 +1,4 @@
-// Runs code against a console of the test's own.
+// Runs code with standard input and output in the hands of the test.
 #pragma once
 
 #include <functional>
@@ -7,7 +7,7 @@
 
 namespace zolt::test {
 
-/// What @p operation prints to standard output when standard input holds @p input and then ends.
+/// Runs @p operation with @p input as its whole standard input. Returns its standard output.
 [[nodiscard]] std::string outputOf(const std::function<void()>& operation,
                                    std::string_view input = "");
 

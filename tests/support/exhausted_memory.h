@@ -3,7 +3,8 @@
 
 namespace zolt::test {
 
-/// While one lives, every `new` of the thread that made it throws std::bad_alloc.
+/// While an object of this class exists, every `new` of the thread that made it fails: it throws
+/// std::bad_alloc or, with std::nothrow, returns null.
 class ExhaustedMemory {
 public:
     ExhaustedMemory();

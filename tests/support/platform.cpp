@@ -159,7 +159,7 @@ int i2c_parse_sysinfo(int deviceType, SysInfoTree** root) {
     note(text("i2c_parse_sysinfo %d", deviceType));
     const auto found = platform().sysinfo.find(deviceType);
     if (found == platform().sysinfo.end()) {
-        return -1; // and the root stays as the caller left it
+        return -1; // *root stays as the caller left it
     }
     *root = found->second.root;
     return found->second.status;

@@ -1,8 +1,8 @@
-// The platform's libraries as a table: what a unit test says is all that can be read.
+// The platform's libraries as tables, which a unit test fills with all that can be read.
 //
-// Every call is written down in the order in which it came. A named read of a name that is not in
-// the table fails, as does a raw read of an address that is not. What a failed read of the HAL
-// leaves in the caller's vector is garbage.
+// The platform records every call, in order. A named read fails when its name is not in the table,
+// and a raw read when its address is not. A read of the HAL that fails leaves garbage in the
+// caller's vector.
 #pragma once
 
 #include "platform/sysinfo.h"
@@ -18,16 +18,16 @@ namespace zolt::test {
 using Bytes = std::vector<std::uint8_t>;
 
 struct HalObject {
-    Bytes content;               ///< what its bulk read reads from
-    int missingAsks = 0;         ///< how many asks find no object
-    std::int32_t readStatus = 0; ///< non-zero: the bulk read fails with it
-    bool deliversLess = false;   ///< a bulk read past the content's end delivers what there is
+    Bytes content;               ///< bytes that a bulk read can deliver
+    int missingAsks = 0;         ///< number of requests that find no object
+    std::int32_t readStatus = 0; ///< if not 0, a bulk read fails with it
+    bool deliversLess = false;   ///< a bulk read past the end delivers the bytes up to it
     bool callbackRegistered = false;
     std::int32_t unregisterStatus = 0;
     std::exception_ptr thrownByUnregister{}; ///< UnregisterInterruptCallback() throws it
 };
 
-/// What the sysinfo parser library says about one device type. The test owns the records.
+/// The sysinfo parser library's answer for one device type. The test owns the records.
 struct SysInfo {
     std::int32_t status = 0;
     SysInfoTree* root = nullptr;
@@ -35,12 +35,12 @@ struct SysInfo {
 
 struct Platform {
     std::map<std::string, Bytes> named;        ///< ReadIO_Str
-    std::map<std::string, std::uint32_t> size; ///< what ReadIO_Str reports, where that is a lie
+    std::map<std::string, std::uint32_t> size; ///< wrong sizes that ReadIO_Str reports
     std::map<std::uint32_t, std::uint8_t> raw; ///< cpld_read_device and cpld_read_block_device
-    std::int32_t rawStatus = 5;                ///< status of a raw read that fails
+    std::int32_t rawStatus = 5;                ///< status of every raw read that fails
     std::map<std::string, HalObject> hal;      ///< HAL_cfgdata::ReadHALConfig
     std::map<int, SysInfo> sysinfo;            ///< i2c_parse_sysinfo; no data for other types
-    std::exception_ptr thrown;                 ///< ReadIO_Str throws it
+    std::exception_ptr thrown;                 ///< ReadIO_Str throws it, if set
 
     std::vector<std::string> calls;   ///< "ReadIO_Str NAME", "cpld_read_device 0xADDRESS",
                                       ///< "free_sysinfo TYPE", ...

@@ -1,4 +1,4 @@
-// A directory that a test has for itself.
+// A temporary directory for one test.
 #pragma once
 
 #include <cstdlib>
@@ -7,10 +7,10 @@
 
 namespace zolt::test {
 
-/// Exists, and is empty at first, for as long as the object lives.
+/// Creates an empty directory, and removes it with all its contents when the object is destroyed.
 class PrivateDirectory {
 public:
-    /// @param name of a directory within a temporary one; empty for the temporary one itself
+    /// @param name names a directory below the temporary one; if empty, path() is the temporary one
     explicit PrivateDirectory(const std::string& name = "") {
         std::string pattern = (std::filesystem::temp_directory_path() / "test-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) {

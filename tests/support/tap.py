@@ -1,48 +1,107 @@
-"""Runs the test cases of a program under unittest and prints the result as TAP."""
+"""Runs the test cases of a program under unittest and prints the result as TAP.
+
+Each test has exactly one line, so that the plan matches. A failure in a sub-test, in tearDown or
+in a clean-up makes its test "not ok" and stands as diagnostics below that line. A test that never
+runs, because setUpClass failed, is "not ok", too.
+"""
 
 import sys
 import unittest
 
 
+def tests_in(suite):
+    for part in suite:
+        if isinstance(part, unittest.TestSuite):
+            yield from tests_in(part)
+        else:
+            yield part
+
+
+def name_of(test):
+    return test.id().replace("__main__.", "")
+
+
 class TapResult(unittest.TestResult):
-    def __init__(self):
+    def __init__(self, suite):
         super().__init__()
-        self.number = 0
+        self._waiting = list(tests_in(suite))
+        self._number = 0
+        self._running = None
+        self._print(f"1..{len(self._waiting)}")
 
-    def _line(self, result, test, details=""):
-        self.number += 1
-        print(f"{result} {self.number} - {test.id().removeprefix('__main__.')}")
-        for line in details.splitlines():
-            print(f"# {line}")
-        sys.stdout.flush()
+    def startTest(self, test):
+        super().startTest(test)
+        self._waiting.remove(test)
+        self._running = test
+        self._ok = True
+        self._skip = ""
+        self._details = []
 
-    def addSuccess(self, test):
-        self._line("ok", test)
+    def stopTest(self, test):
+        super().stopTest(test)
+        self._running = None
+        self._line(self._ok, test, self._details, self._skip)
 
     def addSkip(self, test, reason):
         super().addSkip(test, reason)
-        self.number += 1
-        print(f"ok {self.number} - {test.id().removeprefix('__main__.')} # SKIP {reason}")
+        if test is self._running:
+            self._skip = f" # SKIP {reason}"
+        else:
+            self._explain(test, f"skipped: {reason}")
 
     def addFailure(self, test, err):
         super().addFailure(test, err)
-        self._line("not ok", test, self.failures[-1][1])
+        self._fail(test, self.failures[-1][1])
 
     def addError(self, test, err):
         super().addError(test, err)
-        self._line("not ok", test, self.errors[-1][1])
+        self._fail(test, self.errors[-1][1])
 
     def addSubTest(self, test, subtest, err):
         super().addSubTest(test, subtest, err)
         if err is not None:
             failed = self.failures if issubclass(err[0], test.failureException) else self.errors
-            self._line("not ok", subtest, failed[-1][1])
+            self._fail(subtest, failed[-1][1])
+
+    def addUnexpectedSuccess(self, test):
+        super().addUnexpectedSuccess(test)
+        self._fail(test, "succeeds, although it is expected to fail")
+
+    def finish(self):
+        """Prints the lines of the tests that never ran. Returns whether every test is ok."""
+        all_ran = self._number > 0 and not self._waiting
+        for test in self._waiting:
+            self._line(False, test, ["did not run"])
+        return all_ran and self.wasSuccessful()
+
+    def _fail(self, test, text):
+        self._ok = False
+        self._explain(test, text)
+
+    def _explain(self, test, text):
+        lines = text.splitlines()
+        if test is not self._running:  # a sub-test, or setUpClass or tearDownClass
+            lines.insert(0, name_of(test))
+        if self._running is None:
+            self._print(*(f"# {line}" for line in lines))
+        else:
+            self._details += lines
+
+    def _line(self, ok, test, details, skip=""):
+        self._number += 1
+        self._print(
+            f"ok {self._number} - {name_of(test)}{skip}" if ok
+            else f"not ok {self._number} - {name_of(test)}",
+            *(f"# {line}" for line in details),
+        )
+
+    @staticmethod
+    def _print(*lines):
+        print(*lines, sep="\n", flush=True)
 
 
 def main():
     suite = unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"])
-    result = TapResult()
-    print(f"1..{suite.countTestCases()}")
+    result = TapResult(suite)
     suite.run(result)
-    complete = result.number == suite.countTestCases() and result.number > 0
-    sys.exit(0 if complete and result.wasSuccessful() else 1)
+    sys.exit(0 if result.finish() else 1)

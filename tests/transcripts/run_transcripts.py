@@ -1,20 +1,20 @@
 #!/usr/bin/env python3
-"""Replays whole dialogues with the real program on the board stand-in.
+"""Replays whole dialogues with the tool on boards of the stand-in.
 
 A transcript is a directory:
 
-    args        arguments of zolt_test, as a shell splits words (none: interactive mode)
-    stdin       what is typed (empty when absent)
-    stdout      everything that is printed, byte for byte
-    board.toml  the board; or, in a file named board, the name of one that comes with the tool
-    options     further options of zolt_sim, as a shell splits words
-    calls       the calls of the platform's libraries, one a line, in order
-    debug_log   the lines of the platform's debug log; * for the number of a source line
-    i2c_log     the control transactions of the I2C bus driver, one a line
+    args        arguments of zolt_test, split as by a shell (none: interactive mode)
+    stdin       input of the tool (none: empty)
+    stdout      expected output of the tool, byte for byte
+    board.toml  the board; instead, a file named board may name a board that comes with the tool
+    options     further options of zolt_sim, split as by a shell
+    calls       expected calls of the platform's libraries, in order, one on each line
+    debug_log   expected lines of the platform's debug log; * stands for the number of a source line
+    i2c_log     expected control transactions of the I2C bus driver, one on each line
 
-The first three say what must be the same; the logs are looked at where they stand.
-The exit status of the tool is always 0. The result is printed as TAP. ZOLT_TEST_WRAPPER, when
-set, is a command put before the tool (a memory checker, say).
+Only stdout and a board are required. A log is compared only when the transcript has a file for it.
+The tool's exit status has to be 0. The result is printed as TAP. The environment variable
+ZOLT_TEST_WRAPPER may hold a command to run the tool under, such as a memory checker.
 """
 
 import argparse
@@ -79,7 +79,7 @@ def replay(case, sim, tool):
                 check=False,
             )
         except subprocess.TimeoutExpired:
-            return [f"no end after {TIMEOUT_SECONDS} s"]
+            return [f"still running after {TIMEOUT_SECONDS} s"]
         problems = difference("stdout", (case / "stdout").read_bytes(), done.stdout)
         for name, log in logs.items():
             if (case / name).exists():

@@ -9,7 +9,7 @@
 namespace sdbusplus::test {
 namespace {
 
-// Gives the text of a call back in brackets; any other member is refused.
+// Answers Echo with the call's text in brackets, and refuses any other member.
 int echo(sd_bus_message* call, void*, sd_bus_error* error) {
     if (sd_bus_message_is_method_call(call, "a.b", "Echo") == 0) {
         return sd_bus_error_setf(error, "a.b.NoSuchMember", "no member %s",
@@ -44,7 +44,7 @@ TEST(Bus, callThatIsRefusedThrowsTheErrorOfTheReply) {
     message_t request = peer.bus().new_method_call("a.b", "/", "a.b", "Nothing");
     EXPECT_EQ(errorOf([&] { (void)peer.bus().call(request); }),
               "sd_bus_call: a.b.NoSuchMember: no member Nothing");
-    // The connection serves on.
+    // The connection still works.
     message_t next = peer.bus().new_method_call("a.b", "/", "a.b", "Echo");
     next.append("again");
     EXPECT_TRUE(peer.bus().call(next));
@@ -57,7 +57,7 @@ TEST(Bus, callThatIsNotAnsweredInTimeThrows) {
               "sd_bus_call: org.freedesktop.DBus.Error.Timeout: Connection timed out");
 }
 
-TEST(Bus, callOfNoMessageThrows) {
+TEST(Bus, callWithoutAMessageThrows) {
     Peer peer(never);
     message_t nothing(nullptr);
     EXPECT_FALSE(nothing);
@@ -65,14 +65,14 @@ TEST(Bus, callOfNoMessageThrows) {
               "sd_bus_call: org.freedesktop.DBus.Error.InvalidArgs: Invalid argument");
 }
 
-TEST(Bus, nameThatIsNoneIsRefusedWhenTheCallIsMade) {
+TEST(Bus, invalidPathIsRefusedWhenTheCallIsCreated) {
     Peer peer(never);
     EXPECT_EQ(errorOf([&] { (void)peer.bus().new_method_call("a.b", "", "a.b", "Echo"); }),
               "sd_bus_message_new_method_call: org.freedesktop.DBus.Error.InvalidArgs: "
               "Invalid argument");
 }
 
-TEST(Bus, thatCouldNotBeHadFailsAtTheFirstCall) {
+TEST(Bus, thatCannotBeReachedFailsAtTheFirstCall) {
     ASSERT_EQ(setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1), 0);
     bus_t bus = bus::new_default_system();
     EXPECT_EQ(errorOf([&] { (void)bus.new_method_call("a.b", "/", "a.b", "Echo"); }),

@@ -27,20 +27,20 @@ TEST(SdBusError, ofAnErrnoHasTheNameAndTextThatSdBusGivesIt) {
     expect(SdBusError(-ENOTCONN, "sd_bus_call"), expected);
 }
 
-TEST(SdBusError, ofAnErrnoThatDBusHasAnErrorForBearsThatName) {
+TEST(SdBusError, ofAnErrnoThatDBusHasAnErrorForHasTheNameOfThatError) {
     expect(SdBusError(-EINVAL, "sd_bus_message_new_method_call"),
            {"org.freedesktop.DBus.Error.InvalidArgs", "Invalid argument",
             "sd_bus_message_new_method_call: org.freedesktop.DBus.Error.InvalidArgs: "
             "Invalid argument"});
 }
 
-TEST(SdBusError, ofAnErrorBearsItsTexts) {
+TEST(SdBusError, ofAnErrorHasItsNameAndText) {
     const sd_bus_error error{"a.b.Broken", "it broke", 0};
     expect(SdBusError(error, "sd_bus_call"),
            {"a.b.Broken", "it broke", "sd_bus_call: a.b.Broken: it broke"});
 }
 
-TEST(SdBusError, leavesOutWhatTheErrorDoesNotHave) {
+TEST(SdBusError, leavesOutAMissingNameOrText) {
     const sd_bus_error nameless{};
     expect(SdBusError(nameless, "sd_bus_call"), {"", "", "sd_bus_call"});
     const sd_bus_error textless{"a.b.Broken", nullptr, 0};
@@ -52,7 +52,7 @@ TEST(SdBusError, isCaughtAsAnExceptionOfTheLibraryAndOfTheStandard) {
     EXPECT_THROW(details::checked(-EIO, "call"), std::exception);
 }
 
-TEST(Checked, passesOnWhatIsNoFailure) {
+TEST(Checked, returnsAResultThatIsNoFailure) {
     EXPECT_EQ(details::checked(0, "call"), 0);
     EXPECT_EQ(details::checked(7, "call"), 7);
 }

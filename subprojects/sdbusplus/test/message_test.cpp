@@ -45,7 +45,7 @@ TEST(Message, appendsEachValueUnderItsSignature) {
               std::tuple(true, 1, -2, 3, -4, 5U, -6, 7U, 8.5, "nine", "ten", "/eleven"));
 }
 
-TEST(Message, appendThrowsForWhatSdBusRefuses) {
+TEST(Message, appendThrowsWhenSdBusRefusesTheValue) {
     Peer peer(silent);
     message_t message = underConstruction(peer);
     EXPECT_EQ(errorOf([&] { message.append(message::object_path("no path")); }),
@@ -60,7 +60,7 @@ TEST(Message, appendThrowsForWhatSdBusRefuses) {
     EXPECT_EQ(errorOf([&] { message.append(true); }), "sd_bus_message_append_basic bool" + closed);
 }
 
-TEST(Message, knowsAnErrorReply) {
+TEST(Message, tellsAnErrorReplyFromOtherMessages) {
     Peer peer(silent);
     message_t request = underConstruction(peer);
     ASSERT_GE(sd_bus_message_seal(request.get(), 1, 0), 0);

@@ -38,7 +38,7 @@ TEST(Read, numbersKeepTheirRange) {
     EXPECT_EQ(read<double>(holding("d", -0.5)), -0.5);
 }
 
-// On the wire and in sd-bus a boolean has four bytes, in the program one.
+// A boolean has four bytes on the wire and in sd-bus, but one byte in the program.
 TEST(Read, booleanTakesOneByte) {
     struct {
         bool value = false;
@@ -112,7 +112,7 @@ TEST(Read, mapKeepsTheFirstOfTwoEntriesWithTheSameKey) {
               (Numbers{{"a", 1}, {"b", 3}}));
 }
 
-TEST(Read, containersGrow) {
+TEST(Read, readingAppendsToAContainer) {
     std::vector<std::uint8_t> bytes{1};
     holding("ay", 1, 2).read(bytes);
     EXPECT_EQ(bytes, (std::vector<std::uint8_t>{1, 2}));
@@ -124,14 +124,14 @@ TEST(Read, containersGrow) {
 using Pair = std::tuple<std::uint8_t, std::uint8_t>;
 using Value = std::variant<Pair, std::uint16_t, std::uint8_t, bool>;
 
-TEST(ReadVariant, takesTheAlternativeOfTheContents) {
+TEST(ReadVariant, takesTheAlternativeThatTheContentsFit) {
     EXPECT_EQ(read<Value>(holding("v", "(yy)", 1, 2)), Value(Pair(1, 2)));
     EXPECT_EQ(read<Value>(holding("v", "q", 512)), Value(std::uint16_t{512}));
     EXPECT_EQ(read<Value>(holding("v", "y", 7)), Value(std::uint8_t{7}));
     EXPECT_EQ(read<Value>(holding("v", "b", 1)), Value(true));
 }
 
-TEST(ReadVariant, thatFitsNoAlternativeIsSteppedOverAndBecomesTheFirstOnesDefault) {
+TEST(ReadVariant, thatFitsNoAlternativeIsSkippedAndBecomesTheFirstAlternativesDefault) {
     using Values = std::map<std::string, Value>;
     const auto values =
         read<Values>(holding("a{sv}", 5, "a", "s", "text", "b", "(yyy)", 1, 2, 3, "c", "a{sas}", 1,
@@ -143,7 +143,7 @@ TEST(ReadVariant, thatFitsNoAlternativeIsSteppedOverAndBecomesTheFirstOnesDefaul
                               {"e", std::uint8_t{9}}}));
 }
 
-TEST(ReadVariant, thatFitsNoAlternativeForgetsWhatItHeld) {
+TEST(ReadVariant, thatFitsNoAlternativeLosesItsEarlierValue) {
     Value value = true;
     holding("v", "s", "text").read(value);
     EXPECT_EQ(value, Value(Pair(0, 0)));
@@ -172,7 +172,7 @@ TEST(ReadVariant, holdsEveryKindOfContents) {
     EXPECT_EQ(read<Any>(holding("v", "ab", 2, 0, 1)), Any(std::vector<bool>{false, true}));
 }
 
-// The bytes of a sender whose numbers start with their most significant byte.
+// Reads a message from a big-endian sender.
 template <typename T>
 T readBigEndian(const char* signature, std::initializer_list<std::uint8_t> body) {
     return read<T>(receivedBigEndian(signature, body));
@@ -203,15 +203,15 @@ TEST(ReadBigEndian, vectors) {
 TEST(ReadBigEndian, variantsInAMap) {
     using Numbers = std::variant<std::string, std::vector<std::uint16_t>>;
     const auto values = readBigEndian<std::map<std::string, Numbers>>(
-        "a{sv}", {0, 0, 0, 20, 0,   0, 0,    0,             // 20 bytes from the entry on
+        "a{sv}", {0, 0, 0, 20, 0,   0, 0,    0,             // 20 bytes of entries, padding
                   0, 0, 0, 1,  'a', 0, 2,    'a',  'q',  0, // "a", of signature "aq"
                   0, 0, 0, 0,  0,   4, 0x12, 0x34, 0x56, 0x78});
     EXPECT_EQ(values,
               (std::map<std::string, Numbers>{{"a", std::vector<std::uint16_t>{0x1234, 0x5678}}}));
 }
 
-// A message that holds something else, or less, than what is asked for.
-TEST(ReadFailure, namesTheCallAndTheKind) {
+// The message holds a value of another type than the reader asks for, or no value.
+TEST(ReadFailure, namesTheCallAndTheKindOfValue) {
     const std::string mismatch = ": System.Error.ENXIO: No such device or address";
     const auto errorOfReading = [&]<typename T>(std::type_identity<T>, message_t message) {
         return errorOf([&] { (void)read<T>(std::move(message)); });
@@ -239,7 +239,7 @@ TEST(ReadFailure, namesTheCallAndTheKind) {
               "sd_bus_message_skip variant" + mismatch);
 }
 
-TEST(ReadFailure, ofAMessageUnderConstruction) {
+TEST(ReadFailure, messageUnderConstructionCannotBeRead) {
     Peer peer([](sd_bus_message*, void*, sd_bus_error*) { return 1; });
     message_t open = peer.bus().new_method_call("a.b", "/", "a.b", "C");
     Value value;

@@ -36,7 +36,7 @@ sd_bus* connected(int socket, bool server) {
     return raw;
 }
 
-// Answers until the other end is closed.
+// Answers calls until the other end is closed.
 void serve(int socket, sd_bus_message_handler_t answer) {
     sd_bus* raw = connected(socket, true);
     require(sd_bus_add_filter(raw, nullptr, answer, nullptr));
@@ -49,7 +49,7 @@ void serve(int socket, sd_bus_message_handler_t answer) {
     sd_bus_close_unref(raw);
 }
 
-// A signal as it is on the wire, with every number of its head in big endian.
+// A signal as its bytes on the wire, with big-endian numbers.
 class BigEndianSignal {
 public:
     BigEndianSignal(std::string_view signature, std::initializer_list<std::uint8_t> body) {
@@ -72,7 +72,7 @@ public:
 private:
     void align() { bytes_.resize((bytes_.size() + 7) / 8 * 8); }
 
-    // No number of these messages needs more than a byte.
+    // Every number in these messages fits into its last byte.
     void number(std::size_t value) {
         bytes_.insert(bytes_.end(), {0, 0, 0, static_cast<std::uint8_t>(value)});
     }
@@ -117,7 +117,8 @@ message_t receivedBigEndian(std::string_view signature, std::initializer_list<st
         require(sd_bus_process(receiver, nullptr));
         require(sd_bus_process(sender, nullptr));
     }
-    // The two have agreed to talk; sd-bus itself would send in this machine's order.
+    // Both connections are ready. The signal bypasses sd-bus, which would send it in this machine's
+    // byte order.
     const BigEndianSignal signal(signature, body);
     const auto size = static_cast<ssize_t>(signal.bytes().size());
     require(write(far, signal.bytes().data(), signal.bytes().size()) == size ? 0 : -1);

@@ -13,18 +13,18 @@
 
 namespace sdbusplus::test {
 
-/// Fills a message that is under construction; what it returns is sd-bus's result.
+/// Fills a message that is under construction. Returns sd-bus's result.
 using Fill = std::function<int(sd_bus_message*)>;
 
-/// A finished message with the contents that @p fill gives it, at its start for reading.
+/// Returns a finished message that @p fill has filled, ready to be read from its start.
 [[nodiscard]] message_t received(const Fill& fill);
 
-/// A message as it comes from a machine of the other byte order, at its start for reading.
-/// @param body its contents as they are on the wire, of @p signature
+/// Returns a message as a big-endian machine sends it, ready to be read from its start.
+/// @param body contents of the type @p signature, as their bytes on the wire
 [[nodiscard]] message_t receivedBigEndian(std::string_view signature,
                                           std::initializer_list<std::uint8_t> body);
 
-/// A connection whose other end answers every call in a thread of its own.
+/// A connection whose other end answers every call, in a thread of its own.
 class Peer {
 public:
     /// @param answer replies to a call, or returns a negative errno for an error reply
@@ -33,7 +33,7 @@ public:
     Peer& operator=(const Peer&) = delete;
     ~Peer();
 
-    /// The near end.
+    /// The test's end of the connection.
     [[nodiscard]] bus_t& bus() { return bus_; }
 
 private:
@@ -43,7 +43,7 @@ private:
     bus_t bus_;
 };
 
-/// The text of the SdBusError that @p action ends with; empty when it does not.
+/// Runs @p action. Returns the text of the SdBusError that it throws, or an empty text.
 [[nodiscard]] std::string errorOf(const std::function<void()>& action);
 
 } // namespace sdbusplus::test

@@ -1,0 +1,166 @@
+#!/usr/bin/env python3
+"""tap.py, run on small programs that fail in every place where unittest allows a failure."""
+
+import pathlib
+import subprocess
+import sys
+import unittest
+
+PROGRAM = """
+import sys, unittest
+sys.path.insert(0, {support!r})
+import tap
+{classes}
+tap.main()
+"""
+
+
+class Tap(unittest.TestCase):
+    def check(self, classes, status, *lines, explained=()):
+        """Runs a program of these test classes. Expects its lines without the diagnostics, and some
+        lines of the diagnostics."""
+        program = PROGRAM.format(support=str(pathlib.Path(__file__).parent), classes=classes)
+        done = subprocess.run(
+            [sys.executable, "-c", program], capture_output=True, text=True, check=False
+        )
+        self.assertEqual(done.stderr, "")
+        printed = done.stdout.splitlines()
+        self.assertEqual([line for line in printed if not line.startswith("#")], list(lines))
+        for line in explained:
+            self.assertIn("# " + line, printed)
+        self.assertEqual(done.returncode, status)
+
+    def test_passed_and_skipped_tests_are_ok(self):
+        self.check(
+            """
+class A(unittest.TestCase):
+    def test_1(self): pass
+    @unittest.skip("no room")
+    def test_2(self): self.fail()
+    def test_3(self): self.skipTest("no time")
+    @unittest.expectedFailure
+    def test_4(self): self.fail()
+@unittest.skip("no need")
+class B(unittest.TestCase):
+    def test_5(self): self.fail()
+""",
+            0,
+            "1..5",
+            "ok 1 - A.test_1",
+            "ok 2 - A.test_2 # SKIP no room",
+            "ok 3 - A.test_3 # SKIP no time",
+            "ok 4 - A.test_4",
+            "ok 5 - B.test_5 # SKIP no need",
+        )
+
+    def test_failed_test_is_not_ok_and_explained(self):
+        self.check(
+            """
+class A(unittest.TestCase):
+    def test_1(self): self.assertEqual(1, 2)
+    def test_2(self): raise ValueError("wrong value")
+    @unittest.expectedFailure
+    def test_3(self): pass
+    def test_4(self): pass
+""",
+            1,
+            "1..4",
+            "not ok 1 - A.test_1",
+            "not ok 2 - A.test_2",
+            "not ok 3 - A.test_3",
+            "ok 4 - A.test_4",
+            explained=(
+                "AssertionError: 1 != 2",
+                "ValueError: wrong value",
+                "succeeds, although it is expected to fail",
+            ),
+        )
+
+    def test_test_with_failed_sub_tests_has_one_line(self):
+        self.check(
+            """
+class A(unittest.TestCase):
+    def test_1(self):
+        for i in range(4):
+            with self.subTest(i=i):
+                self.assertEqual(i % 2, 0, "odd")
+    def test_2(self):
+        with self.subTest("one"): raise ValueError("wrong value")
+        self.fail("the end")
+    def test_3(self):
+        with self.subTest("one"): pass
+        with self.subTest("two"): self.skipTest("no time")
+""",
+            1,
+            "1..3",
+            "not ok 1 - A.test_1",
+            "not ok 2 - A.test_2",
+            "ok 3 - A.test_3",
+            explained=(
+                "A.test_1 (i=1)",
+                "AssertionError: 1 != 0 : odd",
+                "A.test_1 (i=3)",
+                "A.test_2 [one]",
+                "ValueError: wrong value",
+                "AssertionError: the end",
+                "A.test_3 [two]",
+                "skipped: no time",
+            ),
+        )
+
+    def test_test_that_fails_several_times_has_one_line(self):
+        self.check(
+            """
+class A(unittest.TestCase):
+    def tearDown(self): raise ValueError("torn")
+    def test_1(self):
+        self.addCleanup(self.fail, "unclean")
+        self.fail("wrong")
+    def test_2(self): self.skipTest("no time")
+""",
+            1,
+            "1..2",
+            "not ok 1 - A.test_1",
+            "not ok 2 - A.test_2",
+            explained=("AssertionError: wrong", "ValueError: torn", "AssertionError: unclean"),
+        )
+
+    def test_tests_of_a_class_that_cannot_be_set_up_are_not_ok(self):
+        self.check(
+            """
+class A(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls): raise ValueError("no class")
+    def test_1(self): pass
+    def test_2(self): pass
+class B(unittest.TestCase):
+    def test_3(self): pass
+""",
+            1,
+            "1..3",
+            "ok 1 - B.test_3",
+            "not ok 2 - A.test_1",
+            "not ok 3 - A.test_2",
+            explained=("setUpClass (A)", "ValueError: no class", "did not run"),
+        )
+
+    def test_class_that_cannot_be_torn_down_fails_the_program(self):
+        self.check(
+            """
+class A(unittest.TestCase):
+    @classmethod
+    def tearDownClass(cls): raise ValueError("torn")
+    def test_1(self): pass
+""",
+            1,
+            "1..1",
+            "ok 1 - A.test_1",
+            explained=("tearDownClass (A)", "ValueError: torn"),
+        )
+
+    def test_program_without_tests_fails(self):
+        self.check("", 1, "1..0")
+
+
+if __name__ == "__main__":
+    unittest.main()
