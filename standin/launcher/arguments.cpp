@@ -28,7 +28,7 @@ constexpr std::array<option, 8> longOptions{{
     {nullptr, 0, nullptr, 0},
 }};
 
-// What an option names; an empty name is a variable that the caller did not set.
+// The value of an option. An empty value is refused: it comes from a variable that is not set.
 std::string named(const char* option) {
     if (*optarg == '\0') {
         throw ArgumentsError(std::string("--") + option + ": the name is empty");
@@ -42,7 +42,8 @@ Arguments parseArguments(int argc, char* const argv[]) {
     Arguments arguments;
     opterr = 0;
     optind = 0;
-    // '+': the command's own options are not ours; ':' tells a missing value from a wrong option.
+    // '+' stops at the command, whose options are its own. ':' tells a missing value from a wrong
+    // option.
     for (int letter = 0;
          (letter = getopt_long(argc, argv, "+:", longOptions.data(), nullptr)) != -1;) {
         switch (letter) {
