@@ -25,14 +25,14 @@ T number(TomlTable& table, std::string_view key, T otherwise = 0) {
             .value_or(otherwise));
 }
 
-// A truth value, or any byte for a record that says something else.
+// Reads a flag: true or false, or a byte for a record with another value.
 std::uint8_t flag(TomlTable& table, std::string_view key) {
     const auto* const node = table.node(key);
     return node != nullptr && node->is_boolean() ? std::uint8_t{*table.boolean(key)}
                                                  : number<std::uint8_t>(table, key);
 }
 
-// A text that may fill its field, and then is not terminated there.
+// Reads a name. A name that fills its field has no terminator there.
 std::string nameOf(TomlTable& table, std::size_t room) {
     std::string name = table.text("name").value_or("");
     if (name.size() > room) {
@@ -174,7 +174,7 @@ IndexNode readIndexNode(TomlTable& table) {
     return node;
 }
 
-// The driver makes a bus of its own for each node behind a parent.
+// Each index node with a parent needs a bus of its own: the driver creates a bus for each.
 void checkParent(TomlTable& table, const IndexNode& node, const std::set<std::int64_t>& known,
                  const std::set<std::int64_t>& taken) {
     if (!node.parent) {

@@ -10,7 +10,7 @@ namespace standin {
 
 namespace {
 
-// Names the key whose bytes do not fit.
+// Refuses bytes that run past the block, and names their key.
 [[noreturn]] void refusePastEnd(TomlTable& table, const Slot& slot, std::uint32_t start) {
     const auto oemStart = static_cast<std::uint32_t>(start + slot.payload.size());
     const bool payloadFits = slot.payload.empty() || oemStart <= payloadRoom;
@@ -39,7 +39,7 @@ void PayloadBlock::place(TomlTable& table, Slot& slot) {
             .value_or(size == 0 ? 0 : next()));
     slot.payloadOffset = static_cast<std::uint16_t>(start);
     if (size == 0) {
-        return; // it may point at another's bytes
+        return; // a slot without bytes may point at another slot's
     }
     if (start + size > payloadRoom) {
         refusePastEnd(table, slot, start);

@@ -18,7 +18,7 @@ std::string range(std::int64_t lowest, std::int64_t highest) {
     return std::to_string(lowest) + " to " + std::to_string(highest);
 }
 
-// How many letters must change to make one word of the other.
+// The number of letters to change, add or remove to turn one word into the other.
 std::size_t distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
