@@ -6,8 +6,8 @@
 // need no replacement.
 //
 // The machine's buses stay out of reach. Opening an I2C device by another path fails with ENOENT.
-// An I2C ioctl on a device that another process has handed over fails with ENODEV. zolt_sim
-// itself stops programs that bypass the C library.
+// If another process hands over an open device, I2C ioctls on it fail with ENODEV, but reads and
+// writes do not. zolt_sim itself stops programs that bypass the C library.
 //
 // Where possible, the replacements make system calls directly. They then work in every process at
 // any time, before or behind a sanitizer's wrappers for the same functions.
