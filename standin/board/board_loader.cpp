@@ -49,13 +49,13 @@ void readObjectPath(TomlTable& module, Slot& slot, DescribedOnce& objects) {
     const auto type = module.text("type");
     const auto object = module.text("object");
     if (type.has_value() != object.has_value()) {
-        module.place().refuse("module: 'type' and 'object' go together");
+        module.place().refuse("module: give both 'type' and 'object', or neither");
     }
     if (!type) {
         return;
     }
     if (std::ranges::find(moduleTypes, *type, &ModuleType::name) == std::end(moduleTypes)) {
-        module.place("type").refuse("module: '" + *type + "' is no type of the service");
+        module.place("type").refuse("module: '" + *type + "' is not a module type");
     }
     if (!isPathElement(*object)) {
         module.place("object").refuse("module: 'object' must be letters, digits and underscores");
@@ -71,7 +71,7 @@ void readModuleBytes(TomlTable& table, Slot& slot, DescribedOnce& objects) {
     slot.oemArea = table.bytes("oem_area").value_or(Bytes{});
     if (auto module = table.table("module")) {
         if (!slot.payload.empty() || !slot.oemArea.empty()) {
-            module->place().refuse("slot: has a module, and bytes in its place");
+            module->place().refuse("slot: 'module' cannot stand beside 'payload' or 'oem_area'");
         }
         ModuleBytes bytes = readModule(*module);
         slot.payload = std::move(bytes.payload);

@@ -34,7 +34,7 @@ void takeAddresses(FaultRule& rule, std::string_view word) {
         dash == std::string_view::npos ? first : numberIn(word.substr(dash + 1), 0, highest);
     if (!first || !last) {
         throw FaultRuleError("'" + std::string(word) +
-                             "' is no raw address or range of them (0x0000 to 0xFFFF)");
+                             "' is not a raw address or a range of addresses (0x0000 to 0xFFFF)");
     }
     rule.first = static_cast<std::uint16_t>(*first);
     rule.last = static_cast<std::uint16_t>(*last);
@@ -45,7 +45,8 @@ void takeAddresses(FaultRule& rule, std::string_view word) {
 
 void takeAbsent(FaultRule& rule, std::string_view word) {
     if (word != "absent") {
-        throw FaultRuleError("it can only be absent, not '" + std::string(word) + "'");
+        throw FaultRuleError("'" + std::string(word) +
+                             "' is not understood here, only 'absent' is");
     }
     rule.subject = word;
 }

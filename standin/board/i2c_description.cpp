@@ -93,10 +93,10 @@ void readMemory(TomlTable& table, I2cDevice& device) {
         table.integer("pointer_width", 1, 2).value_or(size > shortPointerReach ? 2 : 1));
     if (size < described) {
         table.place("size").refuse("device: 'memory' has " + std::to_string(described) +
-                                   " bytes, more than its size");
+                                   " bytes, more than 'size'");
     }
     if (size > (device.pointerWidth == 1 ? shortPointerReach : longPointerReach)) {
-        table.place("size").refuse("device: its register pointer does not reach " +
+        table.place("size").refuse("device: a 'pointer_width' of 1 does not reach " +
                                    std::to_string(size) + " bytes");
     }
     device.memory.resize(
@@ -181,13 +181,14 @@ void checkParent(TomlTable& table, const IndexNode& node, const std::set<std::in
         return;
     }
     if (node.physicalBus < 0) {
-        table.place().refuse("index_node: behind a parent, 'physical_bus' is missing");
+        table.place().refuse("index_node: a node with 'parent' needs 'physical_bus'");
     }
     if (!known.contains(*node.parent)) {
-        table.place("parent").refuse("index_node: 'parent' is no bus that is described before");
+        table.place("parent").refuse(
+            "index_node: 'parent' must be a bus that is described before it");
     }
     if (taken.contains(node.physicalBus)) {
-        table.place("physical_bus").refuse("index_node: another one has that bus already");
+        table.place("physical_bus").refuse("index_node: another node has this bus already");
     }
 }
 

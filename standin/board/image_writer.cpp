@@ -46,7 +46,8 @@ private:
         while (!bytes.empty()) {
             const ssize_t written = ::write(file, bytes.data(), bytes.size());
             if (written < 0) {
-                throw std::system_error(errno, std::generic_category(), "board image");
+                throw std::system_error(errno, std::generic_category(),
+                                        "cannot write the board's image");
             }
             bytes = bytes.subspan(static_cast<std::size_t>(written));
         }

@@ -47,8 +47,8 @@ void PayloadBlock::place(TomlTable& table, Slot& slot) {
     for (const Placed& other : placed_) {
         if (start < other.end && other.start < start + size) {
             table.place("payload_offset")
-                .refuse("slot: what lies at offset " + std::to_string(start) +
-                        " covers bytes of slot " + std::to_string(other.slot));
+                .refuse("slot: the bytes at offset " + std::to_string(start) +
+                        " overlap bytes of slot " + std::to_string(other.slot));
         }
     }
     placed_.push_back({.slot = slot.id, .start = start, .end = start + size});

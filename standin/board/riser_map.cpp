@@ -55,7 +55,8 @@ void appendCounted(Bytes& record, const Bytes& items, std::size_t itemSize,
 Bytes readSlots(TomlTable& table) {
     Bytes slots = table.bytes("slots").value_or(Bytes{});
     if (slots.size() % 2 != 0) {
-        table.place("slots").refuse("record: 'slots' lists number and type of each slot");
+        table.place("slots").refuse(
+            "record: 'slots' needs two bytes for each slot, number and type");
     }
     if (slots.size() / 2 > 0xFF) {
         table.place("slots").refuse("record: 'slots' has more than 255 slots");

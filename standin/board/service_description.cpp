@@ -66,8 +66,9 @@ Property readProperty(TomlTable& table, const std::string& name) {
             }
         }
     }
-    table.place(name).refuse("'" + name + "' is no truth value, 16-bit number or text; write " +
-                             "{ signature = ..., value = ... }");
+    table.place(name).refuse("'" + name +
+                             "' must be true, false, a number from 0 to 65535 or a text; " +
+                             "write any other type as { signature = ..., value = ... }");
 }
 
 std::vector<Property> readProperties(TomlTable& table) {

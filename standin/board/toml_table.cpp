@@ -140,7 +140,7 @@ std::optional<Bytes> TomlTable::bytes(std::string_view key) {
             const auto byte = numberIn("0x" + std::string(word), 0, highest);
             if (word.size() != 2 || !byte) {
                 placeOf(*node).refuse(what_ + ": " + quoted(key) + ": " + quoted(word) +
-                                      " is no byte of two hexadecimal digits");
+                                      " is not a byte of two hexadecimal digits");
             }
             bytes.push_back(static_cast<std::uint8_t>(*byte));
             rest.remove_prefix(word.size());

@@ -96,7 +96,7 @@ Started startCommand(char* const* command, const Environment& additions,
                      const Inherited& inherited) {
     std::array<int, 2> failure{};
     if (pipe2(failure.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe");
+        throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
     const pid_t parent = getpid();
     Started started{.pid = fork()};
@@ -114,7 +114,7 @@ Started startCommand(char* const* command, const Environment& additions,
     }
     if (obstacle.isBuses) {
         throw std::system_error(obstacle.error, std::generic_category(),
-                                "the machine's I2C buses cannot be kept from the command");
+                                "cannot keep the command away from the machine's I2C buses");
     }
     if (obstacle.error != 0) {
         started = {.failure = {obstacle.error == ENOENT ? 127 : 126, obstacle.error}};
@@ -124,11 +124,12 @@ Started startCommand(char* const* command, const Environment& additions,
 
 int superviseCommand(sd_event* loop, pid_t pid) {
     for (const int signal : passedOn) {
-        check(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "signal");
+        check(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "cannot watch for signals");
     }
-    check(sd_event_add_child(loop, nullptr, pid, WEXITED, noteEnd, nullptr), "child");
+    check(sd_event_add_child(loop, nullptr, pid, WEXITED, noteEnd, nullptr),
+          "cannot watch the command");
     const int status = sd_event_loop(loop);
-    check(status, "event loop");
+    check(status, "the event loop failed");
     return status;
 }
 

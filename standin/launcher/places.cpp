@@ -19,7 +19,7 @@ fs::path nearProgram(std::initializer_list<const char*> candidates) {
             return directory;
         }
     }
-    throw std::runtime_error("the stand-in is not installed whole: no " +
+    throw std::runtime_error("the installation is incomplete: there is no " +
                              (program / *candidates.begin()).lexically_normal().string());
 }
 

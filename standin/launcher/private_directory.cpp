@@ -29,7 +29,7 @@ struct Pipe {
     Pipe() {
         std::array<int, 2> ends{};
         if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            fail("pipe");
+            fail("cannot make a pipe");
         }
         readEnd = ends[0];
         writeEnd = ends[1];
@@ -43,7 +43,8 @@ std::string directoryPattern() {
     std::string pattern = std::filesystem::absolute(given ? base : "/tmp") / "zolt_sim.XXXXXX";
     constexpr std::size_t room = 99 - std::string_view("/bus").size(); // dbus-daemon's limit
     if (pattern.size() > room) {
-        throw std::runtime_error("TMPDIR is too long: no socket fits below '" + pattern + "'");
+        throw std::runtime_error("TMPDIR is too long: '" + pattern +
+                                 "' leaves no room for the name of a socket");
     }
     return pattern;
 }

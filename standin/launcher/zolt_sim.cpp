@@ -82,7 +82,7 @@ int runOnBoard(const Board& board, const Arguments& arguments) {
     writeImage(board, directory.file(imageFileName));
     sd_event* loop = nullptr;
     if (const int result = sd_event_new(&loop); result < 0) {
-        throw std::system_error(-result, std::generic_category(), "event loop");
+        throw std::system_error(-result, std::generic_category(), "cannot make an event loop");
     }
     const std::unique_ptr<sd_event, decltype(&sd_event_unref)> owned(loop, sd_event_unref);
     const ServiceSide service(loop, directory.path(), board);

@@ -113,7 +113,7 @@ BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view po
 
     std::array<int, 2> pipe{};
     if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe");
+        throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
     const pid_t parent = getpid();
     process_ = fork();
@@ -127,7 +127,7 @@ BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view po
     const bool listens = process_ > 0 && lineComes(pipe[0]);
     close(pipe[0]);
     if (process_ < 0) {
-        throw std::system_error(failure, std::generic_category(), "fork");
+        throw std::system_error(failure, std::generic_category(), "cannot start a process");
     }
     if (!listens) {
         stop();

@@ -20,16 +20,17 @@ constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
 
 void require(int result, const char* call) {
     if (result < 0) {
-        throw std::system_error(-result, std::generic_category(), call);
+        throw std::system_error(-result, std::generic_category(),
+                                std::string("cannot put the service on the bus: ") + call);
     }
 }
 
 void requestName(sd_bus* bus, const char* name) {
     const int result = sd_bus_request_name(bus, name, 0);
     if (result < 0 && getpwuid(geteuid()) == nullptr) { // so the daemon closed the connection
-        throw std::runtime_error("the bus daemon serves nobody who is not in the user database, as "
-                                 "user " +
-                                 std::to_string(geteuid()) + " is not");
+        throw std::runtime_error(
+            "the bus daemon serves only users of the user database, and user " +
+            std::to_string(geteuid()) + " is not in it");
     }
     require(result, "sd_bus_request_name");
 }
