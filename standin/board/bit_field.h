@@ -1,4 +1,4 @@
-// Fields of a packed record, as rows of a table: key in a board description, place in the record.
+// Fields of a packed record as table rows: the key in a board description, the bits in the record.
 #pragma once
 
 #include "standin/board/toml_table.h"
@@ -9,14 +9,14 @@
 
 namespace standin {
 
-/// Bits of one byte, or of two.
+/// A field of one byte's bits, or of two bytes' bits.
 struct BitField {
     std::string_view key;
-    std::uint8_t offset;          ///< of the byte with the low bits
+    std::uint8_t offset;          ///< index of the byte with the low bits
     std::uint8_t high;            ///< highest bit in that byte
     std::uint8_t low;             ///< lowest bit in that byte
-    std::uint8_t upperOffset = 0; ///< of the byte with the bits above those 8
-    std::uint8_t upperBits = 0;   ///< how many of its lowest bits belong to the field
+    std::uint8_t upperOffset = 0; ///< index of the byte with the higher bits
+    std::uint8_t upperBits = 0;   ///< number of bits in that byte, from bit 0 on; 0: none
 
     static constexpr BitField bits(std::string_view key, std::uint8_t offset, std::uint8_t high,
                                    std::uint8_t low) {
@@ -47,7 +47,7 @@ struct BitField {
     void encode(std::uint32_t value, std::span<std::uint8_t> record) const;
 };
 
-/// Reads each field that the table gives into the record. A field of one bit is a boolean.
+/// Puts the fields that the table gives into the record. A field of one bit is a boolean.
 void readFields(TomlTable& table, std::span<const BitField> fields, std::span<std::uint8_t> record);
 
 } // namespace standin

@@ -44,18 +44,18 @@ bool isPathElement(std::string_view text) {
     return !text.empty() && text.find_first_not_of(characters) == std::string_view::npos;
 }
 
-// Where the service publishes a module; one without a type is not published.
+// Reads where the service publishes a module. A module without a type is not published.
 void readObjectPath(TomlTable& module, Slot& slot, DescribedOnce& objects) {
     const auto type = module.text("type");
     const auto object = module.text("object");
     if (type.has_value() != object.has_value()) {
-        module.place().refuse("module: 'type' and 'object' go together");
+        module.place().refuse("module: give both 'type' and 'object', or neither");
     }
     if (!type) {
         return;
     }
     if (std::ranges::find(moduleTypes, *type, &ModuleType::name) == std::end(moduleTypes)) {
-        module.place("type").refuse("module: '" + *type + "' is no type of the service");
+        module.place("type").refuse("module: '" + *type + "' is not a module type");
     }
     if (!isPathElement(*object)) {
         module.place("object").refuse("module: 'object' must be letters, digits and underscores");
@@ -65,13 +65,13 @@ void readObjectPath(TomlTable& module, Slot& slot, DescribedOnce& objects) {
     slot.objectName = *object;
 }
 
-// A slot's payload and OEM area: the module's, or bytes as they stand.
+// Reads a slot's payload and OEM area: those of its module, or plain bytes.
 void readModuleBytes(TomlTable& table, Slot& slot, DescribedOnce& objects) {
     slot.payload = table.bytes("payload").value_or(Bytes{});
     slot.oemArea = table.bytes("oem_area").value_or(Bytes{});
     if (auto module = table.table("module")) {
         if (!slot.payload.empty() || !slot.oemArea.empty()) {
-            module->place().refuse("slot: has a module, and bytes in its place");
+            module->place().refuse("slot: 'module' cannot stand beside 'payload' or 'oem_area'");
         }
         ModuleBytes bytes = readModule(*module);
         slot.payload = std::move(bytes.payload);
@@ -101,7 +101,7 @@ void readSlots(TomlTable& root, Board& board) {
         slot.moduleClassIndex = byteOr0(table, "module_class_index");
         readDslIds(table, slot);
         readModuleBytes(table, slot, objects);
-        // A module's class is what its payload says, unless the register lies.
+        // The class register follows the payload, unless the description gives another class.
         slot.moduleClass =
             static_cast<std::uint8_t>(table.integer("module_class", 0, highestByte)
                                           .value_or(slot.payload.size() > 1 ? slot.payload[1] : 0));
@@ -118,7 +118,7 @@ void readRiserMapTable(TomlTable& root, Board& board) {
 }
 
 void readHalObjects(TomlTable& root, Board& board) {
-    // The one object that every board has, unless a fault takes it away.
+    // Every board has this one object, unless a fault takes it away.
     board.halObjects[std::string(payloadBlockName)] = {};
     auto hal = root.table("hal");
     if (!hal) {
@@ -182,7 +182,7 @@ void readFaults(TomlTable& root, Board& board) {
     });
 }
 
-// One row for each part of a description; a part refuses what it does not know.
+// Each function reads one part of a description, and refuses unknown keys in it.
 constexpr void (*parts[])(TomlTable& root, Board& board) = {
     readSlots, //
     readControlRegisters,
@@ -191,7 +191,7 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
     readI2c,
     readHalObjects,
     readOverrides,
-    readFaults, // what can fail is known by now
+    readFaults, // last: a rule must fit the parts above
 };
 
 } // namespace
@@ -215,7 +215,7 @@ Board parseBoard(std::string_view description, const std::string& name) {
 Board loadBoard(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream content;
-    // A directory opens and then does not read; an empty file reads nothing, which is no failure.
+    // A directory can be opened, but not read. An empty file sets failbit too, but is no failure.
     if (!file || !(content << file.rdbuf() || file.peek() == std::ifstream::traits_type::eof()) ||
         file.bad()) {
         Place{path}.refuse(std::strerror(errno));

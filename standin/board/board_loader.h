@@ -1,4 +1,4 @@
-// Board descriptions, from TOML to the model.
+// Loads a board description: reads TOML into the model of a board.
 #pragma once
 
 #include "standin/board/board.h"
@@ -9,11 +9,11 @@
 
 namespace standin {
 
-/// Reads a board description. The keys are described in docs/board-description.md.
-/// @throw BoardError when the file cannot be read, is not TOML, or describes no possible board
+/// Reads a board description. docs/board-description.md describes the keys.
+/// @throw BoardError when the file cannot be read, is not TOML, or describes an impossible board
 [[nodiscard]] Board loadBoard(const std::string& path);
 
-/// The same for a description at hand; @p name stands for the file in messages.
+/// Reads a board description from a text. Messages give @p name as the file.
 [[nodiscard]] Board parseBoard(std::string_view description, const std::string& name);
 
 } // namespace standin

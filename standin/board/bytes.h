@@ -1,4 +1,4 @@
-// Bytes of a board: registers, payloads, blobs.
+// The bytes of registers, payloads and blobs.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@ namespace standin {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The byte that makes all bytes of a record add up to 0.
+/// The byte that makes the sum of a record and itself 0, modulo 256.
 [[nodiscard]] constexpr std::uint8_t checksumOf(const Bytes& record) {
     unsigned sum = 0;
     for (const std::uint8_t byte : record) {

@@ -10,17 +10,17 @@ namespace standin {
 namespace {
 
 struct ControlField {
-    BitField bits;           ///< within the registers of one instance
-    std::string_view suffix; ///< of the register's name; empty where the HAL has none
+    BitField bits;           ///< place in the registers of one instance
+    std::string_view suffix; ///< end of the register's name; empty: the HAL has no name
 };
 
-/// A class of modules: its key in a description, and where its instances lie.
+/// A module class: its key in a description, and the place of its registers.
 struct ControlClass {
     std::string_view key;
-    std::string_view prefix; ///< of the names; the number of the instance follows, if there is one
-    unsigned instances;      ///< 1: not numbered
+    std::string_view prefix; ///< start of the names; the number of a numbered instance follows
+    unsigned instances;      ///< number of instances; a single one is not numbered
     std::uint16_t base;      ///< raw address of instance 1
-    std::uint16_t stride;    ///< between two instances
+    std::uint16_t stride;    ///< from one instance to the next
     std::span<const ControlField> fields;
 };
 
@@ -107,7 +107,7 @@ constexpr ControlClass classes[] = {
     {"battery_interposer", "BAT_INTRPSR_", 2, 0x2600, 4, batteryInterposerFields},
 };
 
-constexpr std::size_t mostRegisters = 4; ///< registers of one instance
+constexpr std::size_t mostRegisters = 4; ///< of one instance
 
 using Instance = std::array<std::uint8_t, mostRegisters>;
 

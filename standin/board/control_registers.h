@@ -1,4 +1,4 @@
-// The control registers of the module classes, from their fields to named and raw registers.
+// Encodes the fields of the module classes' control registers as named and raw registers.
 #pragma once
 
 #include "standin/board/board.h"
@@ -6,8 +6,8 @@
 
 namespace standin {
 
-/// Reads the tables of all module classes: `[[cem_riser]]` with `id = 3` and its fields. Instances
-/// that are not described have their registers all the same; every field of them is 0.
+/// Reads the tables of all module classes, such as `[[cem_riser]]` with `id = 3` and its fields. An
+/// instance without a table has registers too; all its fields are 0.
 void readControlRegisters(TomlTable& root, Board& board);
 
 } // namespace standin

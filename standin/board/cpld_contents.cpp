@@ -6,7 +6,7 @@ namespace standin {
 
 namespace {
 
-// The register block of one slot as the CPLD packs it.
+// Packs the register block of one slot.
 std::array<std::uint8_t, slotBlockSize> encodeBlock(const Slot& slot) {
     const auto flags = slot.dstat << 6 | slot.dbyp << 5 | slot.dpen << 4 | slot.apen << 3 |
                        static_cast<int>(slot.astat);
@@ -21,7 +21,7 @@ std::array<std::uint8_t, slotBlockSize> encodeBlock(const Slot& slot) {
     return block;
 }
 
-// The HAL names the fields of the same block, and delivers each shifted down to bit 0.
+// The HAL has names for the block's fields, and delivers each field from bit 0 on.
 void nameFields(const Slot& slot, CpldContents& contents) {
     const std::string prefix = "PICPWR_" + std::to_string(slot.id);
     const auto flag = [](bool set) { return Bytes{static_cast<std::uint8_t>(set)}; };
@@ -54,7 +54,7 @@ void placeRiserMap(const Bytes& blob, CpldContents& contents) {
 Bytes payloadBlock(const Board& board) {
     Bytes block(payloadBlockSize);
     for (const Slot& slot : board.slots) {
-        // A slot without a payload may have its offset anywhere.
+        // The offset of a slot without bytes may lie beyond the block.
         if (!slot.payload.empty() || !slot.oemArea.empty()) {
             const auto start = block.begin() + payloadIndexOfOffset0 + slot.payloadOffset;
             std::ranges::copy(slot.oemArea, std::ranges::copy(slot.payload, start).out);
@@ -66,7 +66,7 @@ Bytes payloadBlock(const Board& board) {
 CpldContents deriveCpldContents(const Board& board) {
     CpldContents contents;
     for (std::uint8_t id = 1; id <= slotCount; ++id) {
-        nameFields({.id = id}, contents); // a slot without a module has its registers all the same
+        nameFields({.id = id}, contents); // a slot without a table has named registers, too
     }
     for (const Slot& slot : board.slots) {
         placeSlot(slot, contents);

@@ -1,4 +1,4 @@
-// What the CPLD of a board holds: derived from its description, then overridden.
+// The contents of a board's CPLD: derived from the description, then overridden.
 #pragma once
 
 #include "standin/board/board.h"
@@ -11,15 +11,15 @@
 namespace standin {
 
 struct CpldContents {
-    std::map<std::string, Bytes> named; ///< what each known name delivers
-    Bytes raw = Bytes(rawAddressCount); ///< every register, by raw address
+    std::map<std::string, Bytes> named; ///< bytes of each known name
+    Bytes raw = Bytes(rawAddressCount); ///< all registers, by raw address
 };
 
-/// The payload block as the modules fill it, before anything is overridden.
+/// The payload block as the slots fill it, without overrides.
 [[nodiscard]] Bytes payloadBlock(const Board& board);
 
-/// One description of a slot yields both its named registers and its raw bytes; overrides come
-/// last and touch only what they name.
+/// Derives the named registers and the raw bytes from one description of each slot. Overrides come
+/// last; each changes only the name or the addresses that it gives.
 [[nodiscard]] CpldContents deriveCpldContents(const Board& board);
 
 } // namespace standin

@@ -1,4 +1,4 @@
-// Where things lie in the stand-in's CPLD.
+// The address map of the stand-in's CPLD.
 //
 //   0x1000..0x1371  PICPWR register blocks, 14 bytes for each of 63 slots
 //   0x13BE..0x2607  control registers of the module classes
@@ -21,9 +21,9 @@ constexpr std::uint32_t payloadBlockStart = 0x2A00;
 constexpr std::uint32_t payloadBlockSize = 0x6000;
 constexpr std::uint32_t payloadIndexOfOffset0 = 1;
 constexpr std::uint32_t payloadRoom = payloadBlockSize - payloadIndexOfOffset0;
-constexpr std::uint32_t longestPayload = 247; ///< what is fetched of a CIR payload
+constexpr std::uint32_t longestPayload = 247; ///< readers fetch no more of a CIR payload
 
-constexpr std::string_view riserMapName = "RISER_SLOT_AMP_BLOB"; ///< its letters are the HAL's
+constexpr std::string_view riserMapName = "RISER_SLOT_AMP_BLOB"; ///< the HAL spells it so
 constexpr std::uint32_t riserMapStart = 0x8A00;
 constexpr std::uint32_t riserMapSize = 1024;
 

@@ -1,4 +1,4 @@
-// Things of a board description, each of which may be described once.
+// Finds things that a board description describes twice.
 #pragma once
 
 #include "standin/board/toml_table.h"
@@ -11,11 +11,11 @@ namespace standin {
 
 class DescribedOnce {
 public:
-    /// @param what  what they are, for the messages ("slot")
+    /// @param what  the kind of the things, for messages ("slot")
     explicit DescribedOnce(std::string what) : what_(std::move(what)) {}
 
-    /// Notes where a thing of that name is described.
-    /// @throw BoardError when it is described already
+    /// Notes where the description has a thing of that name.
+    /// @throw BoardError when the thing is described already
     void note(const std::string& name, const Place& place) {
         const auto [found, isNew] = lines_.emplace(name, place.line);
         if (!isNew) {

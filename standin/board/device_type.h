@@ -1,4 +1,4 @@
-// Device types as a board description names them.
+// Device types as a board description writes them.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace standin {
 
-/// The code of a device type, written as its name ("PUCK") or as a number, 0 to 164.
+/// The code of a device type that is written as its name ("PUCK") or as a number from 0 to 164.
 /// @return none for any other text
 [[nodiscard]] std::optional<std::uint8_t> deviceTypeCode(std::string_view word);
 

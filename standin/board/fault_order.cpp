@@ -16,7 +16,7 @@ bool fitsAny(const FaultRule& rule, const std::map<std::string, T>& things) {
 void refuseIdle(const Board& board, const FaultRule& rule) {
     switch (rule.kind) {
     case FaultKind::namedRead:
-        // An empty slot and an instance that is not there have their registers too.
+        // Empty slots and instances without a table have named registers, too.
         if (!fitsAny(rule, deriveCpldContents(board).named)) {
             throw FaultRuleError("no register has a name like '" + rule.subject + "'");
         }
@@ -27,7 +27,7 @@ void refuseIdle(const Board& board, const FaultRule& rule) {
             throw FaultRuleError("the HAL has no object '" + rule.subject + "'");
         }
         break;
-    default: // all the others strike whatever is asked for, there or not
+    default: // other rules may name things that the board does not have
         break;
     }
 }

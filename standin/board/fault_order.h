@@ -1,4 +1,4 @@
-// Orders faults for a board: whatever could never strike is refused.
+// Adds fault rules to a board, and refuses rules that could never strike.
 #pragma once
 
 #include "standin/board/board.h"
@@ -7,9 +7,9 @@
 
 namespace standin {
 
-/// Puts a rule behind those of a board that is described whole but for its faults.
-/// @throw FaultRuleError when the rule is not understood, or names what no board has: a HAL object,
-///        or a pattern that fits no register
+/// Adds a rule to a board, behind the rules that it has. All other parts of the board must be read.
+/// @throw FaultRuleError when the rule is malformed, names a HAL object that does not exist, or has
+///        a pattern that fits no register's name
 void orderFault(Board& board, std::string_view text);
 
 } // namespace standin

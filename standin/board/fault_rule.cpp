@@ -19,8 +19,7 @@ namespace {
 
 using Words = std::span<const std::string_view>;
 
-// Status of a failed call that the rule gives none: what the platform's libraries return when the
-// hardware did not answer.
+// The default status. The platform's libraries return it when the hardware does not answer.
 constexpr std::int32_t noAnswer = -1;
 
 void takeSubject(FaultRule& rule, std::string_view word) {
@@ -35,7 +34,7 @@ void takeAddresses(FaultRule& rule, std::string_view word) {
         dash == std::string_view::npos ? first : numberIn(word.substr(dash + 1), 0, highest);
     if (!first || !last) {
         throw FaultRuleError("'" + std::string(word) +
-                             "' is no raw address or range of them (0x0000 to 0xFFFF)");
+                             "' is not a raw address or a range of addresses (0x0000 to 0xFFFF)");
     }
     rule.first = static_cast<std::uint16_t>(*first);
     rule.last = static_cast<std::uint16_t>(*last);
@@ -46,7 +45,8 @@ void takeAddresses(FaultRule& rule, std::string_view word) {
 
 void takeAbsent(FaultRule& rule, std::string_view word) {
     if (word != "absent") {
-        throw FaultRuleError("it can only be absent, not '" + std::string(word) + "'");
+        throw FaultRuleError("'" + std::string(word) +
+                             "' is not understood here, only 'absent' is");
     }
     rule.subject = word;
 }
@@ -69,7 +69,7 @@ void takeDeviceType(FaultRule& rule, std::string_view word) {
     rule.deviceType = *code;
 }
 
-// What may follow the subject; every one may be left out, the command alone may not.
+// The words that may follow the subject. Only the command is required.
 enum Options : unsigned {
     none = 0,
     status = 1,
@@ -82,7 +82,7 @@ enum Options : unsigned {
 struct Kind {
     std::string_view word;
     FaultKind kind;
-    std::string_view subject; ///< what the second word is
+    std::string_view subject; ///< what the second word must be
     void (*takeSubject)(FaultRule& rule, std::string_view word);
     unsigned options;
 };
@@ -157,7 +157,7 @@ std::string errorOf(Words words) {
 }
 
 int errnoNamed(Words words) {
-    constexpr int last = EHWPOISON; // Linux has no higher one
+    constexpr int last = EHWPOISON; // the highest errno of Linux
     for (int number = 1; words.size() >= 2 && number <= last; ++number) {
         const char* const name = strerrorname_np(number);
         if (name != nullptr && words[1] == name) {
@@ -167,7 +167,7 @@ int errnoNamed(Words words) {
     throw FaultRuleError("'error' needs the name of an errno, like EIO");
 }
 
-// The command, and what it is about if that is said. Returns the words behind them.
+// Takes the command and, if it is given, the selector. Returns the words behind them.
 Words takeCommand(FaultRule& rule, Words words) {
     const auto found = std::ranges::find(commands, words.empty() ? "" : words[0], &Command::word);
     if (found == commands.end()) {
@@ -188,7 +188,7 @@ Words takeCommand(FaultRule& rule, Words words) {
 struct Option {
     std::string_view word;
     Options option;
-    std::size_t words; ///< it takes, its own included
+    std::size_t words; ///< how many words it takes, its own included
     void (*take)(FaultRule& rule, Words words);
 };
 

@@ -1,7 +1,7 @@
-// Faults to order: one line of words that says what is to fail, and how.
+// Fault rules: one line of words names the calls that fail, and how they fail.
 //
 //   named-read PATTERN [status N] [once]
-//       reads by a name that fits the pattern (* ? [...] as in a shell)
+//       reads of a register whose name fits the pattern (* ? [...] as in a shell)
 //   raw-read ADDRESS[-ADDRESS] [status N] [once]
 //       raw reads that touch one of the addresses
 //   hal-object NAME [once]
@@ -11,19 +11,19 @@
 //   bus absent
 //       there is no system bus
 //   service absent
-//       there is a bus, and no service on it
+//       there is a system bus, but no service on it
 //   object PATH [error NAME]
 //       the service answers calls on that object with an error
 //   i2c-open BUS [error ERRNO]
 //       the bus cannot be opened
 //   i2c-ioctl BUS COMMAND [SELECTOR] [error ERRNO]
-//       requests of that command on the bus; the selector is the property of update-property and
-//       get-property, the target of create-node and remove-device, the mode of recover-bus, the
-//       address of plain transfers
+//       requests of that command on the bus; the selector limits the rule to one property of
+//       update-property and get-property, one target of create-node and remove-device, one mode of
+//       recover-bus, or one address of plain transfers
 //   sysinfo TYPE [status N]
-//       the parser has nothing about that device type
+//       the parser fails for that device type
 //
-// The same words stand in a board description and behind zolt_sim's --fault.
+// A board description and zolt_sim's --fault use the same rules.
 #pragma once
 
 #include <cstdint>
@@ -49,21 +49,21 @@ enum class FaultKind : std::uint8_t {
 
 struct FaultRule {
     FaultKind kind = FaultKind::namedRead;
-    std::string subject{};       ///< pattern or name
+    std::string subject{};       ///< pattern, name or path
     std::uint16_t first = 0;     ///< raw-read: first address
     std::uint16_t last = 0;      ///< raw-read: last address
-    std::int32_t status = 0;     ///< what the failing call returns, or its errno; never 0
-    std::string error{};         ///< name of the error with which a call is answered
-    bool once = false;           ///< only the first time; afterwards all is well
+    std::int32_t status = 0;     ///< what the failing call returns, or an errno; never 0
+    std::string error{};         ///< name of the D-Bus error that answers the call; may be empty
+    bool once = false;           ///< only the first fitting call fails
     std::uint32_t bus = 0;       ///< of i2c-open and i2c-ioctl
-    std::uint32_t operation = 0; ///< what it strikes there, as the bus driver numbers it
-    std::optional<std::uint32_t> selector{}; ///< and for what alone
+    std::uint32_t operation = 0; ///< operation that fails, by the bus driver's number
+    std::optional<std::uint32_t> selector{}; ///< none: any
     std::uint8_t deviceType = 0;             ///< of sysinfo
 
     bool operator==(const FaultRule&) const = default;
 };
 
-/// Says what is wrong with a rule, without the rule.
+/// A malformed rule; what() gives the reason, without the rule.
 class FaultRuleError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -72,7 +72,7 @@ public:
 /// Reads one rule. @throw FaultRuleError
 [[nodiscard]] FaultRule parseFaultRule(std::string_view text);
 
-/// Whether a rule's subject is this name, or for named-read a pattern that fits it.
+/// Whether a rule fits a name. A named-read compares its pattern, all others their subject.
 [[nodiscard]] bool fits(const FaultRule& rule, const std::string& name);
 
 } // namespace standin

@@ -25,14 +25,14 @@ T number(TomlTable& table, std::string_view key, T otherwise = 0) {
             .value_or(otherwise));
 }
 
-// A truth value, or any byte for a record that says something else.
+// Reads a flag: true or false, or a byte for a record with another value.
 std::uint8_t flag(TomlTable& table, std::string_view key) {
     const auto* const node = table.node(key);
     return node != nullptr && node->is_boolean() ? std::uint8_t{*table.boolean(key)}
                                                  : number<std::uint8_t>(table, key);
 }
 
-// A text that may fill its field, and then is not terminated there.
+// Reads a name. A name that fills its field has no terminator there.
 std::string nameOf(TomlTable& table, std::size_t room) {
     std::string name = table.text("name").value_or("");
     if (name.size() > room) {
@@ -93,10 +93,10 @@ void readMemory(TomlTable& table, I2cDevice& device) {
         table.integer("pointer_width", 1, 2).value_or(size > shortPointerReach ? 2 : 1));
     if (size < described) {
         table.place("size").refuse("device: 'memory' has " + std::to_string(described) +
-                                   " bytes, more than its size");
+                                   " bytes, more than 'size'");
     }
     if (size > (device.pointerWidth == 1 ? shortPointerReach : longPointerReach)) {
-        table.place("size").refuse("device: its register pointer does not reach " +
+        table.place("size").refuse("device: a 'pointer_width' of 1 does not reach " +
                                    std::to_string(size) + " bytes");
     }
     device.memory.resize(
@@ -174,20 +174,21 @@ IndexNode readIndexNode(TomlTable& table) {
     return node;
 }
 
-// The driver makes a bus of its own for each node behind a parent.
+// Each index node with a parent needs a bus of its own: the driver creates a bus for each.
 void checkParent(TomlTable& table, const IndexNode& node, const std::set<std::int64_t>& known,
                  const std::set<std::int64_t>& taken) {
     if (!node.parent) {
         return;
     }
     if (node.physicalBus < 0) {
-        table.place().refuse("index_node: behind a parent, 'physical_bus' is missing");
+        table.place().refuse("index_node: a node with 'parent' needs 'physical_bus'");
     }
     if (!known.contains(*node.parent)) {
-        table.place("parent").refuse("index_node: 'parent' is no bus that is described before");
+        table.place("parent").refuse(
+            "index_node: 'parent' must be a bus that is described before it");
     }
     if (taken.contains(node.physicalBus)) {
-        table.place("physical_bus").refuse("index_node: another one has that bus already");
+        table.place("physical_bus").refuse("index_node: another node has this bus already");
     }
 }
 

@@ -1,4 +1,4 @@
-// The I2C side of a board description.
+// Reads the I2C part of a board description.
 #pragma once
 
 #include "standin/board/board.h"
@@ -6,7 +6,7 @@
 
 namespace standin {
 
-/// Reads the table [i2c]. Without one, the board has no bus, and no device type has data.
+/// Reads the table [i2c]. Without it the board has no bus, and no device type has data.
 void readI2c(TomlTable& root, Board& board);
 
 } // namespace standin

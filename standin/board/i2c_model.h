@@ -1,4 +1,4 @@
-// The model of a board's I2C side: its buses with what is on them, and its topology.
+// The model of a board's I2C side: its buses with their devices, and its topology.
 #pragma once
 
 #include <cstdint>
@@ -9,21 +9,21 @@
 
 namespace standin {
 
-/// A property of a bus or of a device on it, by the driver's number.
+/// The properties of a bus or of a device, by the driver's property number.
 using I2cProperties = std::map<std::uint32_t, std::uint32_t>;
 
-/// The device node of a device that has one from the start.
+/// A device node that exists from the start.
 struct I2cDeviceNode {
     std::uint8_t deviceType = 0;
     std::uint32_t index = 0;
 };
 
-/// A device on a bus: with memory, a device node, or both.
+/// A device on a bus. It has memory, a device node, or both.
 struct I2cDevice {
     std::uint32_t address = 0;          ///< 7 bits
-    std::vector<std::uint8_t> memory{}; ///< what plain transfers reach; empty: nothing
+    std::vector<std::uint8_t> memory{}; ///< memory for plain transfers; may be empty
     std::uint32_t pointerWidth = 1;     ///< bytes of its register pointer, 1 or 2
-    bool readOnly = false;              ///< takes writes without keeping them
+    bool readOnly = false;              ///< accepts writes and drops them
     std::optional<I2cDeviceNode> node{};
     I2cProperties properties{};
 };
@@ -56,8 +56,8 @@ struct IndexNode {
     std::int32_t physicalBus = -1; ///< below 0: none
     std::uint8_t bayId = 0;
     std::string name{};
-    std::optional<std::int32_t> subNodeCount{}; ///< none: as many as there are
-    std::optional<std::uint32_t> parent{};      ///< bus behind which the driver has this node
+    std::optional<std::int32_t> subNodeCount{}; ///< none: the actual number
+    std::optional<std::uint32_t> parent{};      ///< bus behind which the driver puts the node
     std::vector<SubNode> subNodes{};
 };
 
@@ -65,7 +65,7 @@ struct IndexNode {
 struct TypeAnswer {
     enum class Root : std::uint8_t {
         none,  ///< null
-        empty, ///< a tree without nodes, whatever the board has
+        empty, ///< a tree without nodes, even if the type has some
         nodes, ///< the type's nodes
     };
     std::int32_t status = 0;
@@ -76,7 +76,7 @@ struct I2cDescription {
     std::vector<I2cBus> buses;
     std::vector<IndexNode> indexNodes; ///< of all types, in the order of the lists
     std::map<std::uint8_t, TypeAnswer>
-        answers; ///< of a type without nodes: it is known all the same
+        answers; ///< by device type; a type without nodes may have an answer, too
 };
 
 } // namespace standin

@@ -1,8 +1,8 @@
-// The board as the platform's libraries find it: one file, mapped and shared.
+// The image of a board: one file that the platform's libraries map and share.
 //
-// zolt_sim lays the image out in its private directory; every process of the command maps it. A
-// look-up costs no system call, and what happens once happens once for all of them. The numbers
-// are those of the machine: an image never leaves it.
+// zolt_sim writes the image into its private directory, and every process of the command maps it. A
+// look-up costs no system call, and a fault that strikes once does so for all processes together.
+// Numbers are in the machine's byte order, because an image never leaves the machine.
 #pragma once
 
 #include "standin/board/cpld_map.h"
@@ -13,33 +13,33 @@
 
 namespace standin {
 
-/// Names the private directory of the running board to every process of the command.
+/// The environment variable that holds the path of the running board's private directory.
 constexpr const char* boardDirectoryVariable = "ZOLT_SIM_DIR";
 constexpr const char* imageFileName = "board";
 
-constexpr std::uint32_t noFault = 0; ///< fault number 0 is never ordered
+constexpr std::uint32_t noFault = 0; ///< fault number 0 stands for no fault
 
-/// A fault and how often it may still strike.
+/// A fault, and how often it will still strike.
 struct ImageFault {
     static constexpr std::uint32_t always = 0xFFFFFFFF;
     std::int32_t status;
     std::atomic<std::uint32_t> remaining;
 };
 
-/// Bytes of the image, counted from its start.
+/// A range of items in the image: where it starts, in bytes, and the number of items.
 struct ImageRange {
     std::uint32_t start;
     std::uint32_t length;
 };
 
-/// A name and what it delivers. Entries are sorted by name, in byte order.
+/// A name and the bytes that it delivers. Entries are sorted by name, in byte order.
 struct ImageName {
     ImageRange name;
     ImageRange value;
     std::uint32_t fault;
 };
 
-/// An object of the HAL: a window on the raw registers.
+/// An object of the HAL: it shows a range of the raw registers.
 struct ImageObject {
     ImageRange name;
     std::uint32_t firstAddress;
@@ -48,15 +48,15 @@ struct ImageObject {
     std::uint32_t readFault;
     std::int32_t unregisterStatus;
     std::uint32_t interruptCallback;
-    std::uint32_t mostBytes; ///< delivered by one read
+    std::uint32_t mostBytes; ///< most bytes that one read delivers
 };
 
 struct ImageHeader {
     static constexpr std::array<char, 8> expectedMagic{'Z', 'S', 'I', 'M', 'B', 'R', 'D', '1'};
 
     std::array<char, 8> magic;
-    std::uint32_t size; ///< of the whole image
-    ImageRange faults;  ///< of ImageFault; the first one stands for none
+    std::uint32_t size; ///< of the whole image, in bytes
+    ImageRange faults;  ///< of ImageFault; the first stands for no fault
     ImageRange names;   ///< of ImageName
     ImageRange objects; ///< of ImageObject
     std::array<std::uint8_t, rawAddressCount> raw;

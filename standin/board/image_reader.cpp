@@ -12,7 +12,7 @@ namespace standin {
 
 namespace {
 
-// Shared and writable: how often a fault struck is counted in the image.
+// The mapping is shared and writable, because the image counts down the faults.
 const ImageHeader* mapFile(const char* path) {
     const int file = open(path, O_RDWR | O_CLOEXEC);
     if (file < 0) {
@@ -108,7 +108,7 @@ std::span<const std::uint8_t> ImageReader::raw(std::uint32_t first, std::uint32_
 
 std::int32_t ImageReader::strikeRaw(std::uint32_t first, std::uint32_t count) const {
     const auto faults = std::span(header_->rawFault).subspan(first, count);
-    return faults.empty() ? 0 : strike(std::ranges::max(faults)); // the last rule has the highest
+    return faults.empty() ? 0 : strike(std::ranges::max(faults)); // highest number: last rule
 }
 
 std::int32_t ImageReader::strike(std::uint32_t fault) const {

@@ -1,4 +1,4 @@
-// The image of the running board, in the process of a platform library.
+// Reads the image of the running board, in a process with the platform's libraries.
 #pragma once
 
 #include "standin/board/image.h"
@@ -11,10 +11,10 @@ namespace standin {
 
 class ImageReader {
 public:
-    /// The board that zolt_sim put under this process; null when there is none.
+    /// The image of the board that this process runs on; null when there is none.
     [[nodiscard]] static const ImageReader* attached();
 
-    /// Maps an image. @return none when the file is no image, or not a whole one
+    /// Maps an image. @return none when the file cannot be mapped or is no complete image
     [[nodiscard]] static std::optional<ImageReader> map(const char* path);
 
     [[nodiscard]] const ImageName* findName(std::string_view name) const;
@@ -26,11 +26,11 @@ public:
     /// Registers [first, first + count); the range must lie below rawAddressCount.
     [[nodiscard]] std::span<const std::uint8_t> raw(std::uint32_t first, std::uint32_t count) const;
 
-    /// The status with which a raw read of that range is to fail now; 0 when it succeeds. Of
-    /// several rules that fit addresses of it, the last one holds.
+    /// Lets the faults of a raw read strike. @return the status of the read, 0 for success. If
+    /// several rules fit addresses of the range, the last one holds.
     [[nodiscard]] std::int32_t strikeRaw(std::uint32_t first, std::uint32_t count) const;
 
-    /// The status with which a call that this fault can hit is to fail now; 0 when it succeeds.
+    /// Lets a fault strike. @return the status of the call, 0 for success
     [[nodiscard]] std::int32_t strike(std::uint32_t fault) const;
 
 private:

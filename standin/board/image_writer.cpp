@@ -17,7 +17,7 @@ namespace standin {
 
 namespace {
 
-// An image under construction. Everything behind the header is appended.
+// An image under construction: a header, and a tail to which everything else is appended.
 class Layout {
 public:
     Layout() : header_(std::make_unique<ImageHeader>()) {
@@ -46,7 +46,8 @@ private:
         while (!bytes.empty()) {
             const ssize_t written = ::write(file, bytes.data(), bytes.size());
             if (written < 0) {
-                throw std::system_error(errno, std::generic_category(), "board image");
+                throw std::system_error(errno, std::generic_category(),
+                                        "cannot write the board's image");
             }
             bytes = bytes.subspan(static_cast<std::size_t>(written));
         }
@@ -60,7 +61,7 @@ ImageRange appendText(Layout& layout, std::string_view text) {
     return layout.append(std::span(text.data(), text.size()));
 }
 
-// The number of the rule that holds for a name: of several that fit, the last one.
+// The number of the fault that holds for a name: the last one that fits.
 std::uint32_t faultFor(const Board& board, FaultKind kind, const std::string& name) {
     for (std::size_t i = board.faults.size(); i > 0; --i) {
         const FaultRule& rule = board.faults[i - 1];
@@ -71,7 +72,7 @@ std::uint32_t faultFor(const Board& board, FaultKind kind, const std::string& na
     return noFault;
 }
 
-// As the header's tables have them: plain numbers, where the mapped image has atomic ones.
+// Laid out like ImageFault, but without its atomic: an atomic cannot be copied.
 struct PlainFault {
     std::int32_t status;
     std::uint32_t remaining;
@@ -88,7 +89,7 @@ void appendFaults(const Board& board, Layout& layout) {
 
 void appendNames(const Board& board, const CpldContents& contents, Layout& layout) {
     std::vector<ImageName> names;
-    for (const auto& [name, bytes] : contents.named) { // a map: in byte order already
+    for (const auto& [name, bytes] : contents.named) { // the map is sorted in byte order
         names.push_back({appendText(layout, name),
                          layout.append(std::span<const std::uint8_t>(bytes)),
                          faultFor(board, FaultKind::namedRead, name)});

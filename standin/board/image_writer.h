@@ -1,4 +1,4 @@
-// Lays a board out as the image that the platform's libraries map.
+// Writes the image of a board, which the platform's libraries map.
 #pragma once
 
 #include "standin/board/board.h"
@@ -7,7 +7,7 @@
 
 namespace standin {
 
-/// Writes the image of @p board to a new file. @throw std::system_error when it cannot
+/// Writes the image of @p board to a new file. @throw std::system_error when that fails
 void writeImage(const Board& board, const std::string& path);
 
 } // namespace standin

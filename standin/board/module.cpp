@@ -23,7 +23,7 @@ constexpr BitField headerFields[] = {
     BitField::bits("target_address", 12, 6, 0),
 };
 
-// What the encoder fills by itself; a description may lie.
+// The encoder fills these fields. A description may give wrong values instead.
 constexpr BitField lengthField = BitField::byte("static_payload_size", 2);
 constexpr BitField countField = BitField::bits("num_end_points", 11, 4, 0);
 
@@ -71,7 +71,7 @@ constexpr BitField locationFields[] = {BitField::byte("bay_id", 2),
                                        BitField::byte("location", 4)};
 constexpr BitField presenceFields[] = {BitField::byte("slot_presence", 2)};
 
-// OEM descriptors by type, from type 1 on: their fields, and their length with type and size.
+// OEM descriptors, from type 1 on: their fields, and their length including type and length.
 struct OemDescriptor {
     std::span<const BitField> fields;
     std::size_t size;
@@ -111,7 +111,7 @@ void readBackplane(TomlTable& table, Bytes& payload) {
     append(payload, descriptor);
 }
 
-// Ends a record with its checksum, which the description may give against the facts.
+// Ends a record with its checksum. The description may give a wrong checksum instead.
 void appendChecksum(TomlTable& table, std::string_view key, Bytes& record) {
     const auto given = table.integer(key, 0, 0xFF);
     record.push_back(given ? static_cast<std::uint8_t>(*given) : checksumOf(record));
@@ -126,12 +126,12 @@ Bytes readPayload(TomlTable& table) {
         break;
     case backplaneDeviceClass:
         readBackplane(table, payload);
-        readEndPoints(table, payload); // the service publishes them
+        readEndPoints(table, payload); // the service publishes a backplane's end points
         break;
     default:
         readEndPoints(table, payload);
     }
-    // In whole units, the checksum last.
+    // Fill up to whole units, with the checksum as the last byte.
     const std::size_t units = payload.size() / payloadSizeUnit + 1;
     payload.resize(units * payloadSizeUnit - 1);
     lengthField.encode(static_cast<std::uint32_t>(units), payload);

@@ -1,4 +1,4 @@
-// The types of modules as the service sorts them, and how it shows their payloads.
+// The module types of the service, and how the service publishes their payloads.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@ namespace standin {
 
 constexpr std::size_t endPointSize = 6; ///< bytes of an end point descriptor
 
-// Where the service finds the end points of a payload, and how many it publishes, present or not.
+// Where a payload's end points start, and how many the service publishes, present or not.
 struct EndPoints {
     std::size_t start;
     std::size_t count;
@@ -18,12 +18,12 @@ constexpr EndPoints noEndPoints{0, 0};
 constexpr EndPoints cardEndPoints{13, 4};
 constexpr EndPoints backplaneEndPoints{20, 16}; // behind the backplane descriptor
 
-// A type of module: last element of its manager's path, and how the service shows its payloads.
+// A module type: `name` is the last element of the manager's path.
 struct ModuleType {
     std::string_view name;
     std::string_view interface;
     EndPoints endPoints;
-    // Properties that are not called the same for all types.
+    // Property names that differ between the types.
     const char* wires;
     const char* targetType;
     const char* targetAddress;

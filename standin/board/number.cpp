@@ -14,7 +14,7 @@ std::optional<std::int64_t> numberIn(std::string_view text, std::int64_t lowest,
     if (hexadecimal) {
         text.remove_prefix(2);
     }
-    std::uint32_t digits = 0; // everything that a board counts fits, and so does its negative
+    std::uint32_t digits = 0; // no number of a board needs more than 32 bits and a sign
     const auto [end, error] =
         std::from_chars(text.data(), text.data() + text.size(), digits, hexadecimal ? 16 : 10);
     const std::int64_t number = negative ? -std::int64_t{digits} : std::int64_t{digits};

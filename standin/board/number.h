@@ -7,8 +7,8 @@
 
 namespace standin {
 
-/// A whole number in decimal or, behind 0x, in hexadecimal, with or without a sign.
-/// @return none when the text is anything else, or the number lies outside the limits.
+/// A whole number in decimal or, behind 0x, in hexadecimal, with or without a minus sign.
+/// @return none when the text is anything else, or the number is outside the limits
 [[nodiscard]] std::optional<std::int64_t> numberIn(std::string_view text, std::int64_t lowest,
                                                    std::int64_t highest);
 

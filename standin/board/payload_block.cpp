@@ -10,7 +10,7 @@ namespace standin {
 
 namespace {
 
-// Names the key whose bytes do not fit.
+// Refuses bytes that run past the block, and names their key.
 [[noreturn]] void refusePastEnd(TomlTable& table, const Slot& slot, std::uint32_t start) {
     const auto oemStart = static_cast<std::uint32_t>(start + slot.payload.size());
     const bool payloadFits = slot.payload.empty() || oemStart <= payloadRoom;
@@ -39,7 +39,7 @@ void PayloadBlock::place(TomlTable& table, Slot& slot) {
             .value_or(size == 0 ? 0 : next()));
     slot.payloadOffset = static_cast<std::uint16_t>(start);
     if (size == 0) {
-        return; // it may point at another's bytes
+        return; // a slot without bytes may point at another slot's
     }
     if (start + size > payloadRoom) {
         refusePastEnd(table, slot, start);
@@ -47,8 +47,8 @@ void PayloadBlock::place(TomlTable& table, Slot& slot) {
     for (const Placed& other : placed_) {
         if (start < other.end && other.start < start + size) {
             table.place("payload_offset")
-                .refuse("slot: what lies at offset " + std::to_string(start) +
-                        " covers bytes of slot " + std::to_string(other.slot));
+                .refuse("slot: the bytes at offset " + std::to_string(start) +
+                        " overlap bytes of slot " + std::to_string(other.slot));
         }
     }
     placed_.push_back({.slot = slot.id, .start = start, .end = start + size});

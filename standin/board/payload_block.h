@@ -1,4 +1,4 @@
-// The payload block of a board, while its slots are read: which bytes of it are taken.
+// Places payloads in the payload block while the slots of a board are read.
 #pragma once
 
 #include "standin/board/board.h"
@@ -13,10 +13,10 @@ class PayloadBlock {
 public:
     /// Reads 'payload_offset' of a slot's table and places the payload and the OEM area there.
     ///
-    /// Payloads without an offset of their own lie one behind the other, in the order of the calls,
-    /// with a byte between them: what follows a payload is the length of its OEM area.
-    /// @param slot  has its bytes, and gets its payload offset
-    /// @throw BoardError when the bytes run past the block, or cover those of another slot
+    /// A payload without an offset goes behind all payloads so far. One zero byte is left between
+    /// them, because readers take the byte behind a payload for the length of its OEM area.
+    /// @param slot  already has its bytes; gets its payload offset
+    /// @throw BoardError when the bytes run past the block, or overlap those of another slot
     void place(TomlTable& table, Slot& slot);
 
 private:

@@ -37,14 +37,14 @@ constexpr BitField ocpFields[] = {BitField::byte("ocp_index", 1),
                                   BitField::byte("ocp_lane_index", 2)};
 constexpr BitField switchedFields[] = {BitField::byte("switched_riser_index", 1),
                                        BitField::byte("sl_index", 2)};
-// By type, from type 1 on.
+// By the link's type, from type 1 on.
 constexpr std::span<const BitField> dslPayloadFields[] = {slFields, ocpFields, switchedFields};
 
 void readText(TomlTable& table, std::string_view key, std::span<std::uint8_t> field) {
     std::ranges::copy(table.text(key, field.size()).value_or(""), field.begin());
 }
 
-// A count, which the description may give against the facts, and what it counts.
+// Appends the count of items, and the items. The description may give a wrong count instead.
 void appendCounted(Bytes& record, const Bytes& items, std::size_t itemSize,
                    std::optional<std::int64_t> givenCount = {}) {
     record.push_back(static_cast<std::uint8_t>(
@@ -55,7 +55,8 @@ void appendCounted(Bytes& record, const Bytes& items, std::size_t itemSize,
 Bytes readSlots(TomlTable& table) {
     Bytes slots = table.bytes("slots").value_or(Bytes{});
     if (slots.size() % 2 != 0) {
-        table.place("slots").refuse("record: 'slots' lists number and type of each slot");
+        table.place("slots").refuse(
+            "record: 'slots' needs two bytes for each slot, number and type");
     }
     if (slots.size() / 2 > 0xFF) {
         table.place("slots").refuse("record: 'slots' has more than 255 slots");
@@ -65,7 +66,7 @@ Bytes readSlots(TomlTable& table) {
 
 struct Dsls {
     Bytes ids;
-    Bytes payloads; ///< one for each of them
+    Bytes payloads; ///< one for each identifier
 };
 
 Dsls readDsls(TomlTable& table) {

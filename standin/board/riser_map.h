@@ -1,4 +1,4 @@
-// The riser slot mapping blob: from its fields to its bytes.
+// Encodes the fields of the riser slot mapping blob as its bytes.
 //
 // By byte: 0 and 1 number of the riser configuration, 2..49 its description, 50..54 boot-storage
 // card, 55..57 embedded OCP NIC, 58 number of records, 59.. records, then the checksum. A record
@@ -10,8 +10,8 @@
 
 namespace standin {
 
-/// Encodes the blob that a [riser_map] table describes: 1024 bytes, or those of its `bytes` as
-/// they stand.
+/// Encodes the blob that a [riser_map] table describes: 1024 bytes, or the bytes of its key `bytes`
+/// unchanged.
 [[nodiscard]] Bytes readRiserMap(TomlTable& table);
 
 } // namespace standin

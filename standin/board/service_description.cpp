@@ -38,7 +38,7 @@ std::optional<Value> valueOf(const toml::node& node) {
     return std::nullopt;
 }
 
-// `signature` and `value` of a table; what does not fit together is refused.
+// Reads `signature` and `value` of a table, and refuses a value that does not fit the signature.
 std::pair<std::string, Value> readTyped(TomlTable& table) {
     std::string signature = table.text("signature").value_or("");
     const auto* const node = table.node("value");
@@ -49,8 +49,8 @@ std::pair<std::string, Value> readTyped(TomlTable& table) {
     return {std::move(signature), std::move(*value)};
 }
 
-// Plain values have the types that the service uses itself: b for truth, q for numbers, s for text.
-// Any other type is written out, { signature = "(yyyyyy)", value = [1, 2, 3, 4, 5, 6] }.
+// A plain value is a boolean (b), a number (q) or a text (s). Any other type is written out, like
+// { signature = "(yyyyyy)", value = [1, 2, 3, 4, 5, 6] }.
 Property readProperty(TomlTable& table, const std::string& name) {
     if (table.node(name)->is_table()) {
         auto described = table.table(name);
@@ -66,8 +66,9 @@ Property readProperty(TomlTable& table, const std::string& name) {
             }
         }
     }
-    table.place(name).refuse("'" + name + "' is no truth value, 16-bit number or text; write " +
-                             "{ signature = ..., value = ... }");
+    table.place(name).refuse("'" + name +
+                             "' must be true, false, a number from 0 to 65535 or a text; " +
+                             "write any other type as { signature = ..., value = ... }");
 }
 
 std::vector<Property> readProperties(TomlTable& table) {
@@ -78,7 +79,7 @@ std::vector<Property> readProperties(TomlTable& table) {
     return properties;
 }
 
-// Paths and interfaces may be written without what all of the service's begin with.
+// Paths and interfaces may be written without the prefix that all of the service's have.
 std::string readPath(TomlTable& table) {
     std::string path = table.text("path").value_or("");
     return path.empty() || path.starts_with('/') ? path : std::string(servicePathPrefix) + path;

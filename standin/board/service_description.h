@@ -1,4 +1,4 @@
-// The service's part of a board description.
+// Reads the part of a board description that is about the service.
 #pragma once
 
 #include "standin/board/board.h"
@@ -9,8 +9,8 @@ namespace standin {
 constexpr std::string_view servicePathPrefix = "/com/tesk/bmc/zolt/";
 constexpr std::string_view serviceInterfacePrefix = "com.tesk.bmc.zolt.";
 
-/// Reads the table [service]. Without one, the service publishes the modules and says that it has
-/// read them all.
+/// Reads the table [service]. Without it the service publishes the modules, and its information
+/// object says that all of them are read.
 void readService(TomlTable& root, Board& board);
 
 } // namespace standin

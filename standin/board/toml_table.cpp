@@ -18,7 +18,7 @@ std::string range(std::int64_t lowest, std::int64_t highest) {
     return std::to_string(lowest) + " to " + std::to_string(highest);
 }
 
-// How many letters must change to make one word of the other.
+// The number of letters to change, add or remove to turn one word into the other.
 std::size_t distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
@@ -140,7 +140,7 @@ std::optional<Bytes> TomlTable::bytes(std::string_view key) {
             const auto byte = numberIn("0x" + std::string(word), 0, highest);
             if (word.size() != 2 || !byte) {
                 placeOf(*node).refuse(what_ + ": " + quoted(key) + ": " + quoted(word) +
-                                      " is no byte of two hexadecimal digits");
+                                      " is not a byte of two hexadecimal digits");
             }
             bytes.push_back(static_cast<std::uint8_t>(*byte));
             rest.remove_prefix(word.size());

@@ -1,7 +1,7 @@
 // Tables of a board description, read key by key.
 //
-// Whoever reads a table names every key that may stand in it, with its limits. What is wrong is
-// told with file and line, at the first place where it is.
+// The code that reads a table asks for each key that the table may have, and gives its limits. The
+// first error ends the reading. Its message names file and line.
 #pragma once
 
 #include "standin/board/bytes.h"
@@ -29,16 +29,16 @@ struct Place {
     std::string file;
     unsigned line = 0; ///< 0: the file as a whole
 
-    /// @throw BoardError with this place in front
+    /// @throw BoardError with this place in front of the reason
     [[noreturn]] void refuse(std::string_view reason) const;
 };
 
 class TomlTable {
 public:
-    /// @param what  what the table describes, for the messages ("slot")
+    /// @param what  what the table describes, for messages ("slot")
     TomlTable(const toml::table& table, std::string file, std::string what);
 
-    // Each of these notes the key as known, and refuses a value of another kind or out of range.
+    // Each of these notes the key as known, and refuses a value of a wrong type or out of range.
     [[nodiscard]] std::optional<std::int64_t> integer(std::string_view key, std::int64_t lowest,
                                                       std::int64_t highest);
     [[nodiscard]] std::int64_t requiredInteger(std::string_view key, std::int64_t lowest,
@@ -57,20 +57,20 @@ public:
     /// Calls @p use for each table of an array of tables.
     void eachTable(std::string_view key, const std::function<void(TomlTable&)>& use);
 
-    /// Whatever stands under the key; null when nothing does.
+    /// The value of the key, of any type; null when the key is not given.
     [[nodiscard]] const toml::node* node(std::string_view key) { return find(key); }
 
-    /// The table of that name, or none.
+    /// The table under the key; none when the key is not given.
     [[nodiscard]] std::optional<TomlTable> table(std::string_view key);
 
-    /// Every key, for a table whose keys are names of things: they are all known then.
+    /// All keys, for a table whose keys are names of things. Notes them all as known.
     [[nodiscard]] std::vector<std::string> names();
 
-    /// Where a key stands, or the table itself.
+    /// The place of a key, or of the table when the key is not given.
     [[nodiscard]] Place place(std::string_view key) const;
     [[nodiscard]] Place place() const;
 
-    /// Refuses what no one asked for, with the known key that comes nearest. Call it last.
+    /// Refuses a key that is not known, and suggests the most similar known key. Call it last.
     void finish() const;
 
 private:

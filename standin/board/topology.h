@@ -1,10 +1,11 @@
-// The topology as the sysinfo parser library finds it: one file, replaced as a whole.
+// The layout of the topology file, which the sysinfo parser library reads.
 //
-// zolt_sim writes the file into its private directory, and anew whenever the bus driver's nodes
-// have changed; whoever has it open keeps the one it opened. The numbers are those of the machine.
+// zolt_sim writes the file into its private directory, and replaces it as a whole whenever the bus
+// driver's nodes change. A process that has the file open keeps the old one. Numbers are in the
+// machine's byte order.
 //
 //   TopologyHeader   with an answer for each device type
-//   TopologyNode[]   index nodes, those of one type together, in the order of their list
+//   TopologyNode[]   index nodes, those of one type together, in the order of the type's list
 //   TopologySub[]    sub nodes, those of one index node together
 #pragma once
 

@@ -1,22 +1,25 @@
-// What goes over the sockets between the preload library and the bus server.
+// The messages between the preload library and the bus server.
 //
-// One connection is one open /dev/i2c-N. Each request is one datagram, and so is each reply; both
-// ends run on one machine, so numbers are in its byte order. A request begins with WireRequest, a
-// reply with WireReply, which bears the request's ticket: several processes may share a connection,
-// and one that ends before its reply has come leaves it to the next. What follows:
+// One connection stands for one open /dev/i2c-N. Each request is one datagram, and each reply is
+// one. Both ends run on one machine, so numbers are in its byte order. A request begins with
+// WireRequest, a reply with WireReply. A reply repeats the ticket of its request, because several
+// processes may share a connection: a process that ends early leaves its reply to the next one,
+// which must not take it for its own. The requests are:
 //
-//   WIRE_OPEN         once, and before what follows: argument is the bus number
-//   WIRE_LOOK         only before it is open: whether it is there, with the same argument
+//   WIRE_OPEN         opens the bus of number `argument`; only WIRE_LOOK may come before
+//   WIRE_LOOK         asks whether the bus of number `argument` exists; only before WIRE_OPEN
 //   WIRE_NUMBER       the result is the number of the open bus
-//   WIRE_TRANSFER     argument is the message count; that many WireMessage, then the bytes of all
-//                     write messages in order. The reply holds the bytes of all read messages.
-//   WIRE_SLAVE        argument is the address of later SMBus requests; refused when a device node
-//   WIRE_SLAVE_FORCE  has it, unless forced
-//   WIRE_SMBUS        WireSmbus; the reply holds its data
-//   WIRE_READ         argument is a count; the reply holds as many bytes from that address
-//   WIRE_WRITE        the bytes for that address
+//   WIRE_TRANSFER     `argument` is the message count. The request goes on with that many
+//                     WireMessage, then the bytes of all write messages in order. The reply goes on
+//                     with the bytes of all read messages.
+//   WIRE_SLAVE        sets `argument` as the address of later WIRE_SMBUS, WIRE_READ and WIRE_WRITE;
+//                     refused when a device node has the address
+//   WIRE_SLAVE_FORCE  does the same, and is not refused
+//   WIRE_SMBUS        goes on with WireSmbus; the reply goes on with its data
+//   WIRE_READ         `argument` is a count; the reply goes on with that many bytes
+//   WIRE_WRITE        goes on with the bytes to write
 //
-// A reply that tells of a failure holds nothing else. What is no request is answered with EPROTO.
+// The reply to a failed request is WireReply alone. A malformed request fails with EPROTO.
 #pragma once
 
 #include <stdint.h>
@@ -39,11 +42,11 @@ enum WireKind {
 struct WireRequest {
     uint32_t kind;
     uint32_t argument;
-    uint32_t ticket; ///< no two requests of a connection share one
+    uint32_t ticket; ///< differs between all requests of a connection
 };
 
 struct WireReply {
-    int32_t result; ///< of the call; a failure is a negative errno
+    int32_t result; ///< result of the call; a failure is a negative errno
     uint32_t ticket;
 };
 
@@ -54,19 +57,19 @@ struct WireMessage {
 };
 
 enum {
-    WIRE_MESSAGES = 42,         ///< of one transfer, as the kernel has it
-    WIRE_MESSAGE_LENGTH = 8192, ///< of one message, likewise
-    WIRE_SMBUS_DATA = 34,       ///< count, 32 bytes, and one more
+    WIRE_MESSAGES = 42,         ///< most messages of one transfer, as in the kernel
+    WIRE_MESSAGE_LENGTH = 8192, ///< most bytes of one message, as in the kernel
+    WIRE_SMBUS_DATA = 34,       ///< a count, 32 bytes, and a spare byte, as in the kernel
 };
 
 struct WireSmbus {
     uint8_t isRead;
     uint8_t command;
-    uint16_t size; ///< kind of access, as the kernel numbers them
+    uint16_t size; ///< kind of access, by the kernel's number
     uint8_t data[WIRE_SMBUS_DATA];
 };
 
 enum {
     WIRE_LONGEST = (int)(sizeof(struct WireRequest) + WIRE_MESSAGES * sizeof(struct WireMessage)) +
-                   WIRE_MESSAGES * WIRE_MESSAGE_LENGTH, ///< bytes of a datagram
+                   WIRE_MESSAGES * WIRE_MESSAGE_LENGTH, ///< most bytes of a datagram
 };

@@ -28,7 +28,7 @@ constexpr std::array<option, 8> longOptions{{
     {nullptr, 0, nullptr, 0},
 }};
 
-// What an option names; an empty name is a variable that the caller did not set.
+// The value of an option. An empty value is refused: it comes from a variable that is not set.
 std::string named(const char* option) {
     if (*optarg == '\0') {
         throw ArgumentsError(std::string("--") + option + ": the name is empty");
@@ -42,7 +42,8 @@ Arguments parseArguments(int argc, char* const argv[]) {
     Arguments arguments;
     opterr = 0;
     optind = 0;
-    // '+': the command's own options are not ours; ':' tells a missing value from a wrong option.
+    // '+' stops at the command, whose options are its own. ':' tells a missing value from a wrong
+    // option.
     for (int letter = 0;
          (letter = getopt_long(argc, argv, "+:", longOptions.data(), nullptr)) != -1;) {
         switch (letter) {
@@ -83,12 +84,13 @@ Arguments parseArguments(int argc, char* const argv[]) {
 const char* usage() {
     return "usage: zolt_sim [option]... [--] command [argument]...\n"
            "\n"
-           "Puts a board under a command: the platform's libraries, the system bus and the\n"
-           "I2C buses answer from a board description. The exit status is the command's.\n"
+           "Runs a command on a described board: the platform's libraries, the system bus\n"
+           "and the I2C buses answer from a board description. The exit status is the\n"
+           "command's.\n"
            "\n"
            "  --board FILE      the board description, or the name of one that comes with\n"
            "                    the tool (default: demo)\n"
-           "  --fault RULE      let something fail; may be given more than once:\n"
+           "  --fault RULE      make calls fail; may be given more than once:\n"
            "                      named-read PATTERN [status N] [once]\n"
            "                      raw-read ADDRESS[-ADDRESS] [status N] [once]\n"
            "                      hal-object NAME [once]\n"

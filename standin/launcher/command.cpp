@@ -26,9 +26,9 @@ void check(int result, const char* what) {
     }
 }
 
-// What a child tells of why it did not become the command.
+// The child's report of why it did not become the command.
 struct Obstacle {
-    bool isBuses; ///< the machine's, which it could not be kept from; else exec
+    bool isBuses; ///< true: the machine's buses could not be shut off; false: exec failed
     int error;
 };
 
@@ -45,7 +45,7 @@ struct Obstacle {
         giveUp(failure, {true, error.code().value()});
     }
     prctl(PR_SET_PDEATHSIG, SIGHUP);
-    if (getppid() != parent) { // it ended before it could be watched
+    if (getppid() != parent) { // the parent ended before prctl()
         _exit(EXIT_FAILURE);
     }
     for (const auto& [name, value] : additions) {
@@ -58,7 +58,7 @@ struct Obstacle {
 }
 
 int passOn(sd_event_source* /*source*/, const signalfd_siginfo* info, void* pid) {
-    // The kernel itself sends what is typed at the terminal, to the command as well as to us.
+    // The kernel sends a signal from the terminal to the command as well as to this process.
     if (info->ssi_code != SI_KERNEL) {
         kill(*static_cast<pid_t*>(pid), static_cast<int>(info->ssi_signo));
     }
@@ -75,7 +75,7 @@ int noteEnd(sd_event_source* source, const siginfo_t* info, void* /*unused*/) {
 void holdStandardStreams() {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) < 0) {
-            (void)open("/dev/null", O_RDWR | O_CLOEXEC); // the lowest free one: this
+            (void)open("/dev/null", O_RDWR | O_CLOEXEC); // takes the lowest free number: this one
         }
     }
 }
@@ -96,7 +96,7 @@ Started startCommand(char* const* command, const Environment& additions,
                      const Inherited& inherited) {
     std::array<int, 2> failure{};
     if (pipe2(failure.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe");
+        throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
     const pid_t parent = getpid();
     Started started{.pid = fork()};
@@ -106,7 +106,7 @@ Started startCommand(char* const* command, const Environment& additions,
     close(failure[1]);
     Obstacle obstacle{false, errno};
     if (started.pid > 0 && read(failure[0], &obstacle, sizeof obstacle) != sizeof obstacle) {
-        obstacle = {}; // the pipe closed with a successful exec
+        obstacle = {}; // exec succeeded and closed the pipe
     }
     close(failure[0]);
     if (obstacle.error != 0 && started.pid > 0) {
@@ -114,7 +114,7 @@ Started startCommand(char* const* command, const Environment& additions,
     }
     if (obstacle.isBuses) {
         throw std::system_error(obstacle.error, std::generic_category(),
-                                "the machine's I2C buses cannot be kept from the command");
+                                "cannot keep the command away from the machine's I2C buses");
     }
     if (obstacle.error != 0) {
         started = {.failure = {obstacle.error == ENOENT ? 127 : 126, obstacle.error}};
@@ -124,11 +124,12 @@ Started startCommand(char* const* command, const Environment& additions,
 
 int superviseCommand(sd_event* loop, pid_t pid) {
     for (const int signal : passedOn) {
-        check(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "signal");
+        check(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "cannot watch for signals");
     }
-    check(sd_event_add_child(loop, nullptr, pid, WEXITED, noteEnd, nullptr), "child");
+    check(sd_event_add_child(loop, nullptr, pid, WEXITED, noteEnd, nullptr),
+          "cannot watch the command");
     const int status = sd_event_loop(loop);
-    check(status, "event loop");
+    check(status, "the event loop failed");
     return status;
 }
 

@@ -13,7 +13,7 @@ namespace standin {
 
 using Environment = std::vector<std::pair<std::string, std::string>>;
 
-/// Why a command did not start, and what a shell would exit with.
+/// Why a command did not start, and the exit status that a shell would give.
 struct NotStarted {
     int exitStatus; ///< 127 when there is no such command, else 126
     int error;      ///< errno of exec
@@ -21,31 +21,33 @@ struct NotStarted {
 
 struct Started {
     pid_t pid = -1;
-    NotStarted failure{}; ///< when pid is -1
+    NotStarted failure{}; ///< holds when pid is -1
 };
 
-/// What a process takes over from the one that started it, and is to hand on unchanged.
+/// Attributes that this process inherited from its caller. The command gets them unchanged.
 struct Inherited {
-    sigset_t signals{}; ///< blocked ones
+    sigset_t signals{}; ///< blocked signals
     mode_t umask = 0;
 };
 
-/// Puts /dev/null, for this process alone, where the caller closed one of the standard streams: no
-/// file that is opened later can be taken for one. The command finds them closed as they were.
+/// Opens /dev/null in place of each standard stream that the caller closed. A file that is opened
+/// later could otherwise get the number of a standard stream. The command finds the streams closed
+/// as they were.
 void holdStandardStreams();
 
-/// Makes this process fit to hold a board: the signals of superviseCommand() wait, and the files
-/// that it makes are its own, whatever the caller's umask hides.
+/// Prepares this process to hold a board. Blocks the signals that superviseCommand() handles. Sets
+/// a umask that gives new files to this user alone.
+/// @return what the caller had set, for the command
 [[nodiscard]] Inherited prepareProcess();
 
-/// Starts a command with additions to this process's environment. It is hung up should this
-/// process end before it, and kept from the machine's I2C buses.
-/// @throw std::system_error when it cannot be kept from them
+/// Starts a command with additions to this process's environment. The command cannot reach the
+/// machine's I2C buses, and it gets SIGHUP when this process ends first.
+/// @throw std::system_error when the machine's buses cannot be shut off, or for lack of a pipe
 [[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
                                    const Inherited& inherited);
 
-/// Runs an event loop until the command has ended. Signals that this process gets reach the
-/// command; those of the terminal have reached it already.
+/// Runs an event loop until the command has ended. Passes signals on to the command, except those
+/// from the terminal, which the kernel sends to the command itself.
 /// @return the command's exit status, 128 + N when signal N ended it
 [[nodiscard]] int superviseCommand(sd_event* loop, pid_t pid);
 

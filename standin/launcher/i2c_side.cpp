@@ -16,7 +16,7 @@ namespace standin {
 
 namespace {
 
-// What is there already is fine: an index node's bus may be described beside it.
+// -EEXIST is fine: a description may list the bus of an index node as a bus, too.
 void add(int result, const char* what) {
     if (result != 0 && result != -EEXIST) {
         throw std::runtime_error(std::string("the board has more ") + what +
@@ -25,7 +25,7 @@ void add(int result, const char* what) {
 }
 
 void addBuses(BusCore& core, const I2cDescription& i2c) {
-    // As buses behind their parents before anything else takes their numbers.
+    // The bus of an index node with a parent must be added as an index node, not as a plain bus.
     for (const I2cBus& bus : i2c.buses) {
         const bool isNode = std::ranges::any_of(i2c.indexNodes, [&](const IndexNode& node) {
             return node.parent && node.physicalBus == std::int64_t{bus.number};
@@ -80,7 +80,7 @@ void addFaults(BusCore& core, const Board& board) {
     }
 }
 
-// Every request makes one node or removes one, so a change shows in the number.
+// A request creates or removes at most one node, so every change shows in the count.
 std::uint64_t nodeCount(const BusCore& core) {
     const auto devices = std::span(core.devices, core.deviceCount);
     const auto nodes =
@@ -88,7 +88,7 @@ std::uint64_t nodeCount(const BusCore& core) {
     return core.busCount + static_cast<std::uint64_t>(nodes);
 }
 
-// What the caller has in that variable.
+// The caller's value of an environment variable; empty when it is not set.
 std::string inherited(const char* variable) {
     const char* const value = std::getenv(variable);
     return value == nullptr || *value == '\0' ? std::string() : std::string(value);
@@ -119,10 +119,10 @@ I2cSide::I2cSide(sd_event* loop, const std::string& directory, const Board& boar
     server_.afterEachRequest([this] { publishChanges(); });
 }
 
-// Written before the request is answered: whoever was answered finds its node.
+// Runs before each reply, so that a client with a reply finds its new node in the topology.
 void I2cSide::publishChanges() {
     const BusCore& core = server_.state().core();
-    const std::uint64_t nodes = nodeCount(core) + 1; // 0 is before the first time
+    const std::uint64_t nodes = nodeCount(core) + 1; // 0 means: not published yet
     if (nodes != published_) {
         replaceFile(topology_, topologyOf(*board_, core));
         published_ = nodes;
@@ -134,7 +134,7 @@ Environment I2cSide::environment() const {
     const std::string libraries = inherited("LD_PRELOAD");
     environment.emplace_back("LD_PRELOAD",
                              preloadLibrary() + (libraries.empty() ? "" : ":" + libraries));
-    // A sanitizer's shared runtime insists on being the first library of all.
+    // AddressSanitizer's shared runtime otherwise demands to be the first library.
     const std::string options = inherited("ASAN_OPTIONS");
     environment.emplace_back("ASAN_OPTIONS",
                              (options.empty() ? "" : options + ":") + "verify_asan_link_order=0");

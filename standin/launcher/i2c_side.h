@@ -1,4 +1,4 @@
-// The I2C side of a running board: its buses, and the topology that tells of them.
+// The I2C side of a running board: its buses and its topology file.
 #pragma once
 
 #include "standin/board/board.h"
@@ -12,17 +12,19 @@ namespace standin {
 
 class I2cSide {
 public:
-    /// Serves the board's buses on a socket in @p directory, and keeps the topology file there.
+    /// Serves the board's buses on a socket in @p directory, and keeps the topology file there up
+    /// to date.
     ///
-    /// @param board  is to outlive this.
-    /// @param log    file that gets a line for each control transaction; none when empty
-    /// @throw std::system_error when socket, log or file cannot be had
+    /// @param board  must outlive this object.
+    /// @param log    file that gets a line for each control transaction; empty: no log
+    /// @throw std::system_error when socket, log or topology file cannot be made
+    /// @throw std::runtime_error when the board does not fit the driver's tables
     I2cSide(sd_event* loop, const std::string& directory, const Board& board,
             const std::string& log);
     I2cSide(const I2cSide&) = delete;
     I2cSide& operator=(const I2cSide&) = delete;
 
-    /// What the command needs to find the buses, and no other.
+    /// The environment variables that lead the command to the board's buses.
     [[nodiscard]] Environment environment() const;
 
 private:
@@ -32,11 +34,11 @@ private:
     std::string socket_;
     std::string topology_;
     BusServer server_;
-    std::uint64_t published_ = 0; ///< number of nodes when the topology was written
+    std::uint64_t published_ = 0; ///< number of nodes in the file, plus 1; 0: no file yet
 };
 
-/// The bus driver's state as the board describes it.
-/// @throw std::runtime_error when it does not fit the driver's tables
+/// Builds the bus driver's state from a board.
+/// @throw std::runtime_error when the board does not fit the driver's tables
 [[nodiscard]] BusState busStateOf(const Board& board);
 
 } // namespace standin

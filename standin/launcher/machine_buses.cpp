@@ -26,12 +26,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Capabilities that lead to a bus in spite of the mounts.
+// Capabilities that open a way to a bus round the mounts.
 constexpr std::array<unsigned, 4> waysRound{
-    CAP_SYS_ADMIN,       // uncovers a node, joins the mounts of others
-    CAP_MKNOD,           // makes another node
-    CAP_SYS_PTRACE,      // looks at /dev through the root directory of another process
-    CAP_DAC_READ_SEARCH, // opens a file by its handle, whatever is mounted there
+    CAP_SYS_ADMIN,       // unmounts a node's cover, joins other mounts
+    CAP_MKNOD,           // makes a new node for the bus
+    CAP_SYS_PTRACE,      // reaches /dev through another process's root directory
+    CAP_DAC_READ_SEARCH, // opens a file by its handle, past any mount
 };
 
 void check(long result) {
@@ -45,7 +45,7 @@ bool isBus(const struct stat& status) {
 }
 
 void addNodesBelow(const fs::path& directory, std::vector<std::string>& nodes) {
-    std::error_code closed; // or gone since it was listed
+    std::error_code closed; // ignored: the directory is unreadable, or gone by now
     for (const fs::directory_entry& entry : fs::directory_iterator(directory, closed)) {
         struct stat status {};
         if (lstat(entry.path().c_str(), &status) != 0) {
@@ -86,7 +86,7 @@ void writeFile(const char* path, const std::string& text) {
     close(file);
 }
 
-// An ordinary user's mounts need a user namespace, in which the user is to be the same.
+// An ordinary user can mount only in a user namespace. User and group keep their numbers in it.
 void getOwnMounts() {
     if (unshare(CLONE_NEWNS) == 0) {
         check(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr));
@@ -107,7 +107,7 @@ void closeNode(const std::string& node) {
     check(mount_setattr(AT_FDCWD, node.c_str(), 0, &noDevices, sizeof noDevices));
 }
 
-// For good: no program that the process starts gains a privilege.
+// The loss is final, because PR_SET_NO_NEW_PRIVS keeps later programs from gaining privileges.
 void giveUpWaysRound() {
     __user_cap_header_struct header{.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
     std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
@@ -136,7 +136,7 @@ void keepFromMachineBuses() {
         return;
     }
     getOwnMounts();
-    // One that was opened before leads to the mounts of before.
+    // A directory that was opened before leads to the old mounts.
     closeDescriptors([](const struct stat& status) { return S_ISDIR(status.st_mode); });
     std::ranges::for_each(nodes, closeNode);
     giveUpWaysRound();

@@ -1,18 +1,20 @@
-// The I2C buses of the machine itself, which no command on a board is to reach.
+// Keeps the command away from the I2C buses of the machine itself.
 //
-// The preload library lets no program that is loaded with it near one. Here the kernel is told so,
-// which holds for programs that are linked statically, run without the library or call the kernel
-// themselves, too. A machine without buses shows its commands nothing of this.
+// The preload library does so only in programs that load it. The measures here are the kernel's.
+// They also hold for programs that are statically linked, drop the library or make system calls
+// themselves. On a machine without I2C buses the command notices none of them.
 #pragma once
 
 namespace standin {
 
-/// For the process that is about to become the command: takes away what leads to a bus that has a
-/// node below /dev. Inherited descriptors of buses are closed; where there are nodes, the process
-/// gains no privileges any more by starting a program; where it could open one, it gets mounts of
-/// its own in which none can be opened, and loses what it could get round them with: open
-/// directories, and the capabilities for that.
-/// @throw std::system_error when the kernel does not let it be done
+/// Takes the machine's I2C buses away from the process that is about to become the command.
+///
+///   - Inherited descriptors of buses are closed.
+///   - When /dev has nodes of buses, the process can no longer gain privileges from a program.
+///   - When the process could open such a node, it gets mounts of its own, in which it cannot. Its
+///     open directories and four capabilities would lead round these mounts, so it loses them.
+///
+/// @throw std::system_error when the kernel refuses one of these steps
 void keepFromMachineBuses();
 
 } // namespace standin

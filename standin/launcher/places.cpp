@@ -10,7 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The first of these directories, relative to the program's own, that is there.
+// The first candidate that is a directory. Candidates are relative to the program's directory.
 fs::path nearProgram(std::initializer_list<const char*> candidates) {
     const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
     for (const char* const candidate : candidates) {
@@ -19,7 +19,7 @@ fs::path nearProgram(std::initializer_list<const char*> candidates) {
             return directory;
         }
     }
-    throw std::runtime_error("the stand-in is not installed whole: no " +
+    throw std::runtime_error("the installation is incomplete: there is no " +
                              (program / *candidates.begin()).lexically_normal().string());
 }
 

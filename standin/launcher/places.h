@@ -1,4 +1,4 @@
-// Where the stand-in's own files are: beside zolt_sim in a build, below its prefix once installed.
+// Finds the stand-in's own files: beside zolt_sim in a build, below the prefix once installed.
 #pragma once
 
 #include <string>
@@ -7,15 +7,16 @@
 namespace standin {
 
 /// The directory of the stand-in's platform libraries.
-/// @throw std::runtime_error when there is none
+/// @throw std::runtime_error when the directory does not exist
 [[nodiscard]] std::string libraryDirectory();
 
-/// The library that puts the board's I2C buses where a command expects them.
-/// @throw std::runtime_error when it is not there
+/// The preload library, which puts the board's I2C buses behind /dev/i2c-N.
+/// @throw std::runtime_error when its directory does not exist
 [[nodiscard]] std::string preloadLibrary();
 
-/// The file of a board: @p board itself when it is a path (it holds a slash or ends in .toml),
-/// else the board of that name that comes with the tool.
+/// The file of a board. @p board is a path when it holds a slash or ends in .toml, else the name of
+/// a board that comes with the tool.
+/// @throw std::runtime_error when the directory of boards does not exist
 [[nodiscard]] std::string boardFile(std::string_view board);
 
 } // namespace standin

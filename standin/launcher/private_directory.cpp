@@ -29,26 +29,27 @@ struct Pipe {
     Pipe() {
         std::array<int, 2> ends{};
         if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            fail("pipe");
+            fail("cannot make a pipe");
         }
         readEnd = ends[0];
         writeEnd = ends[1];
     }
 };
 
-// The same wherever the command goes, and short enough for the address of a socket.
+// The path must be absolute, because programs change directories, and short enough for a socket.
 std::string directoryPattern() {
     const char* const base = std::getenv("TMPDIR");
     const bool given = base != nullptr && *base != '\0';
     std::string pattern = std::filesystem::absolute(given ? base : "/tmp") / "zolt_sim.XXXXXX";
-    constexpr std::size_t room = 99 - std::string_view("/bus").size(); // dbus-daemon's own limit
+    constexpr std::size_t room = 99 - std::string_view("/bus").size(); // dbus-daemon's limit
     if (pattern.size() > room) {
-        throw std::runtime_error("TMPDIR is too long: no socket fits below '" + pattern + "'");
+        throw std::runtime_error("TMPDIR is too long: '" + pattern +
+                                 "' leaves no room for the name of a socket");
     }
     return pattern;
 }
 
-// The keeper holds nothing of the caller's: no terminal, no output that somebody waits to see end.
+// Detaches the keeper from the caller's terminal, and from output whose reader waits for its end.
 void leaveCaller() {
     setsid();
     sigset_t all;
@@ -60,8 +61,8 @@ void leaveCaller() {
     }
 }
 
-// Makes a directory of that pattern, tells its path (or the error), and removes it once the
-// lifeline ends.
+// The keeper: makes a directory from the pattern, answers with its path or with the errno, and
+// removes the directory once the lifeline closes.
 [[noreturn]] void keep(std::string path, int lifeline, int answer) {
     leaveCaller();
     if (mkdtemp(path.data()) == nullptr) {
@@ -73,7 +74,7 @@ void leaveCaller() {
     char byte = 0;
     while (read(lifeline, &byte, 1) < 0 && errno == EINTR) {
     }
-    std::error_code ignored; // nobody is left to be told
+    std::error_code ignored; // nobody is left to report to
     std::filesystem::remove_all(path, ignored);
     _exit(EXIT_SUCCESS);
 }

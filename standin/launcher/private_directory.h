@@ -1,4 +1,4 @@
-// A directory for one run of the stand-in, gone when the run is.
+// A directory for the files of one run of the stand-in.
 #pragma once
 
 #include <string>
@@ -8,8 +8,9 @@ namespace standin {
 
 /// A new directory of mode 0700 below $TMPDIR (or /tmp).
 ///
-/// A small process of its own makes it and waits for this object's end: so it is removed however
-/// the program ends, when it was killed too. Make it before anything that should not be inherited.
+/// A child process, the keeper, makes the directory, waits for the end of this object, and removes
+/// the directory. So the directory goes even when the program is killed. The keeper inherits open
+/// files: construct this object before opening a file that must not stay open.
 class PrivateDirectory {
 public:
     /// The path is absolute, and short enough for the sockets in it.
@@ -28,7 +29,7 @@ public:
 private:
     std::string path_;
     pid_t keeper_ = -1;
-    int lifeline_ = -1; ///< the keeper reads its end: that is our end
+    int lifeline_ = -1; ///< write end; the keeper sees it close
 };
 
 } // namespace standin

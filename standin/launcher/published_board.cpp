@@ -13,7 +13,7 @@ namespace standin {
 
 namespace {
 
-// A module's payload, by offset from its first byte on.
+// A module's payload, read by offset from its first byte.
 class PayloadView {
 public:
     PayloadView(const Bytes& block, const Slot& slot)
@@ -23,7 +23,7 @@ public:
     [[nodiscard]] int byte(std::size_t at) const { return at < bytes_.size() ? bytes_[at] : 0; }
     [[nodiscard]] int bigEndian(std::size_t at) const { return byte(at) << 8 | byte(at + 1); }
 
-    // Where the payload itself has it, whatever lies there; a payload of no length has none.
+    // The last byte by the payload's own length, even beyond the payload; 0 when the length is 0.
     [[nodiscard]] int checksum() const {
         switch (byte(1)) {
         case puckDeviceClass:
@@ -34,7 +34,7 @@ public:
         }
     }
 
-    // An end point that does not lie before the payload's last byte is not there: zeros.
+    // An end point that does not end before the payload's last byte is missing: all zeros.
     [[nodiscard]] Value endPoint(std::size_t at) const {
         Value::List bytes(endPointSize, Value(0));
         if (at + endPointSize < size_) {
@@ -118,7 +118,7 @@ void add(const PublishedInterface& addition, ServiceModel& model) {
     }
 }
 
-// Faults come first: they hold over the description's own orders.
+// Orders of faults go to the front, because the first order that fits a call holds.
 void addFaults(const Board& board, ServiceModel& model) {
     for (const FaultRule& fault : board.faults) {
         if (fault.kind == FaultKind::object) {

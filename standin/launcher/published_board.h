@@ -1,4 +1,4 @@
-// The service of a board: every module, as the service sees it.
+// Derives from a board what its service publishes.
 #pragma once
 
 #include "standin/board/board.h"
@@ -6,8 +6,9 @@
 
 namespace standin {
 
-/// What the service publishes: the information object, an object manager for each type of module,
-/// and an object for each module that has a type, its properties taken from the payload's bytes.
+/// Returns the information object, an object manager for each module type, and an object for each
+/// module that has a type. A module's properties come from the bytes of its payload; then the
+/// description's changes are applied. Orders come from faults and from the description.
 [[nodiscard]] ServiceModel publishBoard(const Board& board);
 
 } // namespace standin

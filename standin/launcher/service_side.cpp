@@ -17,7 +17,7 @@ bool isAbsent(const Board& board, FaultKind kind) {
 ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const Board& board)
     : address_("unix:path=" + directory + "/absent_bus") {
     if (isAbsent(board, FaultKind::bus)) {
-        return; // an address of nothing: no command falls back to a bus of the machine
+        return; // nothing listens there, and the command cannot fall back to the machine's bus
     }
     daemon_.emplace(directory);
     address_ = daemon_->address();

@@ -14,11 +14,11 @@ namespace standin {
 
 class ServiceSide {
 public:
-    /// Starts the bus in @p directory and puts the service on it, unless a fault says that one of
-    /// them is absent. The loop serves the calls.
+    /// Starts the bus in @p directory and puts the service on it. A fault of the board can leave
+    /// out the service, or both. The loop serves the calls.
     ServiceSide(sd_event* loop, const std::string& directory, const Board& board);
 
-    /// What the command needs to find the bus.
+    /// The environment variable with the bus's address.
     [[nodiscard]] Environment environment() const;
 
 private:

@@ -26,7 +26,7 @@ std::span<const BusCoreBus> busesOf(const BusCore& core) {
     return {core.buses, core.busCount};
 }
 
-// The index nodes that were created at run time, as if they had been described.
+// The index nodes that were created at run time, in the form of described ones.
 std::vector<IndexNode> createdNodes(const Board& board, const BusCore& core) {
     std::set<std::int64_t> described;
     for (const IndexNode& node : board.i2c.indexNodes) {
@@ -47,7 +47,7 @@ std::vector<IndexNode> createdNodes(const Board& board, const BusCore& core) {
     return nodes;
 }
 
-// Device nodes by address, under the names that devices bear everywhere: "20-0050".
+// The device nodes of a bus by address, each under its Linux name, like "20-0050".
 std::vector<SubNode> deviceNodes(const BusCore& core, std::int32_t bus) {
     std::vector<BusCoreDevice> devices;
     std::ranges::copy_if(std::span(core.devices, core.deviceCount), std::back_inserter(devices),
@@ -109,7 +109,7 @@ public:
 private:
     void addNode(const IndexNode& node) {
         std::vector<SubNode> subNodes = node.subNodes;
-        // Several described nodes may share a bus; what is on it shows once.
+        // Several described nodes may share a bus; the first one lists its device nodes.
         if (node.physicalBus >= 0 && shownBuses_.insert(node.physicalBus).second) {
             std::ranges::move(deviceNodes(*core_, node.physicalBus), std::back_inserter(subNodes));
         }
@@ -150,7 +150,7 @@ private:
     std::set<std::int32_t> shownBuses_;
 };
 
-constexpr TypeAnswer unknownType{.status = -2, .root = TypeAnswer::Root::none}; // no such entry
+constexpr TypeAnswer unknownType{.status = -2, .root = TypeAnswer::Root::none}; // ENOENT
 
 TypeAnswer answerFor(const Board& board, std::uint8_t type, bool hasNodes) {
     TypeAnswer answer = hasNodes ? TypeAnswer{} : unknownType;

@@ -1,7 +1,7 @@
-// zolt_sim: puts a board under a command.
+// zolt_sim: runs a command on a described board.
 //
-// Everything of a run lives in one private directory; the command finds it, and the platform's
-// libraries, through its environment.
+// All files of a run lie in one private directory. The command finds the directory and the
+// platform's libraries through its environment.
 #include "standin/board/board_loader.h"
 #include "standin/board/fault_order.h"
 #include "standin/board/image.h"
@@ -46,7 +46,7 @@ Board boardFor(const Arguments& arguments) {
     return board;
 }
 
-// A log starts empty, and under a name that holds wherever the command goes.
+// Creates an empty log. Its path is absolute, because the command may change directories.
 void addLog(Environment& environment, const char* variable, const std::string& path) {
     if (path.empty()) {
         return;
@@ -82,7 +82,7 @@ int runOnBoard(const Board& board, const Arguments& arguments) {
     writeImage(board, directory.file(imageFileName));
     sd_event* loop = nullptr;
     if (const int result = sd_event_new(&loop); result < 0) {
-        throw std::system_error(-result, std::generic_category(), "event loop");
+        throw std::system_error(-result, std::generic_category(), "cannot make an event loop");
     }
     const std::unique_ptr<sd_event, decltype(&sd_event_unref)> owned(loop, sd_event_unref);
     const ServiceSide service(loop, directory.path(), board);

@@ -1,4 +1,4 @@
-// The CPLD driver over the board's raw registers.
+// The stand-in's CPLD driver library: reads the board's raw registers.
 #include "platform/cpld_driver.h"
 
 #include "standin/board/image_reader.h"
@@ -9,10 +9,10 @@
 
 namespace {
 
-constexpr std::int32_t noBoard = -19;     // no such device
-constexpr std::int32_t badArgument = -22; // an address, length or stride that there is not
+constexpr std::int32_t noBoard = -19;     // ENODEV: there is no board
+constexpr std::int32_t badArgument = -22; // EINVAL: a wrong address, length or stride
 
-// The register that an address means: 16 bits, or 16 bits sign-extended.
+// The register of an address. An address has 16 bits, or 16 bits that are sign-extended to 32.
 std::optional<std::uint32_t> registerAt(std::uint32_t address) {
     const std::uint32_t upper = address >> 16;
     if (upper != 0 && (upper != 0xFFFF || (address & 0x8000) == 0)) {

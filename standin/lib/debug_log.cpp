@@ -1,4 +1,5 @@
-// The debug log: lines "LEVEL MODULE TEXT" in the file that zolt_sim names, or nowhere.
+// The stand-in's debug log library: appends lines "LEVEL MODULE TEXT" to the file that zolt_sim
+// names. Without a file it drops them.
 #include "platform/debug_log.h"
 
 #include "standin/lib/log_file.h"

@@ -1,4 +1,4 @@
-// The HAL over the board's names and objects.
+// The stand-in's HAL library: reads the board's registers by name, or through a HAL object.
 #include "platform/hal.h"
 
 #include "standin/board/image_reader.h"
@@ -13,9 +13,9 @@ using standin::ImageObject;
 using standin::ImageReader;
 using standin::logCall;
 
-constexpr std::int32_t notThere = -1; // an unknown name, or no board at all
+constexpr std::int32_t notThere = -1; // an unknown name, a read past an object's end, or no board
 
-// An object that reads its bytes through a window on the CPLD's registers.
+// A HAL object that shows a range of the CPLD's raw registers.
 class PayloadObject : public HAL_i2c {
 public:
     PayloadObject(std::string name, const ImageReader& image, const ImageObject& object)

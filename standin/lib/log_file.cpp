@@ -15,7 +15,7 @@ bool appendLine(const char* variable, std::string_view line) {
     if (path == nullptr) {
         return false;
     }
-    // Opened for every line: the tool's descriptors stay the tool's own.
+    // Open the file for each line, so that no descriptor stays open in the tool.
     const int file = open(path, O_WRONLY | O_APPEND | O_CLOEXEC);
     if (file < 0) {
         return false;

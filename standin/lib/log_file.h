@@ -1,4 +1,4 @@
-// Log files that zolt_sim names: one line a call, whole however many processes write.
+// Log files that zolt_sim names. Each line is one write: lines of several processes do not mix.
 #pragma once
 
 #include <string_view>
@@ -6,17 +6,17 @@
 namespace standin {
 
 constexpr const char* debugLogVariable = "ZOLT_SIM_DEBUG_LOG"; ///< file for the debug log
-constexpr const char* callLogVariable = "ZOLT_SIM_CALL_LOG";   ///< file for the calls themselves
+constexpr const char* callLogVariable = "ZOLT_SIM_CALL_LOG";   ///< file for platform calls
 
-/// Appends a line to the file that the environment variable names. Without one, or when the file
-/// cannot be written, nothing happens: no caller's result depends on a log.
-/// @return false when the line was not kept
+/// Appends a line to the file that the environment variable names. Drops the line without the
+/// variable, or when the file cannot be written.
+/// @return false when the line is dropped
 bool appendLine(const char* variable, std::string_view line);
 
-/// Writes a platform call down: "ReadIO_Str PICPWR_1_DSTAT = 0 [03]".
+/// Logs a platform call and its result, like "ReadIO_Str PICPWR_1_DSTAT = 0".
 [[gnu::format(printf, 1, 2)]] void logCall(const char* format, ...);
 
-/// True when somebody wants to know the calls: building a line has its price.
+/// Whether calls are logged. If not, logCall() saves the time of formatting a line.
 [[nodiscard]] bool callsAreLogged();
 
 } // namespace standin

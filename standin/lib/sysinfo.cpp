@@ -1,6 +1,6 @@
-// The sysinfo parser library over the topology that zolt_sim publishes.
+// The stand-in's sysinfo parser library: reads the topology file that zolt_sim writes.
 //
-// The file is read anew for every tree: nodes come and go while the board runs.
+// Each parse reads the file again, because nodes come and go while the board runs.
 #include "platform/sysinfo.h"
 
 #include "standin/board/image.h"
@@ -23,11 +23,11 @@ namespace {
 
 using namespace standin;
 
-constexpr int noBoard = -19;     // no such device
-constexpr int badArgument = -22; // a device type that there is not
-constexpr int badTopology = -74; // the file is not what it should be
+constexpr int noBoard = -19;     // ENODEV: there is no board
+constexpr int badArgument = -22; // EINVAL: an unknown device type
+constexpr int badTopology = -74; // EBADMSG: the file is damaged
 
-// A root with the records that hang on it, so that one object is one tree.
+// A root that owns the records of its tree. free_sysinfo() deletes them together.
 struct Tree : SysInfoTree {
     std::vector<IndexNodeInfo> nodes;
     std::vector<SubIndexNodeInfo> subNodes;
@@ -39,7 +39,7 @@ struct Topology {
     std::vector<TopologySub> subs;
 };
 
-// Whether [first, first + count) lies within as many.
+// Whether [first, first + count) lies within [0, all).
 bool isWithin(std::uint32_t first, std::uint32_t count, std::size_t all) {
     return first <= all && count <= all - first;
 }
@@ -64,7 +64,7 @@ bool readTopology(int file, Topology& topology) {
         header.magic != TopologyHeader::expectedMagic) {
         return false;
     }
-    // In 64 bits the sum of 32-bit counts cannot wrap, so no more is taken than there is.
+    // The sum has 64 bits, so that it cannot wrap and let wrong counts pass.
     const std::uint64_t expected = sizeof header +
                                    std::uint64_t{header.nodeCount} * sizeof(TopologyNode) +
                                    std::uint64_t{header.subCount} * sizeof(TopologySub);
@@ -124,7 +124,7 @@ SubIndexNodeInfo subInfo(const TopologySub& sub) {
     return info;
 }
 
-// Null when the file's ranges lead out of it.
+// Null when a range in the file reaches beyond the records.
 std::unique_ptr<Tree> treeOf(const Topology& topology, const TopologyType& type) {
     auto tree = std::make_unique<Tree>();
     if (!isWithin(type.firstNode, type.nodeCount, topology.nodes.size())) {
@@ -138,11 +138,11 @@ std::unique_ptr<Tree> treeOf(const Topology& topology, const TopologyType& type)
         }
         subNodes += node.subCount;
     }
-    // A node's own sub nodes are nobody else's, so there cannot be more than all.
+    // Nodes do not share sub nodes: a sum above the total shows a damaged file.
     if (subNodes > topology.subs.size()) {
         return nullptr;
     }
-    tree->nodes.reserve(nodes.size()); // the records point at each other: none may move
+    tree->nodes.reserve(nodes.size()); // the records point at each other and must not move
     tree->subNodes.reserve(subNodes);
     for (const TopologyNode& node : nodes) {
         IndexNodeInfo& info = tree->nodes.emplace_back(nodeInfo(node));

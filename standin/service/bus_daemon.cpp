@@ -16,7 +16,7 @@ namespace standin {
 
 namespace {
 
-// In an address all but these stand as a percent sign and two digits, which suits XML as well.
+// A D-Bus address writes all other bytes as %XX. The result is safe in XML, too.
 std::string escaped(const std::string& path) {
     constexpr std::string_view digits = "0123456789abcdef";
     constexpr std::string_view plain =
@@ -33,8 +33,8 @@ std::string escaped(const std::string& path) {
     return text;
 }
 
-// Everybody may do everything, but for what `policy` takes back; messages may be as large as an
-// object tree of any size.
+// Everybody may do everything that `policy` does not forbid. The limits let the largest object tree
+// pass.
 std::string configuration(const std::string& address, std::string_view policy) {
     return std::string("<busconfig>\n <listen>")
         .append(address)
@@ -60,7 +60,7 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
     }
 }
 
-// Why a daemon did not start, in its own words.
+// Says why the daemon did not start, with its own error output.
 std::string complaint(const std::filesystem::path& log) {
     std::ifstream file(log);
     std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -68,7 +68,7 @@ std::string complaint(const std::filesystem::path& log) {
     return "dbus-daemon does not start" + (text.empty() ? "; is it installed?" : ": " + text);
 }
 
-// Runs in the child: nothing but calls that are safe there.
+// Runs in the child after fork(), where only certain calls are safe.
 [[noreturn]] void become(const char* configurationFile, const char* log, int addressPipe,
                          pid_t parent) {
     sigset_t none;
@@ -76,8 +76,8 @@ std::string complaint(const std::filesystem::path& log) {
     sigprocmask(SIG_SETMASK, &none, nullptr);
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // The address goes to standard output. What it says of itself is of interest only when it does
-    // not start; no stream of the caller's is held open.
+    // The daemon prints its address to standard output, and complaint() reads its error output. The
+    // daemon holds no stream of the caller's open.
     const int input = open("/dev/null", O_RDONLY);
     const int errors = open(log, O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (getppid() == parent && dup2(input, STDIN_FILENO) >= 0 &&
@@ -88,7 +88,7 @@ std::string complaint(const std::filesystem::path& log) {
     _exit(127);
 }
 
-// Whether a line comes before the other end closes.
+// Waits for a line. False when the other end closes first.
 bool lineComes(int descriptor) {
     std::array<char, 256> piece;
     while (true) {
@@ -113,7 +113,7 @@ BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view po
 
     std::array<int, 2> pipe{};
     if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe");
+        throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
     }
     const pid_t parent = getpid();
     process_ = fork();
@@ -122,12 +122,12 @@ BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view po
     }
     const int failure = errno;
     close(pipe[1]);
-    // It prints its address when it listens. The one that we gave it serves longer: a daemon that
-    // is started anew in its place has it too.
+    // The daemon prints its address once it listens. address_ lacks the daemon's identifier, so it
+    // also fits a daemon that is started later in the same place.
     const bool listens = process_ > 0 && lineComes(pipe[0]);
     close(pipe[0]);
     if (process_ < 0) {
-        throw std::system_error(failure, std::generic_category(), "fork");
+        throw std::system_error(failure, std::generic_category(), "cannot start a process");
     }
     if (!listens) {
         stop();
@@ -137,7 +137,7 @@ BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view po
 
 void BusDaemon::stop() {
     if (process_ > 0) {
-        // It has nothing to put in order: what it wrote lies in the caller's directory.
+        // The daemon has nothing to tidy up: its files lie in the caller's directory.
         kill(process_, SIGKILL);
         while (waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
         }

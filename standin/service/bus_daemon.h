@@ -1,4 +1,4 @@
-// A message bus of our own: Debian's dbus-daemon on a private socket.
+// A private message bus: Debian's dbus-daemon on a socket of its own.
 #pragma once
 
 #include <filesystem>
@@ -10,12 +10,12 @@ namespace standin {
 
 class BusDaemon {
 public:
-    /// Starts the daemon and returns once it takes connections. It runs in a process group of its
-    /// own, so that an interrupt at the terminal passes it by, and ends with the thread that
-    /// started it, however that ends.
-    /// @param directory private to the caller; holds the daemon's configuration and socket
+    /// Starts the daemon and returns once it takes connections. The daemon runs in a process group
+    /// of its own, so an interrupt at the terminal does not reach it. The kernel kills the daemon
+    /// when the thread that started it ends.
+    /// @param directory private to the caller; gets the daemon's configuration, log and socket
     /// @param policy    XML of further rules for the configuration's default policy
-    /// @throws std::runtime_error when there is no daemon or it does not start
+    /// @throws std::runtime_error when dbus-daemon is not installed or does not start
     explicit BusDaemon(const std::filesystem::path& directory, std::string_view policy = {});
     BusDaemon(const BusDaemon&) = delete;
     BusDaemon& operator=(const BusDaemon&) = delete;
@@ -24,7 +24,7 @@ public:
     /// The bus's address, as in DBUS_SYSTEM_BUS_ADDRESS.
     [[nodiscard]] const std::string& address() const { return address_; }
 
-    /// Ends the daemon, and with it every connection; a second call does nothing.
+    /// Ends the daemon and all connections to it. A second call does nothing.
     void stop();
 
 private:

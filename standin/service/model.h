@@ -1,4 +1,4 @@
-// What the stand-in's service publishes, and where it misbehaves.
+// The model of the stand-in's service: what it publishes, and how it misbehaves.
 #pragma once
 
 #include <chrono>
@@ -10,9 +10,9 @@
 
 namespace standin {
 
-/// A value for the bus. The signature that goes with it says which type it travels as: whole
-/// numbers are integers of any width, lists are arrays, structs and dictionary entries; a variant
-/// is a list of its contents' signature and value.
+/// A value for the bus. The signature that goes with it gives its D-Bus type. A whole number serves
+/// for integers of any width. A list serves for arrays, structs and dictionary entries. A variant
+/// is a list of two: the signature and the value of its contents.
 struct Value {
     using List = std::vector<Value>;
 
@@ -27,8 +27,7 @@ struct Value {
     Value(List list) : content(std::move(list)) {}
 };
 
-/// A list of these values. (Braces do not serve: of a list in a list compilers make different
-/// things.)
+/// Makes a list of values. (Braces will not do: compilers disagree about a braced list in a list.)
 template <typename... Values>
 [[nodiscard]] Value listOf(Values&&... values) {
     Value::List list;
@@ -43,31 +42,31 @@ struct Property {
     Value value;
 };
 
-/// One interface of one object. Several of the same path are interfaces of the same object.
+/// One interface of one object. Entries with the same path belong to the same object.
 struct PublishedInterface {
     std::string path;
     std::string interface;
     std::vector<Property> properties;
 };
 
-/// What the service does in place of its proper answer. The first order that fits a call counts.
+/// What the service does in place of its normal answer. The first order that fits a call holds.
 struct ServiceOrder {
     enum class Action : std::uint8_t {
-        answer, ///< the proper answer, only late
+        answer, ///< the normal answer, after the delay
         error,  ///< an error reply of `name` and `text`
-        reply,  ///< a reply that holds `signature` and `value` instead
+        reply,  ///< a reply with the value `value` of type `signature`
         leave,  ///< no answer: the service leaves the bus for good
     };
 
-    std::string path = {};      ///< object asked; empty for all
+    std::string path = {};      ///< object that is called; empty: any
     std::string interface = {}; ///< interface whose properties are asked for, or
-                                ///< "org.freedesktop.DBus.ObjectManager"; empty for all
-    int after = 0;              ///< fitting calls that are answered properly before
+                                ///< "org.freedesktop.DBus.ObjectManager"; empty: any
+    int after = 0;              ///< number of fitting calls that the order lets pass first
     std::chrono::milliseconds delay{0};
     Action action = Action::answer;
     std::string name = {};
     std::string text = {};
-    std::string signature = {}; ///< empty: a reply without contents
+    std::string signature = {}; ///< empty: the reply has no contents
     Value value = false;
 };
 

@@ -34,7 +34,7 @@ constexpr std::string_view manager =
     "  </method>\n"
     " </interface>\n";
 
-// Names come from the board description and may hold anything.
+// Names come from the board description and may hold any character.
 std::string escaped(std::string_view text) {
     std::string safe;
     for (const char c : text) {

@@ -20,7 +20,7 @@ struct ObjectNode {
     [[nodiscard]] const PublishedInterface* find(std::string_view interface) const;
 };
 
-/// An index into a model, which must outlive it.
+/// An index of a model's objects. The model must outlive it.
 class ObjectTree {
 public:
     explicit ObjectTree(const ServiceModel& model);
@@ -31,8 +31,8 @@ public:
     /// All objects in the order in which the model first names them.
     [[nodiscard]] const std::vector<ObjectNode>& nodes() const { return nodes_; }
 
-    /// What the bus's introspection says of @p path: its interfaces and the elements below it.
-    /// Empty when neither an object nor a part of an object's path is there.
+    /// The XML that introspection of @p path returns: its interfaces, and the path elements below
+    /// it. Empty when no object has this path or lies below it.
     [[nodiscard]] std::string introspection(std::string_view path) const;
 
 private:
@@ -42,7 +42,7 @@ private:
     std::unordered_map<std::string, std::size_t> index_;
 };
 
-/// Whether @p path is that of an object below @p ancestor.
+/// Whether @p path lies below @p ancestor.
 [[nodiscard]] bool isBelow(std::string_view path, std::string_view ancestor);
 
 } // namespace standin

@@ -1,4 +1,4 @@
-// What the answers of the standard interfaces are made of.
+// Parts of the replies of D-Bus's standard interfaces.
 #pragma once
 
 #include "standin/service/object_tree.h"
@@ -7,7 +7,7 @@
 
 namespace standin {
 
-/// Appends one container, filled by @p addContents, which returns sd-bus's result.
+/// Appends one container. @p addContents fills it and returns sd-bus's result.
 template <typename AddContents>
 int appendContainer(sd_bus_message* message, char kind, const char* contents,
                     AddContents addContents) {
@@ -18,14 +18,14 @@ int appendContainer(sd_bus_message* message, char kind, const char* contents,
     return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-/// Appends a property's value, signature "v". Like the others, returns sd-bus's result, or -EINVAL
-/// for a value that does not fit its signature.
+/// Appends a property's value as a variant. Returns sd-bus's result, or -EINVAL for a value that
+/// does not fit its signature; so do the functions below.
 int appendVariant(sd_bus_message* message, const Property& property);
 
 /// Appends the entries of an "a{sv}", one for each property.
 int appendEntries(sd_bus_message* message, const PublishedInterface& interface);
 
-/// Appends an object with all that it has: one entry of an "a{oa{sa{sv}}}".
+/// Appends an object with its interfaces and properties: one entry of an "a{oa{sa{sv}}}".
 int appendObject(sd_bus_message* message, const ObjectNode& node);
 
 } // namespace standin

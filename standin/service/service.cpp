@@ -20,21 +20,22 @@ constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
 
 void require(int result, const char* call) {
     if (result < 0) {
-        throw std::system_error(-result, std::generic_category(), call);
+        throw std::system_error(-result, std::generic_category(),
+                                std::string("cannot put the service on the bus: ") + call);
     }
 }
 
 void requestName(sd_bus* bus, const char* name) {
     const int result = sd_bus_request_name(bus, name, 0);
-    if (result < 0 && getpwuid(geteuid()) == nullptr) { // that is why it hung up
-        throw std::runtime_error("the bus daemon serves nobody who is not in the user database, as "
-                                 "user " +
-                                 std::to_string(geteuid()) + " is not");
+    if (result < 0 && getpwuid(geteuid()) == nullptr) { // so the daemon closed the connection
+        throw std::runtime_error(
+            "the bus daemon serves only users of the user database, and user " +
+            std::to_string(geteuid()) + " is not in it");
     }
     require(result, "sd_bus_request_name");
 }
 
-// The first argument of a call when that is a text; the read position is back at the start.
+// The first argument of a call if it is a text. The read position stays at the start.
 std::string_view firstText(sd_bus_message* call) {
     const char* text = "";
     (void)sd_bus_message_read_basic(call, 's', static_cast<void*>(&text));
@@ -42,7 +43,7 @@ std::string_view firstText(sd_bus_message* call) {
     return text;
 }
 
-// Replies with what @p addContents adds to the reply.
+// Sends a reply with the contents that @p addContents appends.
 template <typename AddContents>
 int reply(sd_bus_message* call, AddContents addContents) {
     sd_bus_message* raw = nullptr;
@@ -81,7 +82,7 @@ Service::Service(sd_event* loop, const std::string& address, ServiceModel model)
     require(sd_bus_set_address(raw, address.c_str()), "sd_bus_set_address");
     require(sd_bus_set_bus_client(raw, 1), "sd_bus_set_bus_client");
     require(sd_bus_start(raw), "sd_bus_start");
-    // Sees every call before sd-bus's own notion of objects and properties does.
+    // A fallback gets every call before sd-bus's own handlers of objects and properties.
     require(sd_bus_add_fallback(raw, nullptr, "/", onCall, this), "sd_bus_add_fallback");
     requestName(raw, model_.name.c_str());
     require(sd_bus_attach_event(raw, loop, SD_EVENT_PRIORITY_NORMAL), "sd_bus_attach_event");
@@ -99,7 +100,7 @@ const Service::Method* Service::methodOf(sd_bus_message* call) {
 int Service::onCall(sd_bus_message* call, void* service, sd_bus_error*) {
     auto& self = *static_cast<Service*>(service);
     if (methodOf(call) == nullptr) {
-        return 0; // sd-bus knows what to say
+        return 0; // sd-bus answers it
     }
     const ServiceOrder* order = self.orderFor(call);
     if (order == nullptr) {
@@ -144,7 +145,7 @@ int Service::onDelayOver(sd_event_source*, std::uint64_t, void* delayed) {
     Service& service = *over.service;
     const int result = service.obey(over.call.get(), *over.order);
     service.delayed_.erase(over.self);
-    // An answer that nobody takes any more is not the loop's end.
+    // The client may be gone by now: a failed answer is no failure of the timer.
     return result < 0 ? 0 : result;
 }
 
@@ -203,7 +204,7 @@ int Service::get(sd_bus_message* call) {
                                       name);
 }
 
-// Without an interface it is the properties of all of them that are asked for.
+// An empty interface name asks for the properties of all interfaces.
 int Service::getAll(sd_bus_message* call) {
     const char* interface = nullptr;
     if (const int result = sd_bus_message_read(call, "s", &interface); result < 0) {

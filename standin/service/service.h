@@ -1,7 +1,7 @@
-// The `zolt` service: what the model publishes, on a bus.
+// The `zolt` service: publishes a model on a bus.
 //
-// The properties of an object may be of any type, and even of a type that their names do not let
-// expect. The service therefore answers the standard interfaces itself.
+// A board description may give any property any type, even a wrong one. The service therefore
+// answers the calls of the standard interfaces itself.
 #pragma once
 
 #include "standin/service/model.h"
@@ -23,14 +23,15 @@ struct UnrefMessage {
 
 class Service {
 public:
-    /// Connects and takes the model's name. From then on the loop answers calls.
-    /// @param address of the bus, as its daemon prints it
+    /// Connects to the bus and takes the model's name. From then on the loop answers calls.
+    /// @param address of the bus, as in DBUS_SYSTEM_BUS_ADDRESS
     /// @throws std::system_error when the bus cannot be reached or refuses the name
+    /// @throws std::runtime_error when the user is not in the user database
     Service(sd_event* loop, const std::string& address, ServiceModel model);
     Service(const Service&) = delete;
     Service& operator=(const Service&) = delete;
 
-    /// Leaves the bus; whoever waits for an answer is told so by the bus.
+    /// Leaves the bus. The bus sends an error to each client that still waits for an answer.
     ~Service() = default;
 
 private:
@@ -43,7 +44,7 @@ private:
 
     using Message = std::unique_ptr<sd_bus_message, UnrefMessage>;
 
-    // A call whose answer an order holds back.
+    // A call whose answer an order delays.
     struct Delayed {
         Service* service;
         Message call;
@@ -77,7 +78,7 @@ private:
 
     const ServiceModel model_;
     const ObjectTree tree_;
-    std::map<const ServiceOrder*, int> fitted_; // calls that each order fitted so far
+    std::map<const ServiceOrder*, int> fitted_; // number of calls that each order fitted
     std::unique_ptr<sd_bus, Close> bus_;
     std::list<Delayed> delayed_;
 };

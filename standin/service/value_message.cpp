@@ -11,7 +11,7 @@ namespace standin {
 namespace {
 
 constexpr int misfit = -EINVAL;
-constexpr int deepestNesting = 32; // the bus allows no more of either kind
+constexpr int deepestNesting = 32; // arrays and structs together; the bus allows 32 of each
 
 // Length of the complete type that a signature starts with; 0 when it starts with none.
 std::size_t typeLength(std::string_view signature, bool inArray = false, int depth = 0) {
@@ -40,7 +40,7 @@ std::size_t typeLength(std::string_view signature, bool inArray = false, int dep
         at += member;
         ++members;
     }
-    // A dictionary's entry has a basic key and a value.
+    // A dictionary entry has a key of a basic type and a value.
     const bool shape = code == '('
                            ? members > 0
                            : members == 2 && !std::string_view("a({v").contains(signature[1]);
@@ -51,7 +51,7 @@ bool isCompleteType(std::string_view signature) {
     return !signature.empty() && typeLength(signature) == signature.size();
 }
 
-// Takes what a message would take.
+// Takes the place of a message when a value is only checked.
 struct NoMessage {
     static int basic(char code, const void* value) {
         const auto* text = static_cast<const char*>(value);
@@ -116,7 +116,7 @@ private:
     template <typename Integer>
     int addInteger(char code, const Value& value) {
         const auto* number = std::get_if<std::int64_t>(&value.content);
-        // A 64-bit pattern is written as the signed number that it is.
+        // A description's numbers are signed: one of type 't' gives the 64-bit pattern.
         const bool inRange = number != nullptr && (sizeof(Integer) == sizeof(*number) ||
                                                    std::in_range<Integer>(*number));
         if (!inRange) {

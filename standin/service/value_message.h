@@ -1,4 +1,4 @@
-// Values of a board description into messages of the bus.
+// Puts values of a board description into messages of the bus.
 #pragma once
 
 #include "standin/service/model.h"
@@ -9,12 +9,12 @@
 
 namespace standin {
 
-/// Whether @p signature is one complete type and @p value can travel as it: numbers within the
-/// type's range, lists of the right shape and length, paths that are paths.
+/// Whether @p signature is one complete type and @p value fits it: numbers are within the type's
+/// range, lists have the right shape and length, object paths are valid.
 [[nodiscard]] bool valueFits(std::string_view signature, const Value& value);
 
 /// Appends @p value as the type @p signature.
-/// @return negative errno: -EINVAL for a value that does not fit, or sd-bus's own
+/// @return a negative errno on failure: -EINVAL for a value that does not fit, or sd-bus's own
 int appendValue(sd_bus_message* message, std::string_view signature, const Value& value);
 
 } // namespace standin

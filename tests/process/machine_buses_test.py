@@ -202,7 +202,7 @@ class MachineBuses(unittest.TestCase):
             (
                 125,
                 "",
-                "zolt_sim: the machine's I2C buses cannot be kept from the command: "
+                "zolt_sim: cannot keep the command away from the machine's I2C buses: "
                 "Operation not permitted\n",
             ),
         )

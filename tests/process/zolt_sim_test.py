@@ -105,7 +105,8 @@ class Status(SimTest):
         self.assert_refused(
             self.sim("true"),
             125,
-            f"zolt_sim: TMPDIR is too long: no socket fits below '{deep}/zolt_sim.XXXXXX'\n",
+            f"zolt_sim: TMPDIR is too long: '{deep}/zolt_sim.XXXXXX' leaves no room for the name "
+            "of a socket\n",
         )
 
     @unittest.skipUnless(serves_others(), "no other user can run the programs here")
@@ -114,8 +115,8 @@ class Status(SimTest):
         self.assert_refused(
             run(*other_user("54321"), SIM, "--", "true", env=self.scratch.environment),
             125,
-            "zolt_sim: the bus daemon serves nobody who is not in the user database, as user "
-            "54321 is not\n",
+            "zolt_sim: the bus daemon serves only users of the user database, and user 54321 is "
+            "not in it\n",
         )
 
     def test_is_the_commands_in_the_deepest_place_for_a_socket(self):

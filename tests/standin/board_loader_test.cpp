@@ -105,9 +105,9 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         {"[[slot]]\nid = 1\npayload = [1,\n256]",
          "b.toml:4: slot: 'payload' must be a whole number from 0 to 255"},
         {"[[slot]]\nid = 1\npayload = '01 0203'",
-         "b.toml:3: slot: 'payload': '0203' is no byte of two hexadecimal digits"},
+         "b.toml:3: slot: 'payload': '0203' is not a byte of two hexadecimal digits"},
         {"[[slot]]\nid = 1\npayload = '-1'",
-         "b.toml:3: slot: 'payload': '-1' is no byte of two hexadecimal digits"},
+         "b.toml:3: slot: 'payload': '-1' is not a byte of two hexadecimal digits"},
         {"[[slot]]\nid = 1\ndsl_ids = [1,2,3,4,5,6,7,8,9]",
          "b.toml:3: slot: 'dsl_ids' has more than 8 identifiers"},
         {"[hal.PICPWR_PAYLOADS]\nunregister_status = 2147483648",
@@ -138,7 +138,8 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         {"[override.raw]\n0xFFFF = [1, 2]", "b.toml:2: raw: the bytes at '0xFFFF' run past 0xFFFF"},
         {"[override.named]\nX = 1.5", "b.toml:2: named: 'X' must be a whole number from 0 to 255"},
         {"faults = [\n'raw-read x']",
-         "b.toml:2: fault 'raw-read x': 'x' is no raw address or range of them (0x0000 to 0xFFFF)"},
+         "b.toml:2: fault 'raw-read x': 'x' is not a raw address or a range of addresses "
+         "(0x0000 to 0xFFFF)"},
         {"faults = [\n'bus absent',\n'hal-object NOPE']",
          "b.toml:3: fault 'hal-object NOPE': the HAL has no object 'NOPE'"},
     };

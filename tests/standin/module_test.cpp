@@ -281,10 +281,10 @@ TEST(Module, refusesWithFileLineAndReason) {
         {"oem_checksum = 1", "b.toml:4: module: 'oem_checksum' is not a key here"},
         {"\n[[slot.module.oem]]\ntype = 4\ndata = '" + repeated("00 ", 251) + "'",
          "b.toml:5: module: the OEM area has more than 255 bytes"},
-        // its object on the service
-        {"type = 'riser'", "b.toml:3: module: 'type' and 'object' go together"},
-        {"object = 'x'", "b.toml:3: module: 'type' and 'object' go together"},
-        {"type = 'Riser'\nobject = 'x'", "b.toml:4: module: 'Riser' is no type of the service"},
+        // its place among the service's objects
+        {"type = 'riser'", "b.toml:3: module: give both 'type' and 'object', or neither"},
+        {"object = 'x'", "b.toml:3: module: give both 'type' and 'object', or neither"},
+        {"type = 'Riser'\nobject = 'x'", "b.toml:4: module: 'Riser' is not a module type"},
         {"type = 'riser'\nobject = 'riser-1'",
          "b.toml:5: module: 'object' must be letters, digits and underscores"},
         {"type = 'riser'\nobject = ''",
@@ -304,9 +304,9 @@ TEST(Module, refusesWithFileLineAndReason) {
 TEST(Module, refusesBytesBesideItAndAPlaceBehindTheBlock) {
     const std::pair<const char*, const char*> cases[] = {
         {"[[slot]]\nid = 1\npayload = [1]\n[slot.module]",
-         "b.toml:4: slot: has a module, and bytes in its place"},
+         "b.toml:4: slot: 'module' cannot stand beside 'payload' or 'oem_area'"},
         {"[[slot]]\nid = 1\noem_area = [1]\n[slot.module]",
-         "b.toml:4: slot: has a module, and bytes in its place"},
+         "b.toml:4: slot: 'module' cannot stand beside 'payload' or 'oem_area'"},
         {"[[slot]]\nid = 1\npayload_offset = 24560\n[slot.module]",
          "b.toml:4: slot: 'module' at offset 24560 runs past the payload block's 24575 bytes"},
     };

@@ -73,10 +73,10 @@ TEST(PayloadBlock, refusesPayloadsWithoutRoom) {
          "b.toml:4: slot: 'oem_area' at offset 65535 runs past the payload block's 24575 bytes"},
         {"[[slot]]\nid = 7\npayload = [1, 2]\noem_area = [3]\n"
          "[[slot]]\nid = 8\npayload_offset = 2\npayload = [4]",
-         "b.toml:7: slot: what lies at offset 2 covers bytes of slot 7"},
+         "b.toml:7: slot: the bytes at offset 2 overlap bytes of slot 7"},
         {"[[slot]]\nid = 7\npayload_offset = 9\npayload = [1, 2]\n"
          "[[slot]]\nid = 8\npayload_offset = 8\npayload = [4]\noem_area = [5, 6, 7]",
-         "b.toml:7: slot: what lies at offset 8 covers bytes of slot 7"},
+         "b.toml:7: slot: the bytes at offset 8 overlap bytes of slot 7"},
     };
     for (const auto& [description, message] : cases) {
         EXPECT_EQ(test::refusalOf(description), message) << description;

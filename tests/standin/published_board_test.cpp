@@ -199,11 +199,11 @@ TEST(PublishedBoard, refusesWithFileLineAndReason) {
         {"[service]\nabsent = true", "b:2: service: 'absent' is not a key here"},
         {"[[service.object]]\npath = 'bp/x'", "b:1: object: needs 'path' and 'interface'"},
         {"[service.info]\nCount = 65536",
-         "b:2: 'Count' is no truth value, 16-bit number or text; write "
-         "{ signature = ..., value = ... }"},
+         "b:2: 'Count' must be true, false, a number from 0 to 65535 or a text; "
+         "write any other type as { signature = ..., value = ... }"},
         {"[service.info]\nCount = 2020-01-01",
-         "b:2: 'Count' is no truth value, 16-bit number or text; write "
-         "{ signature = ..., value = ... }"},
+         "b:2: 'Count' must be true, false, a number from 0 to 65535 or a text; "
+         "write any other type as { signature = ..., value = ... }"},
         {"[service.info]\nA = {signature = 'y', value = 256}",
          "b:2: 'value' does not fit the signature 'y'"},
         {"[service.info]\nA = {signature = 'yy', value = 1}",

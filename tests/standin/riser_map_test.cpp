@@ -160,7 +160,7 @@ TEST(RiserMap, refusesWithFileLineAndReason) {
         {"[[riser_map.record]]\npart_number = '123456789'",
          "b.toml:3: record: 'part_number' has more than 8 characters"},
         {"[[riser_map.record]]\nslots = [1, 2, 3]",
-         "b.toml:3: record: 'slots' lists number and type of each slot"},
+         "b.toml:3: record: 'slots' needs two bytes for each slot, number and type"},
         {"[[riser_map.record]]\npayload_size = 1\nslots = [" + repeated("0,", 512) + "]",
          "b.toml:4: record: 'slots' has more than 255 slots"},
         {"[[riser_map.record]]\nslots = [" + repeated("0,", 234) + "]",

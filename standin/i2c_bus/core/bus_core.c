@@ -1,11 +1,11 @@
-// State of the core: its tables, and what looks into them.
+// The core's tables: adds, finds and removes their entries.
 #include "standin/i2c_bus/core/internal.h"
 
 void busCoreInit(struct BusCore* core) {
     memset(core, 0, sizeof(*core));
 }
 
-// Names are compared whole, so nothing may stand behind the terminator.
+// The bytes behind the terminator must be zero, because names are compared over all 16 bytes.
 static void setName(char* name, const char* text) {
     uint32_t i = 0;
     memset(name, 0, CONTROL_TEXT_SIZE);
@@ -87,7 +87,7 @@ int busCoreAddIndexNode(struct BusCore* core, uint32_t number, uint32_t parent, 
     return 0;
 }
 
-// The device at an address, new when there was none. Null when the table is full.
+// Finds the device at an address, or adds one. Null when the table is full.
 static struct BusCoreDevice* deviceAt(struct BusCore* core, uint32_t bus, uint32_t address) {
     struct BusCoreDevice* device = busCoreFindDevice(core, bus, address);
     if (device == NULL && core->deviceCount < BUS_CORE_DEVICES) {

@@ -1,14 +1,15 @@
-// The I2C bus driver's behaviour, apart from whatever carries it.
+// The behaviour of the I2C bus driver, for any program or kernel module that serves requests.
 //
-// One struct holds all state, in tables of fixed size that the caller provides the room for; the
-// core allocates nothing and knows no file, no socket and no lock. Whoever carries it hands over
-// the messages of one I2C_RDWR at a time, and copies what was read back only when the transfer
-// succeeded. Results are as in the kernel: 0 or a count, or a negative error number.
+// One struct holds all state in tables of fixed size. The caller provides the struct; the core
+// allocates no memory and uses no file, socket or lock. The caller passes the messages of one
+// I2C_RDWR at a time, and hands out read bytes only when the transfer succeeded. Results are those
+// of the kernel: 0 or a count, or a negative error number.
 //
-// What the driver knows: buses (those of the board, and index nodes, which are buses created at run
-// time behind another one), devices at addresses of a bus (with memory that plain transfers reach,
-// with a device node, or both), properties by bus, target and ID, where target 0 is the bus itself,
-// and the faults it is to show.
+// The state consists of:
+//   buses       the board's own, and index nodes, each of which is a bus behind another bus
+//   devices     at addresses of a bus, with a memory for plain transfers, a device node, or both
+//   properties  by bus, target and ID; target 0 is the bus itself
+//   faults      operations that fail
 #pragma once
 
 #include "standin/i2c_bus/core/control_record.h"
@@ -23,39 +24,39 @@ enum {
     BUS_CORE_PROPERTIES = 4096,
     BUS_CORE_FAULTS = 256,
 
-    BUS_CORE_HIGHEST_BUS = 1048575,  ///< Linux has no minor number for a bus device beyond
+    BUS_CORE_HIGHEST_BUS = 1048575,  ///< Linux has no minor number for a bus device beyond this
     BUS_CORE_HIGHEST_ADDRESS = 0x7F, ///< addresses have 7 bits
-    BUS_CORE_MESSAGES = 42,          ///< of one transfer, as the kernel has it
-    BUS_CORE_MESSAGE_LENGTH = 8192,
-    BUS_CORE_BUS_NODE = 0, ///< the bus itself, as a target
+    BUS_CORE_MESSAGES = 42,          ///< most messages of one transfer, as in the kernel
+    BUS_CORE_MESSAGE_LENGTH = 8192,  ///< most bytes of one message, as in the kernel
+    BUS_CORE_BUS_NODE = 0,           ///< the bus itself, as a target
 };
 
 // First word of the reply to a create request.
 enum BusCoreNodeStatus {
     BUS_CORE_NODE_CREATED = 0,
-    BUS_CORE_NODE_USED = 1, ///< the index node was there already
+    BUS_CORE_NODE_USED = 1, ///< the index node existed already
 };
 
 struct BusCoreBus {
     uint32_t number; ///< the N of /dev/i2c-N
     bool isIndexNode;
-    uint32_t parent; ///< of an index node, with the next two
+    uint32_t parent; ///< only for an index node, like index and typeName
     uint32_t index;
     char typeName[CONTROL_TEXT_SIZE];
-    bool clockHeld; ///< in the middle of a recovery: no device answers
+    bool clockHeld; ///< a recovery is under way, and no device answers
 };
 
 struct BusCoreDevice {
     uint32_t bus;
     uint32_t address;
     bool hasNode;
-    uint32_t index; ///< of its node, with the next
+    uint32_t index; ///< of the node, like typeName
     char typeName[CONTROL_TEXT_SIZE];
-    uint8_t* memory; ///< what plain transfers read and write, owned by the caller; may be null
+    uint8_t* memory; ///< the caller's memory for plain transfers; may be null
     uint32_t memorySize;
     uint32_t pointerWidth; ///< bytes of its register pointer, 1 or 2
     uint32_t pointer;
-    bool readOnly; ///< takes writes without keeping them
+    bool readOnly; ///< accepts writes and drops them
 };
 
 struct BusCoreProperty {
@@ -65,13 +66,13 @@ struct BusCoreProperty {
     uint32_t value;
 };
 
-// What a fault can strike besides the commands of the control record.
+// Operations that can fail besides the commands of the control record.
 enum BusCoreOperation {
     BUS_CORE_PLAIN = 0, ///< a message to a device
     BUS_CORE_OPEN = 1,
 };
 
-// An operation that fails, well-formed as it may be. The bus need not be there yet.
+// A fault: a well-formed operation fails. The bus need not exist yet.
 struct BusCoreFault {
     uint32_t bus;
     uint32_t operation; ///< a ControlCommand, or one of the above
@@ -95,9 +96,9 @@ struct BusCore {
 // Empties the state.
 void busCoreInit(struct BusCore* core);
 
-// Describing a board. Each returns 0, -ENOSPC when the table is full, -EINVAL for a number out of
-// range, -EEXIST for what is there already, -ENODEV for a bus or target that is not. Texts beyond
-// 15 characters are cut.
+// These functions describe a board. Each returns 0, -ENOSPC when the table is full, -EINVAL for a
+// number out of range, -EEXIST for an entry that exists already, or -ENODEV for a bus or target
+// that does not exist. Texts are cut to 15 characters.
 int busCoreAddBus(struct BusCore* core, uint32_t number);
 int busCoreAddIndexNode(struct BusCore* core, uint32_t number, uint32_t parent, uint32_t index,
                         const char* typeName);
@@ -109,32 +110,32 @@ int busCoreSetProperty(struct BusCore* core, uint32_t bus, uint32_t target, uint
                        uint32_t value);
 int busCoreAddFault(struct BusCore* core, const struct BusCoreFault* fault);
 
-// Looking at it: null when there is none.
+// These functions find an entry. Each returns null when there is none.
 struct BusCoreBus* busCoreFindBus(struct BusCore* core, uint32_t number);
 struct BusCoreDevice* busCoreFindDevice(struct BusCore* core, uint32_t bus, uint32_t address);
 struct BusCoreProperty* busCoreFindProperty(struct BusCore* core, uint32_t bus, uint32_t target,
                                             uint32_t id);
 
-// Takes a device node away, and the device with it unless it has memory. -ENODEV without one.
+// Removes a device node, and the device too unless it has memory. Returns -ENODEV without a node.
 int busCoreRemoveDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address);
 
-// Opens a bus: 0, -ENOENT when there is none, or what a fault says.
+// Opens a bus. Returns 0, -ENOENT when there is no such bus, or the error of a fault.
 int busCoreOpen(struct BusCore* core, uint32_t bus);
 
-// One I2C_RDWR on an open bus.
+// Performs one I2C_RDWR on an open bus.
 //
-// Message flags may carry I2C_M_DMA_SAFE, which a kernel adds. Returns the message count, or:
+// Message flags may include I2C_M_DMA_SAFE, which a kernel adds. Returns the message count, or:
 //   -EINVAL     message count or length out of bounds, control and plain messages mixed, a control
 //               request with a wrong magic, flag, address, message count, or field
-//   -EMSGSIZE   a control record or a reply of another length than its command's
-//   -EOPNOTSUPP unknown command, or a flag that no device here knows
+//   -EMSGSIZE   a control record or a reply of a wrong length
+//   -EOPNOTSUPP an unknown command, or a message flag that is not supported
 //   -ENODEV     no such bus; no such device as the target of a control request
 //   -ENXIO      no device answers a plain message
 //   -ENOENT     the target has no such property
-//   -EEXIST     the device node is there already
+//   -EEXIST     the device node exists already
 //   -ENOSPC     no room for another node
 //   -ETIMEDOUT  a plain message while a recovery holds the clock
-//   or what a fault says.
+//   or the error of a fault.
 int busCoreTransfer(struct BusCore* core, uint32_t bus, struct i2c_msg* messages, uint32_t count);
 
 #ifdef __cplusplus

@@ -1,7 +1,7 @@
-// Control requests: what each command does to the state.
+// Control requests: checks them and runs their commands.
 #include "standin/i2c_bus/core/internal.h"
 
-// A property that the requester could not query comes with all bits set.
+// A requester sends this value for a property that it could not query.
 static const uint32_t unknownValue = 0xFFFFFFFF;
 
 enum {
@@ -26,7 +26,7 @@ static int findProperty(struct BusCore* core, const struct BusCoreBus* bus, uint
     return *property == NULL ? -ENOENT : 0;
 }
 
-// Whether a text field ends within itself; the text is copied with nothing behind its end.
+// Copies a text field and fills it up with zeros. False when the text has no terminator.
 static bool takeText(char* text, const uint8_t* field) {
     uint32_t length = 0;
     memset(text, 0, CONTROL_TEXT_SIZE);
@@ -88,7 +88,7 @@ static void setNodeProperty(struct BusCore* core, uint32_t bus, uint32_t target,
     }
 }
 
-// A node gets the properties of its bus that the request brings along.
+// The request brings two properties of the bus along; the new node gets them.
 static void answerNode(struct BusCore* core, uint32_t bus, uint32_t target, const uint8_t* record,
                        uint8_t* reply) {
     setNodeProperty(core, bus, target, PROPERTY_8, controlNumber(record, CREATE_PROPERTY_8));
@@ -173,7 +173,7 @@ static int removeDevice(struct BusCore* core, struct BusCoreBus* bus, const uint
     return busCoreRemoveDeviceNode(core, bus->number, controlNumber(record, REMOVE_TARGET));
 }
 
-// While the clock is held low no device can answer; letting go of it is the recovery's last step.
+// No device can answer while the clock is held low. The last step of a recovery releases the clock.
 static int recoverBus(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
                       uint8_t* reply) {
     (void)core;
@@ -195,7 +195,7 @@ static int recoverBus(struct BusCore* core, struct BusCoreBus* bus, const uint8_
 struct Command {
     uint32_t number;
     uint32_t replyLength;    // 0: the request is a single message
-    uint32_t selectorOffset; // of the field that tells faults apart
+    uint32_t selectorOffset; // of the field that a fault's selector matches
     int (*run)(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record, uint8_t* reply);
 };
 
@@ -216,7 +216,7 @@ static const struct Command* findCommand(uint32_t number) {
     return NULL;
 }
 
-// Whether a message has this flag and no other but the one that a kernel adds.
+// Whether a message to address 0 has this flag alone. I2C_M_DMA_SAFE, which a kernel adds, is fine.
 static bool isMarked(const struct i2c_msg* message, uint32_t flag) {
     return (message->flags & ~(uint32_t)I2C_M_DMA_SAFE) == flag && message->addr == 0;
 }

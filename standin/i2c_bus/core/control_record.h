@@ -1,7 +1,7 @@
 // The control record as the bus driver reads it.
 //
-// A request is a write of 164 bytes to address 0 under a message flag of the driver's own. Numbers
-// are unsigned, 32 bits, little-endian; texts have 16 bytes, NUL-terminated.
+// A request writes 164 bytes to address 0, with a message flag of the driver's own. A number is
+// unsigned, with 32 bits, little-endian. A text has 16 bytes and is NUL-terminated.
 //
 //     0  magic, the bytes "TESK"      4  command
 //
@@ -26,7 +26,7 @@ extern "C" {
 #endif
 
 enum {
-    CONTROL_FLAG = 0x0080, ///< marks the message; no flag of Linux
+    CONTROL_FLAG = 0x0080, ///< marks a control message; Linux does not use this flag
     CONTROL_RECORD_SIZE = 164,
     CONTROL_TEXT_SIZE = 16,
 };
@@ -68,7 +68,7 @@ enum RecoveryMode {
 // Whether the 164 bytes at record begin with the magic.
 bool controlHasMagic(const uint8_t* record);
 
-// A number of a record or of a reply.
+// Read or write a number of a record or a reply.
 uint32_t controlNumber(const uint8_t* bytes, uint32_t offset);
 void controlSetNumber(uint8_t* bytes, uint32_t offset, uint32_t value);
 

@@ -1,5 +1,5 @@
-// What the core takes from its surroundings: fixed-width types, memory functions, error numbers and
-// the kernel's I2C message. In a kernel these come from the kernel, elsewhere from the C library
+// All that the core needs from outside: fixed-width types, memory functions, error numbers and the
+// kernel's I2C message. A kernel module takes them from the kernel, a program from the C library
 // and the kernel's user headers, under the same names.
 #pragma once
 

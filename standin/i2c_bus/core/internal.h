@@ -1,4 +1,4 @@
-// What the core's files share with each other.
+// Functions that the core's files share.
 #pragma once
 
 #include "standin/i2c_bus/core/bus_core.h"
@@ -8,11 +8,11 @@ int busCoreControl(struct BusCore* core, struct BusCoreBus* bus, struct i2c_msg*
 int busCorePlain(struct BusCore* core, const struct BusCoreBus* bus, struct i2c_msg* messages,
                  uint32_t count);
 
-// What busCoreAddDeviceNode() would give, with nothing done.
+// Returns what busCoreAddDeviceNode() would return, and adds nothing.
 int busCoreCheckDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address);
 
-// The error of the fault that fits, 0 when none does; of several the last one counts.
+// The error of the fault that fits; 0 when none fits. If several fit, the last one holds.
 int busCoreFaultOf(const struct BusCore* core, uint32_t bus, uint32_t operation, uint32_t selector);
 
-// The lowest number above all buses.
+// The lowest number above those of all buses.
 uint32_t busCoreNextBus(const struct BusCore* core);

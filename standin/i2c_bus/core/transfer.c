@@ -1,4 +1,4 @@
-// Transfers: which kind one is, and the plain ones.
+// Transfers: tells control requests from plain transfers, and performs the plain ones.
 #include "standin/i2c_bus/core/internal.h"
 
 static void writeDevice(struct BusCoreDevice* device, const uint8_t* bytes, uint32_t count) {

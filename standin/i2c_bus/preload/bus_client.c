@@ -12,11 +12,11 @@
 #include <unistd.h>
 
 enum {
-    LONGEST_REQUEST = WIRE_MESSAGES + 2, // pieces: head, message heads, messages
+    LONGEST_REQUEST = WIRE_MESSAGES + 2, // in pieces: head, message heads, messages
     LONGEST_REPLY = WIRE_MESSAGES + 1,
 };
 
-// What the kernel can do with an adapter that only transfers messages, as the server does.
+// The kernel reports these for an adapter that only transfers messages. The server offers them.
 static const unsigned long functions = I2C_FUNC_I2C | I2C_FUNC_SMBUS_QUICK | I2C_FUNC_SMBUS_BYTE |
                                        I2C_FUNC_SMBUS_BYTE_DATA | I2C_FUNC_SMBUS_WORD_DATA |
                                        I2C_FUNC_SMBUS_PROC_CALL | I2C_FUNC_SMBUS_WRITE_BLOCK_DATA |
@@ -99,7 +99,7 @@ static int transfer(int descriptor, const struct i2c_rdwr_ioctl_data* given) {
     return exchange(descriptor, request, requestPieces, reply, replyPieces);
 }
 
-// Bytes of the data of an SMBus access; 0 when it has none, or is unknown.
+// Size of the data of an SMBus access; 0 for an access without data or of an unknown kind.
 static size_t smbusDataSize(const struct i2c_smbus_ioctl_data* given) {
     switch (given->size) {
     case I2C_SMBUS_BYTE:
@@ -139,7 +139,7 @@ static int smbus(int descriptor, const struct i2c_smbus_ioctl_data* given) {
     access.command = given->command;
     access.size = (uint16_t)given->size;
     if (given->size == I2C_SMBUS_I2C_BLOCK_DATA && isRead) {
-        access.data[0] = given->data->block[0]; // how many bytes; the rest is to be filled
+        access.data[0] = given->data->block[0]; // the number of bytes to read
     } else if (size != 0 && (!isRead || given->size == I2C_SMBUS_PROC_CALL ||
                              given->size == I2C_SMBUS_BLOCK_PROC_CALL)) {
         memcpy(access.data, given->data, size);
@@ -169,10 +169,10 @@ int busIoctl(int descriptor, unsigned long request, void* argument) {
         return 0;
     case I2C_RETRIES:
     case I2C_TIMEOUT:
-        return 0; // there is nothing to wait for
+        return 0; // without effect: the server never retries or waits
     case I2C_TENBIT:
     case I2C_PEC:
-        return argument == NULL ? 0 : failed(EINVAL); // can be off, not on
+        return argument == NULL ? 0 : failed(EINVAL); // neither can be switched on
     default:
         return failed(ENOTTY);
     }

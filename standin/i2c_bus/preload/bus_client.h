@@ -1,4 +1,4 @@
-// The client's side of a bus: one connection to the server stands for one open device.
+// The client of the bus server. One connection to the server stands for one open device.
 #pragma once
 
 #include <stdbool.h>
@@ -10,27 +10,28 @@
 extern "C" {
 #endif
 
-// Opens a bus of the server that the environment names. A descriptor, or -1 with the errno that
-// the server decides; ENOENT when the environment names none, ENXIO when it does not answer.
+// Opens a bus of the server that the environment names. Returns a descriptor, or -1 with the errno
+// of the server's refusal, ENOENT when the environment names no server, or ENXIO when the server
+// does not answer.
 int busOpen(uint32_t bus, bool closeOnExec);
 
-// Whether the server has such a bus, be it one that it refuses to open. Leaves errno as it is.
+// Whether the server has the bus, even if it refuses to open it. Leaves errno as it is.
 bool busIsThere(uint32_t bus);
 
-// Whether a descriptor is one of busOpen(). Leaves errno as it is.
+// Whether a descriptor comes from busOpen(). Leaves errno as it is.
 bool busIsOpen(int descriptor);
 
-// The number of the bus that a descriptor of busOpen() stands for; -1 for any other descriptor.
-// Leaves errno as it is.
+// The bus number of a descriptor from busOpen(); -1 for any other descriptor. Leaves errno as it
+// is.
 long busOf(int descriptor);
 
-// A read or a write of such a descriptor: a transfer from or to the address that an ioctl has set,
-// of at most 8192 bytes. The count, or -1 with errno.
+// Reads from or writes to a descriptor from busOpen(): transfers at most 8192 bytes from or to the
+// address that an ioctl has set. Returns the number of bytes, or -1 with errno.
 ssize_t busRead(int descriptor, void* buffer, size_t size);
 ssize_t busWrite(int descriptor, const void* buffer, size_t size);
 
-// An ioctl of the I2C range on such a descriptor, with the results of the kernel's I2C devices.
-// Threads may share a descriptor; processes that do must take turns.
+// Performs an ioctl of the I2C range on a descriptor from busOpen(), with the results of the
+// kernel's I2C devices. Threads may share a descriptor. Processes that share one must take turns.
 int busIoctl(int descriptor, unsigned long request, void* argument);
 
 #ifdef __cplusplus

@@ -32,15 +32,15 @@ static size_t lengthOf(const struct iovec* pieces, size_t count) {
     return length;
 }
 
-// When it is sent tells a request from all others of its connection, whichever process sends it.
+// The time serves as the ticket: it differs between requests, whichever process sends them.
 static uint32_t newTicket(void) {
     struct timespec now = {0};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return (uint32_t)now.tv_sec * 1000000000U + (uint32_t)now.tv_nsec;
 }
 
-// The request is on its way: nothing may come between it and its reply, neither a signal nor that
-// the descriptor is not to wait.
+// The request is sent, so its reply must be received. Wait for the reply in spite of signals, a
+// timeout, or a descriptor that is set not to block.
 static ssize_t receive(int descriptor, struct msghdr* message) {
     for (;;) {
         const ssize_t length = recvmsg(descriptor, message, 0);
@@ -51,8 +51,7 @@ static ssize_t receive(int descriptor, struct msghdr* message) {
     }
 }
 
-// One request and its reply, which begin with WireRequest and WireReply. The other pieces of the
-// reply are filled when the server did what was asked for. Returns the result as an ioctl does.
+// Does the work of exchange(), for one thread at a time.
 static int converse(int descriptor, struct iovec* request, size_t requestPieces,
                     struct iovec* reply, size_t replyPieces) {
     struct WireRequest* const asked = request[0].iov_base;
@@ -111,8 +110,8 @@ int connectAndAsk(uint32_t kind, uint32_t bus, int flags) {
         return -1;
     }
     int error = ENXIO;
-    // The longest transfer is more than a socket takes of itself. Who reads from the socket as if
-    // it were a file finds nothing, and must not wait for it.
+    // The longest transfer needs a larger buffer than a socket has at first. A program that reads
+    // the socket like a file gets no data; the timeout keeps it from waiting.
     if (setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &room, sizeof(room)) == 0 &&
         setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience)) == 0 &&
         connect(descriptor, (const struct sockaddr*)&address, sizeof(address)) == 0) {
@@ -130,7 +129,7 @@ bool isConnected(int descriptor) {
     struct sockaddr_un server;
     struct sockaddr_un peer = {0};
     socklen_t length = sizeof(peer);
-    // Most descriptors are no sockets.
+    // getpeername() comes first: most descriptors are no sockets, and fail at once.
     const bool isOurs = getpeername(descriptor, (struct sockaddr*)&peer, &length) == 0 &&
                         peer.sun_family == AF_UNIX && length <= sizeof(peer) &&
                         serverAddress(&server) &&

@@ -1,4 +1,4 @@
-// Requests to the bus server, and their replies.
+// Sends requests to the bus server and receives their replies.
 #pragma once
 
 #include <errno.h>
@@ -7,26 +7,26 @@
 #include <stdint.h>
 #include <sys/uio.h>
 
-// How a function of the C library fails.
+// Fails as a function of the C library does.
 static inline int failed(int error) {
     errno = error;
     return -1;
 }
 
-// Connects to the server that the environment names and sends a first request of the given kind
-// about a bus. A descriptor when the server agrees, or -1 with the errno that it decides; ENOENT
-// when the environment names none, ENXIO when it does not answer. Flags are those of a socket.
+// Connects to the server that the environment names and sends a first request about a bus. Returns
+// a descriptor, or -1 with the errno of the server's refusal, ENOENT when the environment names no
+// server, or ENXIO when the server does not answer. `flags` are those of socket().
 int connectAndAsk(uint32_t kind, uint32_t bus, int flags);
 
-// Whether a descriptor is one of connectAndAsk(). Leaves errno as it is.
+// Whether a descriptor comes from connectAndAsk(). Leaves errno as it is.
 bool isConnected(int descriptor);
 
-// Sends a request, the first piece of which is a WireRequest, and takes its reply, the first piece
-// of which is a WireReply; the other pieces of the reply are filled when the server did what was
-// asked for. Its result, or -1 with errno: the server's, EFAULT for pieces that are not the
-// caller's, EIO when the server is gone.
+// Sends a request and receives its reply. The first piece of the request is a WireRequest, that of
+// the reply a WireReply. The other pieces of the reply are filled when the request succeeds.
+// Returns the server's result, or -1 with errno: the server's, EFAULT for pieces outside the
+// caller's memory, EIO when the server is gone.
 int exchange(int descriptor, struct iovec* request, size_t requestPieces, struct iovec* reply,
              size_t replyPieces);
 
-// A request that is its head alone, with a reply of the same kind.
+// The same for a request and a reply that are a head alone.
 int ask(int descriptor, uint32_t kind, uint32_t argument);

@@ -1,14 +1,16 @@
-// What the interposed functions of the C library have in common.
+// Shared by the preload library's replacements for functions of the C library.
 //
-// Opening /dev/i2c-N gives a connected socket to the server that the environment names, and an
-// ioctl of the I2C range on one is a datagram each way. Nothing is remembered about descriptors: a
-// socket is known by the server's address at its other end, so dup, fork, exec and close need
-// nothing of this. No real bus can be reached: whatever opens an I2C device by another path finds
-// that there is none, and one that was open before answers nothing. Programs that go round the C
-// library are kept from the machine's by zolt_sim.
+// Opening /dev/i2c-N returns a socket that is connected to the bus server. An ioctl of the I2C
+// range on such a socket is one datagram each way. The library keeps no table of descriptors: it
+// recognizes its sockets by the server's address at the other end. So dup, fork, exec and close
+// need no replacement.
 //
-// The kernel is called directly where that serves, so that this works in every process at any time,
-// with a sanitizer's own wrappers of the same functions on either side.
+// The machine's buses stay out of reach. Opening an I2C device by another path fails with ENOENT.
+// If another process hands over an open device, I2C ioctls on it fail with ENODEV, but reads and
+// writes do not. zolt_sim itself stops programs that bypass the C library.
+//
+// Where possible, the replacements make system calls directly. They then work in every process at
+// any time, before or behind a sanitizer's wrappers for the same functions.
 #pragma once
 
 #include "standin/i2c_bus/device.h"
@@ -17,11 +19,11 @@
 
 #define EXPORTED __attribute__((visibility("default")))
 
-// The N of "/dev/i2c-N", which has no zero in front; -1 for any other path, or none.
+// The N of "/dev/i2c-N", without leading zeros; -1 for any other path and for a null pointer.
 long busNumber(const char* path);
 
 // Whether a descriptor is an I2C device of this machine.
 bool isRealBus(int descriptor);
 
-// The next function of that name, asked for once; false when there is none.
+// Looks up the next function of that name, once. False when there is none.
 bool realFunction(void** function, const char* name);

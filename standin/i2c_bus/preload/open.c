@@ -1,6 +1,6 @@
-// Puts the I2C buses of the stand-in where a command opens /dev/i2c-N by a descriptor.
+// Replaces open() and its variants: /dev/i2c-N leads to a bus of the stand-in.
 
-// The names below are to be those of the functions, not of their 64-bit twins.
+// These macros would turn the functions below into their 64-bit and fortified variants.
 #undef _FILE_OFFSET_BITS
 #undef _FORTIFY_SOURCE
 
@@ -14,7 +14,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-// What a path that names something is refused for before it is opened; 0 when it is not.
+// The errno with which open() refuses an existing device because of its flags; 0 for none.
 static int refusalOf(int flags) {
     const int creatingOnly = O_CREAT | O_EXCL;
     if ((flags & creatingOnly) == creatingOnly) {
@@ -46,7 +46,7 @@ static bool takesMode(int flags) {
     return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
 }
 
-// open and its many names.
+// open() and its many names.
 #define DEFINE_OPEN(name)                                                                          \
     EXPORTED int name(const char* path, int flags, ...);                                           \
     int name(const char* path, int flags, ...) {                                                   \
@@ -67,7 +67,7 @@ static bool takesMode(int flags) {
         return openAt(directory, path, flags, mode);                                               \
     }
 
-// The fortified ones, which have no mode to pass.
+// The fortified variants, which take no mode.
 #define DEFINE_OPEN_2(name)                                                                        \
     EXPORTED int name(const char* path, int flags);                                                \
     int name(const char* path, int flags) {                                                        \

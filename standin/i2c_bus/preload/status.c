@@ -1,7 +1,7 @@
-// Shows the I2C buses of the stand-in to a command that looks before it opens, as the character
-// devices that they would be. No bus of the machine is to be seen.
+// Replaces stat(), access() and their variants: the stand-in's I2C buses look like character
+// devices, and the machine's buses are hidden.
 
-#undef _FILE_OFFSET_BITS // the names below are not to be those of their 64-bit twins
+#undef _FILE_OFFSET_BITS // the macro would turn the functions below into their 64-bit variants
 #undef _FORTIFY_SOURCE
 
 #include "standin/i2c_bus/preload/bus_client.h"
@@ -22,10 +22,10 @@ enum {
     BUS_MODE = S_IFCHR | 0660,
 };
 
-// A device of every machine. What is said of it goes for a bus, too, but for mode and number.
+// A device that every machine has. Its status serves for a bus, except for mode and number.
 static const char example[] = "/dev/null";
 
-// The number of a bus that is there, or one of the above.
+// The number of a bus that exists, or one of the above.
 static long busAt(int directory, const char* path, int flags) {
     if (path == NULL || (path[0] == '\0' && (flags & AT_EMPTY_PATH) != 0)) {
         return busOf(directory);
@@ -34,7 +34,7 @@ static long busAt(int directory, const char* path, int flags) {
     return bus < 0 || busIsThere((uint32_t)bus) ? bus : MISSING_BUS;
 }
 
-// Makes what was found out about the example hold for the bus; refuses to show one of the machine.
+// Gives the example's status the bus's mode and number. Hides a bus of the machine.
 static int show(long bus, mode_t* mode, dev_t* device) {
     if (bus >= 0) {
         *mode = BUS_MODE;
@@ -45,8 +45,8 @@ static int show(long bus, mode_t* mode, dev_t* device) {
     return 0;
 }
 
-// The functions for one of the two layouts.
-// NOLINTBEGIN(bugprone-macro-parentheses): a type bears none.
+// The functions for one of the two layouts of `struct stat`.
+// NOLINTBEGIN(bugprone-macro-parentheses): a type cannot stand in parentheses.
 #define DEFINE_STATS(type, suffix)                                                                 \
     static int statAt##suffix(int directory, const char* path, type* status, int flags) {          \
         static int (*real)(int, const char*, type*, int);                                          \
@@ -120,7 +120,7 @@ DEFINE_ACCESS(access)
 DEFINE_ACCESS(eaccess)
 DEFINE_ACCESS(euidaccess)
 
-// A long listing asks for access lists by these.
+// `ls -l` asks for access control lists with these functions.
 #define DEFINE_GETXATTR(name)                                                                      \
     EXPORTED ssize_t name(const char* path, const char* attribute, void* value, size_t size) {     \
         static ssize_t (*real)(const char*, const char*, void*, size_t);                           \

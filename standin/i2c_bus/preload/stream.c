@@ -1,7 +1,7 @@
-// Puts the I2C buses of the stand-in where a command opens /dev/i2c-N as a stream, which is of
-// little use, but must not be one over a real bus either.
+// Replaces fopen() and freopen(): /dev/i2c-N leads to a bus of the stand-in. A stream over a bus is
+// of little use, but it must not lead to a real bus.
 
-#undef _FILE_OFFSET_BITS // the names below are not to be those of their 64-bit twins
+#undef _FILE_OFFSET_BITS // the macro would turn the functions below into their 64-bit variants
 
 #include "standin/i2c_bus/preload/bus_client.h"
 #include "standin/i2c_bus/preload/interposed.h"
@@ -41,7 +41,7 @@ static FILE* openStream(const char* path, const char* mode, Fopen real) {
     return stream;
 }
 
-// The C library opens something harmless in the stream, whose place the bus takes.
+// The C library reopens the stream on /dev/null. The bus then replaces that descriptor.
 static FILE* reopenStream(const char* path, const char* mode, FILE* stream, Freopen real) {
     const long bus = busNumber(path);
     if (bus < 0) {

@@ -1,6 +1,6 @@
-// What a command does with an open I2C bus.
+// Replaces read(), write() and ioctl(): on an open bus they talk to the bus server.
 
-#undef _FORTIFY_SOURCE // the names below are not to be those of their fortified twins
+#undef _FORTIFY_SOURCE // the macro would turn the functions below into their fortified variants
 
 #include "standin/i2c_bus/preload/bus_client.h"
 #include "standin/i2c_bus/preload/interposed.h"
@@ -25,7 +25,7 @@ EXPORTED ssize_t read(int descriptor, void* buffer, size_t size) {
                                                : syscall(SYS_read, descriptor, buffer, size);
 }
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the fortified one is the C library's.
+// NOLINTBEGIN(bugprone-reserved-identifier): the fortified name is the C library's.
 EXPORTED ssize_t __read_chk(int descriptor, void* buffer, size_t size, size_t room);
 ssize_t __read_chk(int descriptor, void* buffer, size_t size, size_t room) {
     static ssize_t (*real)(int, void*, size_t, size_t);
@@ -58,7 +58,7 @@ int ioctl(int descriptor, unsigned long request, ...) {
         if (busIsOpen(descriptor)) {
             return busIoctl(descriptor, request, argument);
         }
-        if (isRealBus(descriptor)) { // another process has handed it over
+        if (isRealBus(descriptor)) { // received from another process
             errno = ENODEV;
             return -1;
         }

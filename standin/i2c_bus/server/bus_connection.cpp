@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Takes the next T off the front; none when too little is left.
+// Takes a T off the front. None when too few bytes are left.
 template <typename T>
 std::optional<T> take(std::span<const std::uint8_t>& bytes) {
     if (bytes.size() < sizeof(T)) {
@@ -29,8 +29,8 @@ bool isRead(const i2c_msg& message) {
     return (message.flags & I2C_M_RD) != 0;
 }
 
-// Where the bytes of each message are: in the request for what is written, behind the reply's head
-// for what is read. False when the request holds more or less than its messages say.
+// Points each message at its bytes: a write message into the request, a read message behind the
+// reply's head. False when the request holds more or fewer bytes than its messages say.
 bool place(std::span<i2c_msg> messages, std::span<std::uint8_t> written, Bytes& reply) {
     std::size_t read = 0;
     for (i2c_msg& message : messages) {
@@ -68,7 +68,7 @@ void BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
 
 std::optional<int> BusConnection::perform(const WireRequest& head, std::span<std::uint8_t> rest,
                                           Bytes& reply) {
-    // One request opens the bus. Looking comes before it, and all else behind.
+    // WIRE_OPEN and WIRE_LOOK are for a connection without a bus, all others for one with a bus.
     const bool isEarly = head.kind == WIRE_OPEN || head.kind == WIRE_LOOK;
     if (isEarly == bus_.has_value()) {
         return std::nullopt;
@@ -85,12 +85,12 @@ std::optional<int> BusConnection::perform(const WireRequest& head, std::span<std
     }
 }
 
-// The requests that nothing follows.
+// Performs the requests that are a head alone.
 std::optional<int> BusConnection::performAlone(const WireRequest& head, Bytes& reply) {
     switch (head.kind) {
     case WIRE_OPEN:
         return open(head.argument);
-    case WIRE_LOOK: // a bus that is refused is there, too
+    case WIRE_LOOK: // a bus exists even when it refuses to open
         return busCoreOpen(core_, head.argument) == -ENOENT ? -ENOENT : 0;
     case WIRE_NUMBER:
         return static_cast<int>(*bus_);
@@ -172,7 +172,7 @@ std::optional<int> BusConnection::write(std::span<std::uint8_t> bytes) {
     return transferAlone(message);
 }
 
-// As many bytes as the message has, or what was wrong.
+// Returns the length of the message, or a negative errno.
 int BusConnection::transferAlone(i2c_msg& message) {
     const int result = busCoreTransfer(core_, *bus_, &message, 1);
     return result < 0 ? result : message.len;

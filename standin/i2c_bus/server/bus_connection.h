@@ -14,23 +14,23 @@
 
 namespace standin {
 
-/// Writes down one control transaction.
+/// Called with the log line of each control transaction.
 using TransactionLog = std::function<void(const std::string& line)>;
 
-/// Answers one client's requests, whatever they hold.
+/// Answers one client's requests, well-formed or not.
 class BusConnection {
 public:
-    /// Both are to outlive the connection. No log, no lines.
+    /// Core and log must outlive the connection. An empty log gets no lines.
     BusConnection(BusCore& core, const TransactionLog& log) : core_(&core), log_(&log) {}
 
     /// Answers one request.
     ///
-    /// @param request  one datagram; its write messages are handed to the core where they lie.
-    /// @param reply    receives the reply, which is WIRE_LONGEST bytes at most.
+    /// @param request  one datagram; the core reads the write messages in place.
+    /// @param reply    receives the reply, at most WIRE_LONGEST bytes.
     void answer(std::span<std::uint8_t> request, std::vector<std::uint8_t>& reply);
 
 private:
-    // Each gives the result, or none for a request that does not keep to the wire format.
+    // An optional result is none when the request is malformed.
     [[nodiscard]] std::optional<int> perform(const WireRequest& head, std::span<std::uint8_t> rest,
                                              std::vector<std::uint8_t>& reply);
     [[nodiscard]] std::optional<int> performAlone(const WireRequest& head,
@@ -47,8 +47,8 @@ private:
 
     BusCore* core_;
     const TransactionLog* log_;
-    std::optional<std::uint32_t> bus_; ///< once it is open
-    std::uint16_t address_ = 0;        ///< of SMBus accesses
+    std::optional<std::uint32_t> bus_; ///< none before it is open
+    std::uint16_t address_ = 0;        ///< of SMBus accesses, reads and writes
 };
 
 } // namespace standin

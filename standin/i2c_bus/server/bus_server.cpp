@@ -37,7 +37,7 @@ Descriptor listenOn(const std::string& path) {
     return listener;
 }
 
-// Whoever reads the log after a transaction finds it there, whole.
+// Each line is one write before the reply, so a client finds the whole line of its transaction.
 TransactionLog logTo(const std::string& path) {
     if (path.empty()) {
         return {};
@@ -63,7 +63,7 @@ struct BusServer::Client {
 
     BusServer* server;
     Descriptor socket;
-    EventSource source; // gone before its descriptor is closed
+    EventSource source; // must end before `socket` closes its descriptor
     BusConnection connection;
 };
 
@@ -86,7 +86,7 @@ int BusServer::onConnect(sd_event_source* /*source*/, int /*descriptor*/, std::u
     try {
         static_cast<BusServer*>(server)->accept();
     } catch (const std::exception&) {
-        return 0; // out of memory: who wanted in is turned away
+        return 0; // out of memory: the new client is turned away
     }
     return 0;
 }
@@ -98,7 +98,7 @@ int BusServer::onRequest(sd_event_source* /*source*/, int /*descriptor*/, std::u
     try {
         served = from.server->serve(from);
     } catch (const std::exception&) {
-        served = false; // out of memory: the one client goes, the others stay
+        served = false; // out of memory or disk space: only this client is dropped
     }
     if (!served) {
         from.server->drop(from);
@@ -110,7 +110,7 @@ void BusServer::accept() {
     Descriptor accepted(
         accept4(listener_.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (accepted.number() < 0) {
-        // Out of descriptors: who waits is let in once another client has gone.
+        // Out of descriptors or memory: waiting clients get in when another client has gone.
         if (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS) {
             sd_event_source_set_enabled(listening_.get(), SD_EVENT_OFF);
         }

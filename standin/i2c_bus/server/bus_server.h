@@ -16,7 +16,7 @@
 
 namespace standin {
 
-/// A file descriptor, closed with its owner.
+/// Owns a file descriptor and closes it.
 class Descriptor {
 public:
     explicit Descriptor(int number = -1) : number_(number) {}
@@ -41,28 +41,28 @@ using EventSource = std::unique_ptr<sd_event_source, DisableEventSource>;
 
 /// Listens on a socket and serves every client that the preload library connects, on an event loop.
 ///
-/// Each request is answered in one go, so what one client does is done before another's request is
-/// looked at. A client that sends more than a request can hold, or does not take its replies,
-/// is dropped; nothing waits for it.
+/// The server answers a request before it reads the next, so requests of different clients do not
+/// mix. It never waits for a client: it drops one that sends too long a request or does not take
+/// its replies.
 class BusServer {
 public:
-    /// @param loop   is to outlive the server.
-    /// @param path   of the socket, absolute; nothing may be there yet. It stays when the server
-    ///               goes.
+    /// @param loop   must outlive the server.
+    /// @param path   absolute path of the socket, which must not exist yet. The server leaves the
+    ///               socket there at its end.
     /// @param state  the buses as they are at the start.
-    /// @param log    file that gets a line for each control transaction before it is answered; it
-    ///               starts empty. None when empty.
-    /// @throw std::system_error when socket or log cannot be had
+    /// @param log    file that gets a line for each control transaction, before the reply. The
+    ///               server empties the file first. An empty path means no log.
+    /// @throw std::system_error when socket or log cannot be made
     BusServer(sd_event* loop, const std::string& path, BusState state, const std::string& log = {});
     BusServer(const BusServer&) = delete;
     BusServer& operator=(const BusServer&) = delete;
     ~BusServer();
 
-    /// Has @p look called after each request, before it is answered. What it throws costs the
-    /// client its connection.
+    /// Sets a function that the server calls after each request, before the reply. The server drops
+    /// the client when the function throws.
     void afterEachRequest(std::function<void()> look) { afterEachRequest_ = std::move(look); }
 
-    /// The state, for whoever shares the event loop's thread.
+    /// The state, for use in the event loop's thread only.
     [[nodiscard]] BusState& state() { return state_; }
 
 private:

@@ -9,12 +9,12 @@ namespace standin {
 
 namespace {
 
-constexpr std::uint32_t broken32ByteRead = I2C_SMBUS_BLOCK_MAX; // of the kind without a length
+constexpr std::uint32_t broken32ByteRead = I2C_SMBUS_BLOCK_MAX; // this kind of read gives no length
 
-// What an access is made of: bytes that are written behind the command, bytes that are read.
+// The messages of an access: bytes to write after the command, and bytes to read.
 struct Plan {
     bool sendsCommand = true;
-    std::uint32_t firstByte = 0; // of the data; a block begins with its length
+    std::uint32_t firstByte = 0; // index in `data`; a block's length is data[0]
     std::uint32_t written = 0;
     std::uint32_t read = 0;
     int error = 0;
@@ -51,7 +51,7 @@ Plan planOf(const WireSmbus& access) {
     }
 }
 
-// An access that addresses the device and no more.
+// A quick access only addresses the device; it transfers no bytes.
 int quickAccess(BusCore& core, std::uint32_t bus, std::uint16_t address, bool isRead) {
     i2c_msg message{.addr = address,
                     .flags = static_cast<std::uint16_t>(isRead ? I2C_M_RD : 0),

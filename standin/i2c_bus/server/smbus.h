@@ -1,6 +1,6 @@
-// SMBus accesses as the plain transfers that they are on the wire.
+// Performs SMBus accesses as plain transfers.
 //
-// The kernel does the same for an adapter that knows transfers alone, with the same messages.
+// The kernel does the same, with the same messages, for an adapter that can only transfer messages.
 #pragma once
 
 #include "standin/i2c_bus/core/bus_core.h"
@@ -12,9 +12,9 @@ namespace standin {
 
 /// Performs an access to @p address on a bus.
 ///
-/// @param access  kind, command and data; what was read replaces the data.
-/// @return 0, or a negative errno: busCoreTransfer()'s, -EOPNOTSUPP for a kind whose length comes
-///         from the device, -EINVAL for a length out of bounds.
+/// @param access  kind, command and data; read bytes replace the data.
+/// @return 0, or a negative errno: busCoreTransfer()'s, -EOPNOTSUPP for an unknown kind or a block
+///         whose length the device would give, -EINVAL for a block of more than 32 bytes.
 int smbusAccess(BusCore& core, std::uint32_t bus, std::uint16_t address, WireSmbus& access);
 
 } // namespace standin

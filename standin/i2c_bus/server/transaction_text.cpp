@@ -78,7 +78,7 @@ std::string quoted(std::span<const std::uint8_t> bytes) {
 
 using Seen = std::bitset<CONTROL_RECORD_SIZE>;
 
-// The bytes of a field that its text tells.
+// The number of the field's bytes that its text shows.
 std::uint32_t sizeOf(const Field& field, const std::uint8_t* bytes) {
     switch (field.look) {
     case Look::list:
@@ -123,7 +123,7 @@ std::string fieldsText(std::span<const Field> fields, const std::uint8_t* bytes)
     return text;
 }
 
-// What no field tells.
+// Shows the bytes that belong to no field, except zeros.
 std::string strayText(std::span<const Field> fields, const std::uint8_t* record) {
     Seen seen;
     for (std::uint32_t offset = 0; offset < CONTROL_COMMAND + 4; ++offset) {
@@ -147,7 +147,7 @@ bool isMessage(const i2c_msg& message, std::uint32_t flags, std::uint32_t length
     return message.addr == 0 && (message.flags & ~I2C_M_DMA_SAFE) == flags && message.len == length;
 }
 
-// The command that the messages have the shape of, or none.
+// The command of a well-formed request; else null.
 const Command* commandOf(std::span<const i2c_msg> messages) {
     const i2c_msg& first = messages.front();
     if (!isMessage(first, CONTROL_FLAG, CONTROL_RECORD_SIZE) || !controlHasMagic(first.buf)) {
