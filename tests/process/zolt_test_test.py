@@ -209,14 +209,12 @@ Bay ID            = 0
     def test_registers_call_nothing_of_libsystemd(self):
         # A library whose every function aborts takes libsystemd's place. The loader binds all
         # functions at the start, and so finds each one that the tool knows.
-        library_path = ":".join(
-            [UNTOUCHABLE_LIBSYSTEMD, *filter(None, [os.environ.get("LD_LIBRARY_PATH")])]
-        )
+        instead = ("sh", "-c", 'LD_LIBRARY_PATH="$0:$LD_LIBRARY_PATH" exec "$@"',
+                   UNTOUCHABLE_LIBSYSTEMD)
 
         def told(*arguments, **options):
             done = run(
-                SIM, "--", "env", "LD_BIND_NOW=1", f"LD_LIBRARY_PATH={library_path}",
-                TOOL, *arguments, **options,
+                SIM, "--", *instead, "env", "LD_BIND_NOW=1", TOOL, *arguments, **options,
             )
             return done.stdout, done.returncode
 
