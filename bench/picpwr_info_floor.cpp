@@ -117,8 +117,7 @@ private:
     bool addDsls(unsigned n) {
         for (unsigned k = 1; k <= 8; ++k) {
             std::uint8_t id = 0;
-            if (!text_.handOut() ||
-                cpld_read_device(&id, 0x1000 + 14 * (n - 1) + 5 + k, 1) != 0) {
+            if (!text_.handOut() || cpld_read_device(&id, 0x1000 + 14 * (n - 1) + 5 + k, 1) != 0) {
                 return false;
             }
             addHead(n);
