@@ -8,7 +8,7 @@ namespace zolt {
 CommandLine parseCommandLine(int argc, char* const argv[]) {
     CommandLine line;
     OptionArgs& arguments = line.arguments;
-    optind = 0; // the C library starts afresh, whatever was parsed before
+    optind = 0; // resets getopt, which keeps its state between calls
     for (int letter = 0; (letter = getopt(argc, argv, "o:p:d:i:n:t:m:f:")) != -1;) {
         const long number = letter == '?' ? 0 : std::strtol(optarg, nullptr, 10);
         const auto byte = static_cast<std::uint8_t>(number);

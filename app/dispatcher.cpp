@@ -69,14 +69,14 @@ constexpr Question deviceType{
     .highestAnswer = anyByte,
 };
 
-// The options that show the service connect to the system bus, each run anew: a bus that is gone
-// does not touch the other options, and a bus that came back serves the next run. The views print
-// their own failures.
+// Each run of an option that shows the service connects to the system bus anew. A missing bus does
+// not disturb the other options, and a bus that returns serves the next run. The views print their
+// own failures.
 template <typename View>
 Status onSystemBus(View show) {
     auto bus = sdbusplus::bus::new_default_system();
     show(bus);
-    flush(); // closing the connection waits for the bus once more
+    flush(); // closing the connection may wait for the bus
     return statusDone;
 }
 
@@ -121,9 +121,9 @@ bool isMissing(const Question& question, const OptionArgs& given) {
     return question.isMissing(given.*question.argument);
 }
 
-// False when there is no answer to run with.
+// Returns false when the answer is not a number or too high. The operation then must not run.
 bool ask(const Question& question, OptionArgs& given) {
-    std::int8_t answer = 0; // and 0 it stays at the end of input
+    std::int8_t answer = 0; // the end of input leaves 0
     question.prompt();
     if (readByte(answer) == Reading::notANumber) {
         write("\nscanf error");
@@ -131,7 +131,7 @@ bool ask(const Question& question, OptionArgs& given) {
     }
     const auto value = static_cast<std::uint8_t>(answer);
     given.*question.argument = value;
-    // Who is asked for the argument is asked for the presentation too, by the operation.
+    // The operator who types the argument also chooses the display: 0 makes the operation ask.
     given.format = 0;
     return value <= question.highestAnswer;
 }

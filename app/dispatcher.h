@@ -1,7 +1,7 @@
-// The dispatcher: from an option number and its arguments to one operation.
+// The dispatcher: runs the operation of an option number with its arguments.
 //
-// One table holds every option with its number, its label in the main menu, what it still has to
-// ask for, and the operation. The main menu prints the same rows.
+// One table has a row for each option: its number, its label in the main menu, the question for a
+// missing argument, and the operation. The main menu prints the same rows.
 #pragma once
 
 #include "console/status.h"
@@ -15,40 +15,40 @@ namespace zolt {
 
 constexpr std::uint8_t exitOption = 100;
 
-/// What an option runs with; the defaults mean "not given".
+/// The arguments of an option. The defaults mean "not given".
 struct OptionArgs {
     std::uint8_t option = 0;   ///< operation, 1 to 15
-    std::uint8_t picpwrId = 0; ///< options 1, 2, 3, 6; 0 also stands for all once asked for
+    std::uint8_t picpwrId = 0; ///< options 1, 2, 3, 6; typed in options 1 and 6, 0 means all
     std::uint8_t deviceType = DEVICE_TYPE_NOT_GIVEN; ///< options 7 and 8
     std::uint8_t moduleSelector = 0; ///< module class of option 5, module type of option 12
     std::uint8_t format = 0;         ///< options 2, 3, 4: 1 raw dump, 2 human readable
 };
 
-/// What an option asks the operator for when it was not given.
+/// The question that an option asks the operator when an argument was not given.
 struct Question {
     std::uint8_t OptionArgs::*argument; ///< the argument that the answer fills
-    bool (*isMissing)(std::uint8_t);    ///< whether the option asks for it, at this value
-    void (*prompt)();                   ///< menu and prompt
-    std::uint8_t highestAnswer;         ///< a higher answer is a failure; nothing is run
+    bool (*isMissing)(std::uint8_t);    ///< whether the option must ask at this value
+    void (*prompt)();                   ///< prints the menu and the prompt
+    std::uint8_t highestAnswer;         ///< a higher answer fails; the operation does not run
 };
 
 /// One option.
 struct OptionRow {
     std::uint8_t number;
     std::string_view label;
-    const Question* question; ///< null when the operation asks for itself or needs nothing
+    const Question* question; ///< null when the operation itself asks or needs no argument
     Status (*run)(const OptionArgs& arguments);
 };
 
-/// All options in the order of the menu, which is that of their numbers.
+/// All options, in the order of the menu and of their numbers.
 [[nodiscard]] std::span<const OptionRow> optionRows();
 
-/// Runs one option: asks for what is missing, runs the operation, and says so when it failed.
-/// An option without a row does nothing. Exceptions of the operation pass through.
+/// Runs one option: asks for a missing argument, runs the operation, and reports a failure. A
+/// number without a row does nothing. Exceptions of the operation pass through.
 void runOption(OptionArgs given);
 
-/// Runs one option as runOption() does. An exception of the standard's ends the option, not the
-/// program: its message is printed.
+/// Runs one option as runOption() does. A std::exception ends the option, not the program; the
+/// function prints its message.
 void runOptionGuarded(const OptionArgs& given);
 
 } // namespace zolt

@@ -11,7 +11,7 @@ namespace zolt {
 
 void runInteractive() {
     std::int8_t option = 0;
-    // The pass that reads 100 still hands it to the dispatcher, which has no such option.
+    // The pass that reads 100 also calls the dispatcher, which ignores a number without a row.
     while (option != exitOption) {
         printMainMenu();
         if (readByte(option) == Reading::notANumber) {

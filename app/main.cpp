@@ -1,4 +1,5 @@
-// zolt_test, the ZOLT Test Tool: without arguments a menu, with arguments one operation.
+// zolt_test, the ZOLT Test Tool. Without arguments it shows a menu, with arguments it runs one
+// operation.
 #include "app/command_line.h"
 #include "app/interactive.h"
 #include "app/one_shot.h"
@@ -8,8 +9,8 @@
 
 namespace {
 
-// A standard stream that was closed before the start must not become a bus device: the next open
-// would take its number, and the report would be written to the device.
+// Opens /dev/null for each standard stream that is closed at the start. Otherwise the next opened
+// bus device would take the stream's number, and the tool would write its report to the device.
 void holdStandardStreams() {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) == -1) {

@@ -1,4 +1,4 @@
-// The fixed menus of the front end.
+// The menus of the front end: options, module classes, module types.
 #pragma once
 
 namespace zolt {

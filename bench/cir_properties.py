@@ -1,9 +1,9 @@
 """Option 12 over 10 to 10,000 objects, beside a floor program in C on bare sd-bus.
 
-Both make the same calls, print the same text and hand it out at the same points, in turns on the
-same bus. The bars: at most 1.05 times the floor's wall time, and time in proportion to the objects.
-Shown beside it are the processor's time, which another load of the machine disturbs less, and the
-peak memory, for which busctl asks for the same tree.
+Both programs make the same calls and write the same text at the same points. They run in turns on
+the same bus. The bars: at most 1.05 times the floor's wall time, and time in proportion to the
+number of objects. The benchmark also shows the processor time, which other load of the machine
+disturbs less, and the peak memory beside that of a busctl that asks for the same tree.
 """
 
 import argparse
@@ -16,7 +16,7 @@ import tempfile
 import time
 
 SIZES = (10, 100, 1000, 10000)
-LISTED = 60000  # objects of each size in all, but for the smallest and the largest
+LISTED = 60000  # objects listed per size, but more at the largest and fewer at the smallest
 MEMBER = "GetManagedObjects"
 
 PROPERTIES = """
@@ -42,7 +42,7 @@ EndPoint3 = {{ signature = "(yyyyyy)", value = [255, 254, 253, 252, 251, 250] }}
 
 
 def board(size):
-    """The objects are published in another order than that of their paths."""
+    """Describes a board that publishes its objects in another order than that of their paths."""
     objects = (
         PROPERTIES.format(name=number * 7919 % size, number=number, low_byte=number % 256)
         for number in range(size)
@@ -56,7 +56,7 @@ class Program:
         self.wall, self.processor = [], []
 
     def run(self):
-        """Lists the objects once and returns what was printed."""
+        """Lists the objects once and returns the printed text."""
         with tempfile.TemporaryFile() as output:
             start = time.perf_counter()
             process = subprocess.Popen(self.command, stdout=output)
@@ -70,7 +70,7 @@ class Program:
             return output.read()
 
     def peak_memory(self):
-        """In KiB; told by time, which is small enough not to be what is measured."""
+        """Returns KiB from the command time, which itself needs less memory than the program."""
         shown = subprocess.run(
             ["time", "--format=%M", *self.command],
             stdout=subprocess.DEVNULL,
@@ -81,7 +81,7 @@ class Program:
 
 
 def measure(arguments):
-    """Runs on the board of one size and prints a line of figures."""
+    """Measures on the board of one size, which zolt_sim runs, and prints a line of figures."""
     tool = Program(arguments.tool, "-o", "12", "-m", "4")
     floor = Program(arguments.floor)
     manager = ("/com/tesk/bmc/zolt/riser", "org.freedesktop.DBus.ObjectManager")
@@ -107,7 +107,7 @@ def main():
     parser.add_argument("--size", type=int, help="measure on the board that is there")
     arguments = parser.parse_args()
     if arguments.size is not None:
-        os.environ.pop("LD_PRELOAD", None)  # the I2C buses have no part in this
+        os.environ.pop("LD_PRELOAD", None)  # no program here uses an I2C bus
         measure(arguments)
         return
     with tempfile.TemporaryDirectory() as scratch:

@@ -1,6 +1,6 @@
-/* What option 12 costs at the least: the same calls on bare sd-bus for the module type "riser", and
- * the same text, handed out at the same points. It looks at no more of a reply than it prints, and
- * takes every reply to be as a service in order gives it. */
+/* The floor under option 12 for the module type "riser". This program makes the tool's calls on
+ * bare sd-bus and writes the same text at the same points. It reads no more of a reply than it
+ * prints, and expects every reply to be correct. */
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -13,7 +13,7 @@ static void require(int result) {
     }
 }
 
-/* The properties by their place in the report. */
+/* The properties: first the numbers, then the endpoints. */
 static const char* const names[] = {
     "PayloadFrmtVer", "DeviceClass", "StaticPaylodSize", "DeviceId",         "VendorId",
     "DeviceVer",      "NumWires",    "TargetI2cDevType", "TargetI2cDevAddr", "checksum",
@@ -173,7 +173,7 @@ int main(void) {
     for (size_t i = 0; i < count; ++i) {
         struct cir cir = {0};
         printf("%s\n", paths[i]);
-        fflush(stdout); /* whoever waits for a slow object sees which one */
+        fflush(stdout); /* shows the object before the wait for its properties */
         read_cir(bus, paths[i], &cir);
         print_cir(&cir);
     }

@@ -1,6 +1,6 @@
-// The floor under the report of all control registers: the platform calls that the report takes, in
-// its order, and its text composed in one buffer and written before each call. It serves a board
-// whose registers can all be read; on any other it ends with exit status 1.
+// The floor under the report of all control registers. This program makes the report's platform
+// calls in the same order, composes the text in one buffer, and writes the text before each call.
+// It needs a board whose registers can all be read; on any other board it ends with exit status 1.
 #include "bench/floor_text.h"
 #include "platform/cpld_driver.h"
 #include "platform/hal.h"
@@ -21,7 +21,7 @@ struct Row {
     std::string_view suffix; // of the name
     std::string_view label;  // behind the number of the instance
     Kind kind = Kind::decimal;
-    std::uint8_t offset = 0; // rawOnly: where, and which bits
+    std::uint8_t offset = 0; // rawOnly: byte of the block, and its bits
     std::uint8_t shift = 0;
     std::uint8_t mask = 0;
 };
@@ -30,7 +30,7 @@ struct ModuleClass {
     std::string_view prefix; // of the names
     std::string_view label;  // in front of the number of the instance
     std::span<const Row> rows;
-    unsigned instances; // 0: a single one without a number
+    unsigned instances; // 0: a single unit without a number
     std::uint16_t base = 0;
     std::uint16_t distance = 0;
 };

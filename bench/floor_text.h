@@ -1,4 +1,5 @@
-// The text of a floor program: composed in one buffer, handed out where the tool hands its text out.
+// The text of a floor program. The program composes it in one buffer and writes it out where the
+// tool does.
 #pragma once
 
 #include <array>
@@ -26,8 +27,8 @@ public:
         *end_++ = digits[value & 0xF];
     }
 
-    /// One write of all that was added since the last one; none when that is nothing.
-    /// @return false when the text did not go out as a whole.
+    /// Writes the text that was added since the last call. Makes no system call without text.
+    /// @return false when the write failed or was incomplete.
     bool handOut() {
         const auto size = end_ - text_.data();
         end_ = text_.data();

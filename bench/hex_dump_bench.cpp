@@ -1,4 +1,4 @@
-// The hexadecimal dump of a whole file: hex_dump_bench FILE.
+// Prints the hexadecimal dump of a whole file: hex_dump_bench FILE.
 #include "console/hex_dump.h"
 
 #include <cstdint>

@@ -1,9 +1,10 @@
 """One control transaction of the tool beside a bare open, ioctl and close on the same stand-in.
 
-Counted are instructions, by callgrind, in the client with its preload library, and in zolt_sim,
-which answers: what a run of many transactions takes beyond a run of one, divided by their number.
-What the kernel does between the two is the same for both and left out. The bar: the transaction as
-a whole takes at most 1.05 times the floor's instructions.
+callgrind counts instructions in the client with its preload library, and in zolt_sim, which
+answers. The cost of a transaction is a run of many transactions minus a run of one, divided by the
+number of transactions between the two. The work of the kernel between client and zolt_sim is the
+same for tool and floor and does not count. The bar: the whole transaction takes at most 1.05 times
+the floor's instructions.
 """
 
 import argparse
@@ -27,7 +28,7 @@ def total(file):
 
 
 def instructions(arguments, kind, count, scratch):
-    """Of the client and of zolt_sim."""
+    """Returns the instructions of the client and of zolt_sim."""
     board, client, server = (os.path.join(scratch, name) for name in ("b.toml", "client", "sim"))
     pathlib.Path(board).write_text(BOARD)
     command = [*callgrind(server + ".%p"), arguments.sim, "--board", board, "--"]
@@ -48,7 +49,7 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
 
         def each(kind):
-            # The first transaction resolves the symbols.
+            # The first transaction also resolves symbols, so it does not count.
             one = instructions(arguments, kind, 1, scratch)
             many = instructions(arguments, kind, 1 + arguments.count, scratch)
             return [(last - first) / arguments.count for first, last in zip(one, many)]

@@ -1,8 +1,8 @@
-// Control transactions on one bus: i2c_transaction_bench tool|bare BUS COUNT.
+// Makes control transactions on one bus: i2c_transaction_bench tool|bare BUS COUNT.
 //
-// "tool" asks for a property as the tool does, each time on a device opened for it; "bare" is the
-// floor under that: open, ioctl and close with everything prepared. Both end with exit status 0
-// only when every transaction was answered.
+// "tool" asks for a property as the tool does, and opens the device for each transaction. "bare" is
+// the floor: it only calls open, ioctl and close, with all data prepared. Both end with exit status
+// 0 only when the driver answered every transaction.
 #include "i2c/bus_control_record.h"
 #include "i2c/bus_device.h"
 

@@ -1,8 +1,8 @@
-// The floor under the report of all PICPWRs: the platform calls that the report takes, in its
-// order, and its text composed in one buffer and written before each call. The structure of
-// zolt_test costs the instructions that zolt_test takes beyond this program's. It serves a board
-// whose slots are all occupied and whose registers can all be read; on any other it ends with exit
-// status 1.
+// The floor under the report of all PICPWRs. This program makes the report's platform calls in the
+// same order, composes the text in one buffer, and writes the text before each call. The
+// instructions that zolt_test takes beyond this program's are the cost of its structure. The
+// program needs a board whose slots are all occupied and whose registers can all be read; on any
+// other board it ends with exit status 1.
 #include "bench/floor_text.h"
 #include "platform/cpld_driver.h"
 #include "platform/hal.h"
@@ -117,8 +117,7 @@ private:
     bool addDsls(unsigned n) {
         for (unsigned k = 1; k <= 8; ++k) {
             std::uint8_t id = 0;
-            if (!text_.handOut() ||
-                cpld_read_device(&id, 0x1000 + 14 * (n - 1) + 5 + k, 1) != 0) {
+            if (!text_.handOut() || cpld_read_device(&id, 0x1000 + 14 * (n - 1) + 5 + k, 1) != 0) {
                 return false;
             }
             addHead(n);

@@ -1,8 +1,8 @@
 """A report beside a floor program that makes the same platform calls and prints the same text.
 
-Counted are instructions, by callgrind, without those that the platform's calls take: counting stops
-at a call's entry and goes on at its return, so that whatever the libraries have others do for them
-is left out as well. The bar: at most 1.25 times the floor's.
+callgrind counts instructions, without those of the platform's calls. The count stops at the entry
+of a call and continues at its return, so it also leaves out all code that the platform's libraries
+call. The bar: at most 1.25 times the floor's instructions.
 """
 
 import argparse
@@ -17,7 +17,7 @@ PLATFORM_CALLS = ("ReadIO_Str*", "cpld_read_device", "cpld_read_block_device")
 
 
 def occupied_slots():
-    """Every slot is occupied and shows values of every length."""
+    """Describes a board on which every slot is occupied, with values of every length."""
     lines = []
     for slot in range(1, 64):
         links = ", ".join(str(slot * link * 7 % 256) for link in range(1, 9))
@@ -38,7 +38,7 @@ def occupied_slots():
 
 
 def control_registers():
-    """Every register of every instance of every class has a value of its own, as far as it can."""
+    """Describes all instances of most module classes, with values that differ by instance."""
     lines = [
         "[[connector_1c]]",
         "card_present = true",
@@ -68,7 +68,7 @@ def control_registers():
 
 
 def full_riser_map():
-    """A blob that is full: eleven records with links of each type."""
+    """Describes a full blob: eleven records with links of each type."""
     lines = ["[riser_map]", "config_major = 1", "config_minor = 12"]
     lines += ["description = 'Eleven risers, as many as there is room for'"]
     for record in range(1, 12):
@@ -91,7 +91,7 @@ def full_riser_map():
     return lines
 
 
-# What is reported: the board, the arguments, what is typed.
+# For each report: the board, the tool's arguments, the typed input.
 REPORTS = {
     "picpwr_info": (occupied_slots, ["-o", "1"], b"0\n"),
     "control_registers": (control_registers, ["-o", "5", "-m", "15"], b""),
@@ -142,7 +142,7 @@ def main():
         if text != floor_text or calls != floor_calls:
             sys.exit("tool and floor do not print the same text by the same calls")
         print(f"{len(text)} bytes of report by {calls.count(10)} platform calls; instructions:")
-        # Behind the others: an option to toggle at a call starts without counting.
+        # These options follow the toggles, because --toggle-collect starts without counting.
         whole = ("--collect-atstart=yes",)
         main_alone = ("--toggle-collect=main",)
         for title, options in (("whole process", whole), ("main() alone", main_alone)):

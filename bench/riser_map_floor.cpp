@@ -1,6 +1,6 @@
-// The floor under the report of the riser slot mapping: one read by name, and its text composed in
-// one buffer and written at the end. It serves a blob whose fields all lie within it and whose links
-// are of known types; on any other it ends with exit status 1.
+// The floor under the report of the riser slot mapping. This program reads the blob once by name,
+// composes the text in one buffer, and writes the text at the end. It needs a complete blob with
+// links of known types; on any other blob it ends with exit status 1.
 #include "bench/floor_text.h"
 #include "platform/hal.h"
 

@@ -12,12 +12,12 @@ namespace zolt {
 
 namespace {
 
-// Last element of each module type's path, from type 1 on.
+// The last path element of each module type, from type 1 on.
 constexpr std::string_view suffixes[] = {"bp",    "puck",     "rfc",         "riser",
                                          "ftulm", "karnRaid", "karnNonRaid", "rida",
                                          "flop",  "bi",       "battery"};
 
-// Not even the prefix is there for a type that does not exist.
+// Returns an empty path for an unknown module type.
 std::string managerPath(std::uint8_t moduleType) {
     if (moduleType == 0 || moduleType > std::size(suffixes)) {
         return {};

@@ -26,14 +26,14 @@ void printWith(PropertyMap properties) {
     Printer(std::move(properties)).print();
 }
 
-// By module class, from 0 on.
+// The views by module class, from class 0 on.
 constexpr CirView views[] = {
     {"com.tesk.bmc.zolt.backplaneCIR", printWith<BackPlanePayloadPrinter>},
     {"com.tesk.bmc.zolt.puckCIR", printWith<PuckPayloadPrinter>},
     {"com.tesk.bmc.zolt.rfcCIR", printWith<RFCPayloadPrinter>},
 };
 
-// All classes beyond carry a CEM payload.
+// The view of all other classes, which carry a CEM payload.
 constexpr CirView cemView{"com.tesk.bmc.zolt.cemCIR", printWith<CEMV3PayloadPrinter>};
 
 } // namespace

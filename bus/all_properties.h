@@ -1,4 +1,4 @@
-// The CIR properties of one module object.
+// Prints the CIR properties of one module object.
 #pragma once
 
 #include <sdbusplus/bus.hpp>
@@ -8,10 +8,10 @@
 
 namespace zolt {
 
-/// Prints a module's CIR (identification payload) as the service publishes it. Whatever fails is
-/// printed in the report's place; nothing is thrown.
-/// @param moduleClass module type less one: 0 backplane, 1 puck, 2 RFC, all others CEM
-/// @param objectPath  the module's object
+/// Prints a module's CIR (identification payload) as the service publishes it. Prints a failure in
+/// the report's place; throws nothing.
+/// @param moduleClass module type minus 1: 0 backplane, 1 puck, 2 RFC, any other CEM
+/// @param objectPath  path of the module's object
 void PrintAllProperties(sdbusplus::bus_t& bus, std::uint8_t moduleClass,
                         const std::string& objectPath);
 

@@ -6,7 +6,7 @@ namespace zolt {
 
 namespace {
 
-// Sixteen endpoints whatever NUM_EP_DESCRIPTORS says.
+// The report always shows sixteen endpoints. It ignores NUM_EP_DESCRIPTORS.
 constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
     {"EndPoint0", "EndPoint0", PropertyType::endpoint},
     {"EndPoint1", "EndPoint1", PropertyType::endpoint},

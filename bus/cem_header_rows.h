@@ -1,4 +1,4 @@
-// The lines with which the reports of CEM and backplane payloads begin.
+// The first lines of the reports of CEM and backplane payloads.
 #pragma once
 
 #include "bus/payload_printer.h"
@@ -26,7 +26,7 @@ constexpr std::array<ReportRow, 11> cemHeaderRows{{
      {6, 0}},
 }};
 
-/// A whole report of this kind: the header's rows, then @p rows.
+/// The rows of a whole report: the header's rows, then @p rows.
 template <std::size_t Count>
 consteval std::array<ReportRow, cemHeaderRows.size() + Count>
 afterCemHeader(const std::array<ReportRow, Count>& rows) {

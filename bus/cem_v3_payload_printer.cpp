@@ -6,8 +6,8 @@ namespace zolt {
 
 namespace {
 
-// An endpoint descriptor. Bit 4 of bytes 1 and 2 and bits 3 and 7 of bytes 4 and 5 are reserved.
-// A switch behind the endpoint (INDIRECT) does not change which fields are shown.
+// The fields of an endpoint. Bit 4 of bytes 1 and 2 and bits 3 and 7 of bytes 4 and 5 are reserved.
+// INDIRECT does not change which fields are shown.
 constexpr EndpointField endpointFields[] = {
     {.label = "USB_HUB_PRES",
      .byte = 0,
@@ -47,7 +47,7 @@ constexpr EndpointField endpointFields[] = {
     {.label = "DSL_INDEX_UPPER", .byte = 5, .bits = {6, 4}},
 };
 
-// Four endpoints whatever NUM_EP_DESCRIPTORS says.
+// The report always shows four endpoints. It ignores NUM_EP_DESCRIPTORS.
 constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
     {"EndPoint0", "EndPoint0", PropertyType::endpoint, {}, endpointFields},
     {"EndPoint1", "EndPoint1", PropertyType::endpoint},

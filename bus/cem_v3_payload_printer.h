@@ -1,5 +1,5 @@
-// Printer of CEM v3 payloads: risers, storage carriers, batteries and all others that have no
-// printer of their own.
+// Printer of CEM v3 payloads: those of risers, storage carriers, batteries and all other modules
+// without a printer of their own.
 #pragma once
 
 #include "bus/payload_printer.h"

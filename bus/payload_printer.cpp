@@ -14,8 +14,8 @@ namespace {
 
 using EndpointBytes = std::array<std::uint8_t, 6>;
 
-// A report under composition, in the console's own room: until it is handed over nothing of it
-// counts.
+// Composes a report in the console's buffer. Only handOver() prints it, so a report that fails
+// leaves no text.
 class Composition {
 public:
     explicit Composition(std::size_t labelWidth)
@@ -107,7 +107,7 @@ void PayloadPrinter::printFitting(const Report& report) {
         return;
     }
     Composition composition(report.labelWidth);
-    std::string name; // one for all: most of the names are too long to be kept in place
+    std::string name; // one for all rows: most names need an allocation
     for (const ReportRow& row : report.rows) {
         name = row.property;
         composition.add(row, properties[name]);

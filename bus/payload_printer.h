@@ -1,9 +1,9 @@
-// Reports of CIR properties: what all classes of modules share.
+// Reports of CIR properties: the part that all classes of modules share.
 //
-// A report is a table. Its rows name, in printing order, a label, the property, the type that the
-// property must have, and the bits of it that are shown. A property that is missing counts as six
-// zero bytes: as an endpoint it prints as such, as a number it has the wrong type and ends the
-// report before anything of it is printed.
+// A report is a table with its rows in printing order. A row names a label, the property, the type
+// that the property must have, and the bits to show. A missing property counts as an endpoint of
+// six zero bytes. The row of an endpoint prints these bytes. The row of a number finds the wrong
+// type, which ends the report before any of it is printed.
 #pragma once
 
 #include "bus/property_value.h"
@@ -21,7 +21,7 @@ namespace zolt {
 /// "0x" and at least two upper-case digits: 0x05, 0xFF, 0x100.
 [[nodiscard]] std::string formatHex(std::uint16_t value);
 
-/// A bit field from its highest to its lowest bit, bit 0 being the least significant.
+/// A bit field from its highest to its lowest bit. Bit 0 is the least significant.
 struct BitField {
     unsigned highest = 15;
     unsigned lowest = 0;
@@ -36,25 +36,25 @@ enum class FieldStyle : std::uint8_t { hexadecimal, decimal, sentence };
 /// One line of a decoded endpoint descriptor.
 struct EndpointField {
     std::string_view label;
-    std::size_t byte; ///< 0 to 5, in the order of the bus
+    std::size_t byte; ///< 0 to 5, in the order of the message
     BitField bits;
     FieldStyle style = FieldStyle::hexadecimal;
-    std::string_view ifSet = {}; ///< sentences of a one-bit field
-    std::string_view ifClear = {};
+    std::string_view ifSet = {};   ///< sentence when the bits are not 0
+    std::string_view ifClear = {}; ///< sentence when the bits are 0
 };
 
 enum class PropertyType : std::uint8_t { byte, word, endpoint };
 
-/// One line of a report, or one and a line for each of its fields.
+/// One line of a report. An endpoint with fields adds a line for each field.
 struct ReportRow {
     std::string_view label;
     const char* property;
     PropertyType type = PropertyType::byte;
     BitField bits = {};                         ///< of a number
-    std::span<const EndpointField> fields = {}; ///< of an endpoint; none: its bytes are shown
+    std::span<const EndpointField> fields = {}; ///< of an endpoint; without any, its bytes show
 };
 
-/// Widths to which labels are padded, before the ": ".
+/// The widths to which labels are padded, without the ": ".
 constexpr std::size_t wideLabel = 48;
 constexpr std::size_t narrowLabel = 21;
 
@@ -64,10 +64,10 @@ struct Report {
     std::span<const ReportRow> rows;
 };
 
-/// The room in which a report is composed.
+/// The length in bytes that no report exceeds.
 constexpr std::size_t longestReport = 4096;
 
-/// Whether a report's labels fit their width, and the report its room, whatever the values are.
+/// Whether the labels fit their width and the report fits longestReport, for all possible values.
 consteval bool fits(const Report& report) {
     constexpr std::size_t longestValue =
         std::string_view("0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF").size();
@@ -87,17 +87,17 @@ consteval bool fits(const Report& report) {
     return labelsFit && length <= longestReport;
 }
 
-/// Prints one module's CIR properties. Used through the class of the module alone.
+/// Base of the printers of one module's CIR properties. Callers use the printer of the module.
 class PayloadPrinter {
 public:
     explicit PayloadPrinter(PropertyMap cirProperties);
-    /// A printer of a payload that was not split into properties, which none can print.
+    /// Takes a payload that is not split into properties. No printer supports such a payload.
     explicit PayloadPrinter(std::vector<std::uint8_t> payload);
 
-    /// Prints the report, composed as a whole, and an empty line; with a raw payload only that it
-    /// is not supported.
-    /// @throws std::bad_variant_access when a property has another type than the report demands;
-    ///         nothing has been printed then
+    /// Prints the report and an empty line. For a raw payload, only prints that it is not
+    /// supported.
+    /// @throws std::bad_variant_access, before any output, when a property has another type than
+    ///         the report demands
     virtual void print() = 0;
 
 protected:

@@ -1,7 +1,8 @@
-// The typed forms of what the service answers.
+// The C++ types of the service's replies.
 //
-// A variant of a reply is read into the first alternative that its signature equals; one that fits
-// none becomes the first alternative's default. The printers rely on the order of PropertyValue.
+// A variant of a reply is read into the first alternative whose signature equals the variant's. A
+// variant that equals none becomes the first alternative's default value. The printers rely on the
+// order of PropertyValue.
 #pragma once
 
 #include <sdbusplus/message/native_types.hpp>
@@ -15,7 +16,7 @@
 
 namespace zolt {
 
-/// An endpoint's six bytes in the order of the bus, signature "(yyyyyy)".
+/// An endpoint's six bytes in the order of the message, signature "(yyyyyy)".
 using EndpointDescriptor =
     std::tuple<std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t>;
 
@@ -25,8 +26,8 @@ using PropertyValue = std::variant<EndpointDescriptor, std::uint16_t, std::uint8
 /// The properties of one interface by name, the reply of Properties.GetAll.
 using PropertyMap = std::map<std::string, PropertyValue>;
 
-/// The value of one property in a reply of GetManagedObjects: every basic type but the handles, and
-/// arrays of them.
+/// The value of one property in a reply of GetManagedObjects: a string, a number or a boolean, or
+/// an array of one of these types.
 using ManagedObjectValue =
     std::variant<std::string, std::int64_t, std::uint64_t, double, std::int32_t, std::uint32_t,
                  std::int16_t, std::uint16_t, std::uint8_t, bool, std::vector<std::string>,

@@ -1,5 +1,5 @@
-// Questions to a service on the system bus. Each is one method call that blocks until the reply, an
-// error or the bus's own time-out.
+// Method calls to a service on the system bus. Each function makes one call and blocks until the
+// reply, an error or the bus's own time-out.
 #pragma once
 
 #include "bus/property_value.h"
@@ -10,18 +10,18 @@
 
 namespace zolt {
 
-/// The service that watches the module slots.
+/// Bus name of the service that watches the module slots.
 constexpr const char* zoltService = "com.tesk.bmc.zolt";
 
-/// All properties of one interface of an object (Properties.GetAll).
-/// @throws sdbusplus::exception::SdBusError named after the call that failed: the bus cannot be
-///         reached, the service, object or interface is unknown, the reply is something else
+/// Gets all properties of one interface of an object (Properties.GetAll).
+/// @throws sdbusplus::exception::SdBusError, which names the failed call, when the bus cannot be
+///         reached, the service, object or interface is unknown, or the reply has another form
 [[nodiscard]] PropertyMap getAllProperties(sdbusplus::bus_t& bus, const char* service,
                                            const std::string& path, const char* interface);
 
-/// The objects below @p path, which is that of an object manager (GetManagedObjects).
-/// @param objects what was found is added here
-/// @return false when the question failed; what failed has then been printed
+/// Gets the objects below the object manager at @p path (GetManagedObjects).
+/// @param objects receives the objects, added to its content
+/// @return false when the call failed, after the error is printed
 [[nodiscard]] bool getManagedObjects(sdbusplus::bus_t& bus, const char* service,
                                      const std::string& path, ManagedObjects& objects);
 

@@ -1,11 +1,12 @@
-// The report of payloads without endpoints, which RFC and puck modules have in common.
+// The report of payloads without endpoints, which RFC and puck modules share.
 #pragma once
 
 #include "bus/payload_printer.h"
 
 namespace zolt {
 
-// The names differ from those of the CEM payload; "StaticPaylodSize" is the service's own spelling.
+// Some names differ from those of the CEM payload. "StaticPaylodSize" is the service's own
+// spelling.
 constexpr ReportRow shortRows[] = {
     {"PayloadFrmtVer", "PayloadFrmtVer"},
     {"DeviceClass", "DeviceClass"},

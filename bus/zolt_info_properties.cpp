@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view flags[] = {"FRUreadComplete", "SlotMappingComplete"};
 
-// The name says which type a property must have, whatever came over the bus.
+// The property's name alone decides which type the value must have.
 int valueOf(std::string_view name, const PropertyValue& value) {
     return std::ranges::find(flags, name) != std::end(flags) ? int{std::get<bool>(value)}
                                                              : std::get<std::uint16_t>(value);
@@ -26,7 +26,7 @@ void printProperties(const PropertyMap& properties) {
     write("PrintZoltInfoProperties: \n");
     for (const auto& [name, value] : properties) {
         print<"Property Name  = %s\n">(std::string_view(name));
-        write("Property Value = "); // stays when the value cannot be had
+        write("Property Value = "); // stays when the value has the wrong type
         print<"%d\n">(valueOf(name, value));
     }
 }

@@ -1,4 +1,4 @@
-// printf formats as template arguments, taken apart while compiling.
+// printf formats as template arguments. The compiler splits them into text and conversions.
 #pragma once
 
 #include <algorithm>
@@ -8,10 +8,10 @@
 
 namespace zolt::detail {
 
-/// A conversion of a format: %[0width](d|X|x|s), with a width of one digit.
+/// One conversion of a format: %[0width](d|X|x|s), with a width of one digit.
 struct Conversion {
-    std::size_t begin = 0; ///< place of the percent sign
-    std::size_t end = 0;   ///< and behind the conversion
+    std::size_t begin = 0; ///< offset of the percent sign
+    std::size_t end = 0;   ///< offset behind the conversion
     unsigned width = 0;
     char kind = '\0';
 
@@ -22,18 +22,18 @@ struct Conversion {
 
 template <std::size_t length>
 struct FormatText {
-    char text[length]{}; // public, as a template argument has to be
+    char text[length]{}; // public, because template arguments need public members
 
     consteval FormatText(const char (&format)[length]) { std::copy_n(format, length, text); }
 
     [[nodiscard]] static constexpr std::size_t size() { return length - 1; }
 
-    /// How many conversions there are.
+    /// The number of conversions.
     [[nodiscard]] constexpr std::size_t count() const {
         return static_cast<std::size_t>(std::count(text, text + size(), '%'));
     }
 
-    /// All of them, in their order.
+    /// The conversions in order. The elements from count() on stay empty.
     [[nodiscard]] constexpr std::array<Conversion, length> conversions() const {
         std::array<Conversion, length> found{};
         std::size_t at = 0;

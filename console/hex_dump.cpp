@@ -11,10 +11,11 @@ namespace zolt {
 namespace {
 
 constexpr std::size_t lineBytes = 16;
-// An address of 16 digits with its frame, 16 bytes of 3 characters, the ": " and the line's end.
+// "0x", 16 digits and " = "; 16 bytes of 3 characters; ": " and the line's end.
 constexpr std::size_t longestLine = 21 + 3 * lineBytes + 3;
 
-// The three characters of each byte value, found with one look-up; a fourth makes them one store.
+// The text of each byte value: two digits and a blank. With a fourth character, one store of four
+// bytes copies the text.
 constexpr auto byteTexts = [] {
     constexpr std::string_view digits = "0123456789abcdef";
     std::array<std::array<char, 4>, 256> texts{};

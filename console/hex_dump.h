@@ -6,12 +6,11 @@
 
 namespace zolt {
 
-/// Prints a header and sixteen bytes a line, each line behind its address.
+/// Prints a header, then lines of sixteen bytes, each with the address of its first byte.
 ///
-/// @param baseOffset  address shown for the first byte: at least eight hexadecimal digits.
+/// @param baseOffset  address of the first byte; printed with at least eight hexadecimal digits.
 /// @param bytes       the bytes; the dump starts at the first one.
-/// @param byteCount   how many bytes to show, at most bytes.size(): the caller clamps a length that
-///                    came from a device before it gets here.
+/// @param byteCount   how many bytes to show; more than bytes.size() shows all bytes.
 void printHexDump(std::uint64_t baseOffset, const std::vector<std::uint8_t>& bytes,
                   std::uint32_t byteCount);
 

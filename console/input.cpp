@@ -17,7 +17,7 @@ Reading outcome(int itemsRead) {
 
 } // namespace
 
-// scanf defines these answers: their widths, their overflow, the text that stays unread.
+// scanf defines how a number is read: its width, its overflow, the text that stays unread.
 // NOLINTBEGIN(cert-err34-c)
 
 Reading readByte(std::int8_t& answer) {

@@ -1,19 +1,19 @@
-// Answers from standard input.
+// Reads the operator's answers from standard input.
 //
-// Every call first hands out everything printed so far, so that a program which drives the tool
-// over a pipe sees the prompt before the tool waits. Text that is not a number stays in the input.
-// Without a number the answer keeps the value that it had.
+// Every call first writes out all text printed so far, so that a program that drives the tool over
+// a pipe sees the prompt before the tool waits. Text that is not a number stays in the input.
+// Without a number the answer keeps its value.
 #pragma once
 
 #include <cstdint>
 
 namespace zolt {
 
-/// What came of a question. Callers differ in what they make of the end of input: most take the
-/// answer as it stood before, a sub-menu takes it for a failed read.
+/// The result of a read. Callers treat the end of input in two ways: most use the answer's initial
+/// value; the menu of displays treats it as a failed read.
 enum class Reading : std::uint8_t { number, notANumber, endOfInput };
 
-/// Reads a decimal number into its low 8 bits ("%hhd").
+/// Reads a decimal number and keeps its low 8 bits ("%hhd").
 [[nodiscard]] Reading readByte(std::int8_t& answer);
 
 /// Reads a decimal number ("%d").

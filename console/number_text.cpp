@@ -15,7 +15,7 @@ char* appendAnyDecimal(char* end, long long number, unsigned width) {
         width -= width > 0 ? 1 : 0;
     }
     for (unsigned long long limit = 10; width > 1; --width, limit *= 10) {
-        // A zero for each digit that the number does not have.
+        // Add a zero for each digit that the number lacks.
         if (value < limit) {
             end = std::fill_n(end, width - 1, '0');
             break;
@@ -30,7 +30,7 @@ char* detail::appendLongDecimal(char* end, long long number, unsigned width) {
     if (number < 100 || number > 999 || width > 3) {
         return appendAnyDecimal(end, number, width);
     }
-    // What a byte may hold.
+    // Three digits, as most byte values have: no loop.
     const auto value = static_cast<unsigned>(number);
     *end = static_cast<char>('0' + value / 100);
     std::memcpy(end + 1, &digitPairs[std::size_t{2} * (value % 100)], 2);

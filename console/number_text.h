@@ -1,4 +1,4 @@
-// Numbers as printf lays them out, composed at the end of a text.
+// Composes numbers at the end of a text, as printf lays them out.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 
 namespace zolt {
 
-/// The most characters that a number takes.
+/// The length of the longest number: 64 bits in decimal, with a sign.
 constexpr std::size_t longestNumber = 20;
 
 namespace detail {
@@ -26,9 +26,9 @@ char* appendLongDecimal(char* end, long long number, unsigned width);
 
 } // namespace detail
 
-/// As %0Nd does, with @p width for N, up to 9: zeros fill it up, the sign counts, and it never
-/// cuts.
-/// @return where the text now ends.
+/// Appends a number at @p end as printf's %0Nd does. @p width is N, 0 to 9: zeros fill the width,
+/// the sign counts as one character, and a longer number is not cut.
+/// @return the new end of the text.
 inline char* appendDecimal(char* end, long long number, unsigned width = 0) {
     // Most flags, counts and indices have one digit or two.
     const auto value = static_cast<unsigned long long>(number);
@@ -43,7 +43,9 @@ inline char* appendDecimal(char* end, long long number, unsigned width = 0) {
     return detail::appendLongDecimal(end, number, width);
 }
 
-/// As %0NX does, or %0Nx, according to @p digits.
+/// Appends a number at @p end as printf's %0NX or %0Nx does; @p width is N.
+/// @param digits  the sixteen digits, in upper or lower case.
+/// @return the new end of the text.
 char* appendHexadecimal(char* end, unsigned long long number, unsigned width, const char* digits);
 
 } // namespace zolt

@@ -1,9 +1,9 @@
 // Text for the operator, printed to standard output.
 //
-// The texts of this tool are its interface, so they stand in the code as the printf formats that
-// they are: `print<"PICPWR %02d DBYP               = %d\n">(n, value)`. A format is taken apart
-// when it is compiled; what remains at run time is to copy its pieces and to compose the numbers.
-// As a row of a table it is a `line<"...">`: what prints it.
+// The texts of this tool are its interface. The code therefore shows each text as a printf format:
+// `print<"PICPWR %02d DBYP               = %d\n">(n, value)`. The compiler splits the format; at
+// run time the tool only copies the pieces and composes the numbers. A row of a table holds a
+// `line<"...">`, the function that prints the format.
 #pragma once
 
 #include "console/format.h"
@@ -19,10 +19,10 @@
 
 namespace zolt {
 
-using Number = long long;      ///< argument of %d and %X, whatever integer it was
+using Number = long long;      ///< argument of %d, %X and %x, from any integer type
 using Text = std::string_view; ///< argument of %s
 
-/// Prints one line, or several, that show these arguments, each Number or Text.
+/// A function that prints one or several lines. Each argument is a Number or a Text.
 template <typename... Arguments>
 using Line = void (*)(Arguments...);
 
@@ -43,9 +43,9 @@ struct Printer<format, std::index_sequence<index...>> {
     template <std::size_t at>
     using ArgumentOf = std::conditional_t<conversions[at].kind == 's', Text, Number>;
 
-    // Behind the last conversion comes the rest of the text.
+    // Index of the text behind the last conversion.
     static constexpr std::size_t last = sizeof...(index);
-    // Room for the line unless an argument is a long text.
+    // A text argument up to this length is composed in place; a longer one is printed by itself.
     static constexpr std::size_t usualText = 64;
     static constexpr std::size_t usualLength =
         format.size() + last * std::max(longestNumber, usualText);
@@ -88,12 +88,12 @@ struct Printer<format, std::index_sequence<index...>> {
 
 } // namespace detail
 
-/// What prints a format, for a table's row.
+/// The function that prints a format, for a table's row.
 template <detail::FormatText text>
 constexpr auto line = &detail::Printer<text>::print;
 
-/// Prints a format with its arguments: integers of any type, or strings as string_view. A negative
-/// number prints with %X as 64 bits: hand in the unsigned type that the field has.
+/// Prints a format with its arguments: integers of any type, or strings as string_view. %X prints a
+/// negative number with 64 bits, so pass a field in its unsigned type.
 template <detail::FormatText text, typename... Arguments>
 void print(const Arguments&... arguments) {
     line<text>(static_cast<detail::Normal<Arguments>>(arguments)...);
@@ -104,9 +104,8 @@ inline void write(Text text) {
     standardOutput.write(text);
 }
 
-/// Hands out everything printed so far. Goes before every call that may not come back: of the
-/// platform's libraries, of a bus device, of the system bus. (The answers of console/input.h do so
-/// themselves.)
+/// Writes out all text printed so far. Call it before every call that may not return: of a platform
+/// library, a bus device, or the system bus. (The functions of console/input.h call it themselves.)
 inline void flush() {
     standardOutput.flush();
 }

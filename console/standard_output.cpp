@@ -9,9 +9,9 @@ namespace zolt {
 
 namespace {
 
-// True when it makes sense to try the write once more.
+// Returns true when the write is worth repeating.
 bool passes(int error) {
-    if (error == EAGAIN) { // a reader who made the pipe non-blocking is still to get everything
+    if (error == EAGAIN) { // a reader that made the pipe non-blocking still gets all text
         pollfd descriptor{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
         (void)poll(&descriptor, 1, -1);
     }

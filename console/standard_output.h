@@ -1,12 +1,12 @@
-// The buffer in front of standard output: everything that the tool prints passes through here.
+// The buffer in front of standard output. All text that the tool prints passes through it.
 //
-// The buffer is handed out before the tool asks anybody else: the platform's libraries, a bus
-// device, the system bus, the operator. Each of them may never answer, or end the tool, and then
-// the last line on the console shows where. Between two such calls nothing is written, so a report
-// takes no more writes than it has calls.
+// The tool writes the buffer out before it calls a platform library, a bus device or the system
+// bus, and before it waits for the operator. Such a call may never return, or may end the tool; the
+// last line on the console then shows where. Between two such calls the tool writes only when the
+// buffer is full, so a report takes few writes.
 //
-// A reader that is gone changes nothing: neither the exit status nor the further texts depend on
-// the outcome of a write.
+// A failed write changes neither the exit status nor the further texts. A pipe without a reader
+// ends the tool by SIGPIPE, unless the tool started with this signal ignored.
 #pragma once
 
 #include <array>
@@ -17,7 +17,7 @@ namespace zolt {
 
 class StandardOutput {
 public:
-    /// The most that can be composed in place. The longest decoded payload fits: one write.
+    /// The most bytes that room() gives. The listing of a well-formed payload fits: one write.
     static constexpr std::size_t capacity = std::size_t{64} * 1024;
 
     constexpr StandardOutput() = default;
@@ -25,8 +25,8 @@ public:
     StandardOutput& operator=(const StandardOutput&) = delete;
     ~StandardOutput() { flush(); }
 
-    /// A place to compose up to @p size bytes in, at most the capacity. The text counts from
-    /// finish() on.
+    /// Returns a place to compose up to @p size bytes, at most the capacity. The text counts only
+    /// after finish().
     [[nodiscard]] char* room(std::size_t size) {
         if (size > capacity - used_) [[unlikely]] {
             writeOut();
@@ -34,13 +34,13 @@ public:
         return buffer_.data() + used_;
     }
 
-    /// Takes over the text that was composed between the place that room() gave and @p end.
+    /// Takes over the text that was composed from the place of room() up to @p end.
     void finish(const char* end) { used_ = static_cast<std::size_t>(end - buffer_.data()); }
 
-    /// Text that is already laid out, of any length.
+    /// Prints text that is already laid out, of any length.
     void write(std::string_view text);
 
-    /// Hands everything over to the descriptor. Without any text this is no system call.
+    /// Writes all text to the descriptor. Makes no system call when there is no text.
     void flush() {
         if (used_ != 0) {
             writeOut();
@@ -51,7 +51,7 @@ private:
     void writeOut();
 
     std::size_t used_ = 0;
-    std::array<char, capacity> buffer_{}; // last: a short text takes no second page of memory
+    std::array<char, capacity> buffer_{}; // last: a short text shares a page with used_
 };
 
 extern StandardOutput standardOutput;

@@ -1,4 +1,4 @@
-// What an operation tells the dispatcher. The console never shows the numbers.
+// The result that an operation returns to the dispatcher. The console never shows the numbers.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@ namespace zolt {
 
 using Status = std::int32_t;
 
-constexpr Status statusDone = 0;           ///< done, also for a listing that found nothing
+constexpr Status statusDone = 0;           ///< done; a listing that found nothing is done, too
 constexpr Status statusNothingToShow = 2;  ///< input could not be read, or there is nothing to show
 constexpr Status statusOutOfMemory = 4;    ///< an area could not be allocated
 constexpr Status statusRawReadFailed = 11; ///< the CPLD refused a raw read

@@ -1,9 +1,9 @@
-// The control and status registers of every module class, in reporting order.
+// The control and status registers of every module class, in the order of the report.
 //
-// A class that repeats has one block of registers for each instance, at equal distances from the
-// first one's base; instances count from 1. A register's address is relative to its block. Its name
-// is the class's prefix, the instance's number and the register's suffix (CEM_RISER_3_PWR_POLICY),
-// or a name of its own where the class has a single unit.
+// A class with several instances has a block of registers for each instance, at equal distances.
+// Instances count from 1. A register's address is relative to its block. Its name consists of the
+// class's prefix, the instance's number and the register's suffix (CEM_RISER_3_PWR_POLICY). In a
+// class with a single unit, each register has its full name in the table.
 #pragma once
 
 #include "console/output.h"
@@ -17,13 +17,13 @@ namespace zolt {
 
 enum class Access : std::uint8_t {
     namedElseRaw,
-    rawOnly, ///< the HAL is not asked for this register
+    rawOnly, ///< the tool reads this register through the CPLD driver alone
 };
 
 /// One register and its line of the report.
 template <typename Line>
 struct Register {
-    std::string_view name; ///< whole, or the suffix that follows the instance's number
+    std::string_view name; ///< full name, or the suffix behind the instance's number
     RawField raw;          ///< relative to the block's base
     Line line;
     Access access = Access::namedElseRaw;
@@ -32,12 +32,12 @@ struct Register {
 using SingleRegister = Register<Line<Number>>;           ///< value
 using InstanceRegister = Register<Line<Number, Number>>; ///< number of the instance, value
 
-/// One class of modules: a single unit or several instances, and the registers of each.
+/// One class of modules: a single unit or several instances, with their registers.
 struct ModuleClass {
     std::uint16_t base;           ///< raw address of the first block
-    std::uint16_t distance = 0;   ///< from one instance's block to the next one's
-    std::uint8_t instances = 1;   ///< how many blocks there are
-    std::string_view prefix = {}; ///< of the names of an instance's registers
+    std::uint16_t distance = 0;   ///< from one instance's block to the next
+    std::uint8_t instances = 1;   ///< number of blocks
+    std::string_view prefix = {}; ///< start of an instance's register names
     std::span<const SingleRegister> registers = {};
     std::span<const InstanceRegister> instanceRegisters = {};
 };
@@ -129,7 +129,7 @@ constexpr InstanceRegister flop[] = {
     {"_UNHIDE", RawField::bits(1, 7, 7), line<"FLOP %d Unhide            = %d\n">},
     {"_NUM_LINKS", RawField::bits(1, 5, 4), line<"FLOP %d Number of links   = %d\n">,
      Access::rawOnly},
-    // The card's type shows in the presence pins.
+    // The presence pins encode the card's type.
     {"_PRSNTB", RawField::bits(1, 3, 0), line<"FLOP %d Card Type         = %d\n">},
     {"_PICPWR_INDEX", RawField::byte(2), line<"FLOP %d PICPWR Index      = %d\n">},
 };
@@ -155,7 +155,7 @@ constexpr ModuleClass repeated(std::uint16_t base, std::uint16_t distance, std::
             .instanceRegisters = registers};
 }
 
-/// All classes; a class's selector is its place here, counted from 1.
+/// All classes. A class's selector is its position in this table, counted from 1.
 constexpr ModuleClass moduleClasses[] = {
     single(0x13BE, oneCConnector),
     single(0x13C4, fourCConnector),

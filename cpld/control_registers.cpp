@@ -17,7 +17,8 @@ std::optional<std::uint16_t> valueOf(RawField raw, const RegisterValue& value) {
     return byteOf(value);
 }
 
-// Nothing when the register cannot be read, which is told, or delivers nothing, which is not.
+// Returns no value when the register cannot be read, which it reports. Also returns none, without a
+// report, when the HAL succeeds but does not deliver the register's bytes.
 std::optional<std::uint16_t> read(RegisterBlock& block, std::string_view name, RawField raw,
                                   Access access, RegisterValue& value) {
     const std::int32_t status =
@@ -29,7 +30,7 @@ std::optional<std::uint16_t> read(RegisterBlock& block, std::string_view name, R
     return valueOf(raw, value);
 }
 
-// Instance: the number of the instance, or nothing for a single unit.
+// Instance is the number of the instance; a single unit has none.
 template <typename Line, typename... Instance>
 void showRegister(RegisterBlock& block, const Register<Line>& row, RegisterValue& value,
                   Instance... instance) {
@@ -70,7 +71,7 @@ Status showControlRegisters(std::uint8_t moduleSelector) {
     }
     if (moduleSelector >= 1 && moduleSelector <= std::size(moduleClasses)) {
         if (moduleSelector == fourCConnectorClass) {
-            write("\n"); // shown alone, this class alone sets itself off from its menu
+            write("\n"); // an empty line sets this class, shown alone, off from the menu
         }
         showClass(moduleClasses[moduleSelector - 1], value);
     }

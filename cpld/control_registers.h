@@ -7,14 +7,14 @@
 
 namespace zolt {
 
-constexpr std::uint8_t allModuleClasses = 15; ///< selects every class, in the order of the menu
+constexpr std::uint8_t allModuleClasses = 15; ///< selects all classes, in the order of the menu
 
-/// Prints every control register of a module class, one line a register, for all its instances.
-/// A register that cannot be read is reported in its place.
+/// Prints every control register of a module class, one line per register, for all instances. A
+/// register that cannot be read gets an error line instead.
 ///
-/// @param moduleSelector  a module class from 1 to 14, or allModuleClasses; any other shows
-/// nothing.
-/// @return statusDone, whatever could be read.
+/// @param moduleSelector  a module class from 1 to 14, or allModuleClasses; any other value shows
+///                        nothing.
+/// @return statusDone, even when registers could not be read.
 Status showControlRegisters(std::uint8_t moduleSelector);
 
 } // namespace zolt

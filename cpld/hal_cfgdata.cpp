@@ -1,4 +1,4 @@
-// The client's side of the HAL's configuration handle.
+// The members of HAL_cfgdata that the HAL's client defines.
 #include "console/output.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"
@@ -26,8 +26,8 @@ HAL_cfgdata::~HAL_cfgdata() {
     try {
         Release();
     } catch (const std::exception&) {
-        // Only a failed read leaves the object to the destructor. That failure is on its way to the
-        // operator already.
+        // Only a read that throws leaves the object to the destructor. The exception of the read
+        // already tells the operator about the failure.
     }
 }
 
@@ -54,11 +54,11 @@ void HAL_cfgdata::Release() {
 std::int32_t HAL_cfgdata::ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
                                  std::uint32_t offset) {
     zolt::flush();
-    // The library may still be loading its configuration at the first ask.
+    // The library may still be loading its configuration at the first call.
     for (int asks = 0; halData_ == nullptr && asks < 2; ++asks) {
         halData_ = ReadHALConfig(name_);
         if (halData_ != nullptr) {
-            objectName_ = halData_->Name(); // the release may neither allocate nor ask it later
+            objectName_ = halData_->Name(); // copied here, because Release() must not allocate
         }
     }
     if (halData_ == nullptr) {

@@ -19,15 +19,15 @@ constexpr unsigned picpwrDslCount = 8;
 
 constexpr std::uint16_t picpwrBlockStart = 0x1000;
 constexpr std::uint16_t picpwrBlockSize = 14;
-constexpr std::uint16_t picpwrDslOffset = 6; ///< DSL1_ID, the others follow
+constexpr std::uint16_t picpwrDslOffset = 6; ///< DSL1_ID; DSL2_ID to DSL8_ID follow
 
-/// Raw address of the block of PICPWR @p n. Slots count from 1 to 63, but an ID from the command
-/// line comes as it is: the arithmetic is that of 16 bits for any byte.
+/// Raw address of the block of PICPWR @p n. Slots count from 1 to 63, but the command
+/// line may pass any byte; each yields a 16-bit address.
 constexpr std::uint16_t picpwrBlockAddress(std::uint8_t n) {
     return static_cast<std::uint16_t>(picpwrBlockStart + picpwrBlockSize * (n - 1));
 }
 
-/// A register of every PICPWR: the end of its name and its place in the block.
+/// A register of every PICPWR: the suffix of its name and its place in the block.
 struct PicpwrRegister {
     std::string_view suffix;
     RawField raw; ///< address relative to the block's start
@@ -45,15 +45,15 @@ constexpr PicpwrRegister picpwrPayloadOffset{"_PAYLOAD_OFFSET", RawField::word(3
 /// The registers of one PICPWR.
 class PicpwrBlock {
 public:
-    /// @param n  1 to 63; from the command line any byte.
+    /// @param n  1 to 63; the command line may pass any byte.
     explicit PicpwrBlock(std::uint8_t n) : block_("PICPWR_", n, picpwrBlockAddress(n)) {}
 
-    /// Reads a register by name, else raw, as readField() does.
+    /// Reads a register as readField() does: by name, else raw.
     [[nodiscard]] std::int32_t read(const PicpwrRegister& field, RegisterValue& value) {
         return block_.read(field.suffix, field.raw, value);
     }
 
-    /// Reads DSLk_ID, for which the HAL has no name: raw.
+    /// Reads DSLk_ID raw, because the HAL has no name for it.
     /// @param k  1 to picpwrDslCount.
     [[nodiscard]] std::int32_t readDsl(unsigned k, RegisterValue& value) const {
         return block_.readRaw(RawField::byte(static_cast<std::uint16_t>(picpwrDslOffset + k - 1)),

@@ -25,7 +25,7 @@ struct Row {
     UnreadLine unread;
 };
 
-// Between DSTAT and the payload offset, in printing order.
+// The registers that print between DSTAT and the payload offset, in order.
 constexpr Row byteRows[] = {
     {picpwrDbyp, line<"PICPWR %02d DBYP               = %d\n">,
      line<"Unable to read PICPWR %d DBYP using CPLD raw API, status %d\n">},
@@ -49,7 +49,7 @@ Presence showDstat(std::uint8_t n, PicpwrBlock& picpwr, RegisterValue& value) {
         return Presence::unread;
     }
     write("\n");
-    // A value that does not fit two bits comes from a named read; it has no text of its own.
+    // A named read may deliver a value above 3, which has no line.
     const auto dstat = byteOf(value);
     if (dstat && *dstat < dstatLines.size()) {
         dstatLines[*dstat](n);
@@ -57,7 +57,7 @@ Presence showDstat(std::uint8_t n, PicpwrBlock& picpwr, RegisterValue& value) {
     return dstat == 0 ? Presence::absent : Presence::present;
 }
 
-// False when a register could not be read by either path.
+// Returns false at the first register that could be read neither by name nor raw.
 bool showBytes(std::uint8_t n, PicpwrBlock& picpwr, RegisterValue& value) {
     for (const Row& row : byteRows) {
         if (const auto status = picpwr.read(row.field, value); status != 0) {
@@ -87,7 +87,7 @@ Status showPicpwr(std::uint8_t n, RegisterValue& value) {
     if (showDstat(n, picpwr, value) != Presence::present || !showBytes(n, picpwr, value)) {
         return statusDone;
     }
-    // Unlike any other register, an unreadable payload offset ends the report for all PICPWRs.
+    // An unreadable payload offset ends the report for all PICPWRs. No other register does so.
     if (const auto status = picpwr.read(picpwrPayloadOffset, value); status != 0) {
         print<"Unable to read PICPWR payload offset using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;

@@ -11,7 +11,7 @@
 namespace zolt {
 
 std::int32_t readRegister(std::string_view name, RegisterValue& value) {
-    std::uint32_t size = 0; // a register's bytes are those in the vector, whatever the HAL counts
+    std::uint32_t size = 0; // ignored: a register's bytes are those in the vector
     return readArea(name, value, size);
 }
 
@@ -43,7 +43,7 @@ std::int32_t readField(std::string_view name, RawField raw, RegisterValue& value
     if (readRegister(name, value) == 0) {
         return 0;
     }
-    value.clear(); // a failed read may leave bytes behind that are not the register's
+    value.clear(); // a failed named read may leave bytes behind
     return readRawField(raw, value);
 }
 

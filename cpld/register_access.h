@@ -1,7 +1,7 @@
-// Registers of the CPLD, by name through the HAL, else by raw address through the CPLD driver.
+// Reads registers of the CPLD: by name through the HAL, else raw through the CPLD driver.
 //
-// A named read that fails is never reported: the raw read that follows decides. Every view reads
-// its registers through readField().
+// The tool never reports a named read that fails: the raw read that follows decides. Every view
+// reads its named registers through readField().
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@
 
 namespace zolt {
 
-/// The bytes of one register, in the caller's hands; one vector serves many reads.
+/// The bytes of one register. The caller owns the vector and uses it for many reads.
 using RegisterValue = std::vector<std::uint8_t>;
 
 /// Where a field lies when its register is read raw.
@@ -21,7 +21,7 @@ struct RawField {
     std::uint16_t address; ///< of the byte, or of the low byte of a word
     std::uint8_t size;     ///< bytes: 1, or 2 for a word that is read as a block
     std::uint8_t shift;    ///< lowest bit of a field within a byte
-    std::uint8_t mask;     ///< the field's bits once shifted down
+    std::uint8_t mask;     ///< the field's bits after the shift
 
     static constexpr RawField bits(std::uint16_t address, unsigned high, unsigned low) {
         return {address, 1, static_cast<std::uint8_t>(low),
@@ -35,45 +35,47 @@ struct RawField {
         return {static_cast<std::uint16_t>(base + address), size, shift, mask};
     }
 
-    /// The field's bits of a raw byte.
+    /// The field's value in a raw byte.
     [[nodiscard]] constexpr std::uint8_t extract(std::uint8_t byte) const {
         return static_cast<std::uint8_t>((byte >> shift) & mask);
     }
 };
 
-/// Reads by name. Does not empty @p value: the caller finds the bytes that the HAL delivers.
+/// Reads a register by name. The caller empties @p value first.
 ///
-/// The HAL may succeed and deliver fewer bytes than the register has, or none. That is a success:
-/// the register is not read raw, byteOf() and wordOf() then find no value, and the view leaves the
-/// register's line out without a complaint.
-/// @return 0, or the HAL's status when the register must be read raw.
+/// The HAL may succeed and deliver fewer bytes than the register has, or none. Such a read still
+/// counts as a success: the register is not read raw, byteOf() and wordOf() find no value, and the
+/// view leaves out the register's line without a complaint.
+/// @return 0; else the HAL's status, and the register must be read raw.
 [[nodiscard]] std::int32_t readRegister(std::string_view name, RegisterValue& value);
 
-/// The same for an area: @p size receives how many bytes the HAL says it delivered.
+/// Reads an area by name, as readRegister() does.
+/// @param size  receives the number of bytes that the HAL states.
 [[nodiscard]] std::int32_t readArea(std::string_view name, RegisterValue& value,
                                     std::uint32_t& size);
 
-/// Reads raw and appends the field: its bits shifted down to bit 0, or both bytes of a word.
-/// @return 0, or the CPLD driver's status; @p value is then as it was.
+/// Reads a field raw and appends its value to @p value: one byte, shifted down to bit 0, or both
+/// bytes of a word, low byte first.
+/// @return 0, or the CPLD driver's status; a failure leaves @p value unchanged.
 [[nodiscard]] std::int32_t readRawField(RawField raw, RegisterValue& value);
 
-/// Empties @p value, reads by name, and raw when that fails.
+/// Empties @p value and reads the field by name; when the HAL fails, reads it raw.
 /// @return 0, or the status of the raw read, which the caller reports.
 [[nodiscard]] std::int32_t readField(std::string_view name, RawField raw, RegisterValue& value);
 
-/// The registers of one instance of a module: how their names begin, and where they lie.
+/// The registers of one instance of a module: the start of their names and their base address.
 class RegisterBlock {
 public:
-    /// A single unit, whose registers have names of their own.
+    /// A single unit. Its registers have full names.
     /// @param base  raw address of the block.
     explicit RegisterBlock(std::uint16_t base) : base_(base) {}
 
-    /// One of several instances. Its registers are called prefix, decimal number, suffix
-    /// (PICPWR_7_DSTAT).
+    /// One of several instances. A register's name consists of the prefix, the decimal number and
+    /// the suffix (PICPWR_7_DSTAT).
     RegisterBlock(std::string_view prefix, unsigned instance, std::uint16_t base);
 
-    /// The name of the register with @p suffix, until the next name is asked for. It ends where
-    /// there is no more room, behind longestName characters: the HAL's names are all shorter.
+    /// The name of the register with @p suffix, valid until the next call of name() or read(). It
+    /// is cut to longestName characters; all names of the HAL are shorter.
     [[nodiscard]] std::string_view name(std::string_view suffix) {
         char* const end = name_.data() + prefixLength_;
         return {name_.data(), end + suffix.copy(end, longestName - prefixLength_)};
@@ -84,7 +86,7 @@ public:
         return readField(name(suffix), raw.from(base_), value);
     }
 
-    /// Reads it as readRawField() does, but empties @p value first.
+    /// Empties @p value, then reads a register as readRawField() does.
     [[nodiscard]] std::int32_t readRaw(RawField raw, RegisterValue& value) const {
         value.clear();
         return readRawField(raw.from(base_), value);

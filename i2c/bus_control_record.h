@@ -1,7 +1,8 @@
-// The control record that the platform's I2C bus driver takes requests in.
+// The control record, which carries a request to the platform's I2C bus driver.
 //
-// 164 bytes, zero where no field is set, numbers unsigned, 32 bits, little-endian whatever the
-// host, at the very offsets below, aligned or not; texts in fields of 16 bytes, NUL-terminated.
+// A record has 164 bytes. Bytes without a field are zero. A number is unsigned, has 32 bits, is
+// little-endian on every host, and may be unaligned. A text is NUL-terminated in a field of 16
+// bytes. The fields by offset:
 //
 //     0  magic, the bytes "TESK"      4  command
 //
@@ -27,7 +28,7 @@
 namespace zolt {
 
 constexpr std::size_t busControlRecordSize = 164;
-constexpr std::size_t busTextSize = 16; ///< of every text field, terminator included
+constexpr std::size_t busTextSize = 16; ///< of every text field, with its NUL
 
 enum class BusCommand : std::uint32_t {
     updateProperty = 4,
@@ -37,12 +38,12 @@ enum class BusCommand : std::uint32_t {
     recoverBus = 8,
 };
 
-/// Place of a number in the record.
+/// The place of a number in the record.
 struct BusNumber {
     std::size_t offset;
 };
 
-/// Place of a text in the record.
+/// The place of a text in the record.
 struct BusText {
     std::size_t offset;
 };
@@ -78,14 +79,14 @@ namespace recover_bus {
 constexpr BusNumber mode{8};
 } // namespace recover_bus
 
-/// One request: magic and command from the start, the command's fields as they are set.
+/// One request. The constructor writes magic and command; set() writes the command's fields.
 class BusControlRecord {
 public:
     explicit BusControlRecord(BusCommand command);
 
     void set(BusNumber field, std::uint32_t value);
 
-    /// Text beyond 15 characters is cut off.
+    /// Cuts @p text to 15 characters.
     void set(BusText field, std::string_view text);
 
     [[nodiscard]] std::span<const std::uint8_t, busControlRecordSize> bytes() const {
@@ -96,7 +97,7 @@ private:
     std::array<std::uint8_t, busControlRecordSize> bytes_{};
 };
 
-/// The little-endian number of 32 bits at @p offset, which with its four bytes lies in @p bytes.
+/// The little-endian number of 32 bits at @p offset. All four bytes must lie in @p bytes.
 [[nodiscard]] std::uint32_t busNumberAt(std::span<const std::uint8_t> bytes, std::size_t offset);
 
 } // namespace zolt

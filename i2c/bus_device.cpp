@@ -16,7 +16,7 @@ namespace zolt {
 
 namespace {
 
-constexpr std::uint16_t controlFlag = 0x0080; // the driver's own, no flag of Linux
+constexpr std::uint16_t controlFlag = 0x0080; // defined by the platform's driver, not by Linux
 constexpr std::uint16_t controlAddress = 0;
 
 std::string_view errorText() {
@@ -54,7 +54,7 @@ void BusDevice::close() {
 
 int sendControl(int bus, const BusControlRecord& record, std::span<std::uint8_t> reply) {
     std::ranges::fill(reply, std::uint8_t{0});
-    // The messages and their frame reach the driver with their padding: that is zero as well.
+    // memset clears the padding of the structures, too, because the driver receives it.
     std::array<i2c_msg, 2> messages;
     std::memset(messages.data(), 0, sizeof(messages));
     messages[0].addr = controlAddress;

@@ -1,7 +1,8 @@
 // The I2C character device of a bus, and the control transactions sent through it.
 //
-// A transaction is one I2C_RDWR: the control record as a write to address 0 under a flag that only
-// the platform's bus driver knows, then, for commands that are answered, a read of the reply.
+// A transaction is one I2C_RDWR ioctl. Its first message writes the control record to address 0,
+// with a flag that only the platform's bus driver knows. For a command with a reply, a second
+// message reads the reply.
 #pragma once
 
 #include "console/number_text.h"
@@ -20,8 +21,8 @@ public:
     /// "/dev/i2c-N".
     explicit BusPath(std::int32_t bus);
 
-    /// The same, cut to the 15 characters that a path field of the driver holds. The driver knows
-    /// the parent of a new index node, and the bus of a property's update, by such a field.
+    /// The same, cut to the 15 characters of a path field. Two operations take the path of their
+    /// bus from such a field: the creation of an index node and the update of a property.
     [[nodiscard]] static BusPath asField(std::int32_t bus);
 
     [[nodiscard]] const char* c_str() const { return text_.data(); }
@@ -33,10 +34,10 @@ private:
     std::array<char, prefix.size() + longestNumber + 1> text_{};
 };
 
-/// An open bus device, closed when the object goes at the latest.
+/// An open bus device. The destructor closes it unless close() did so.
 class BusDevice {
 public:
-    /// Opens @p path read-write. A failure is printed with the system's error text.
+    /// Opens @p path read-write. Prints a failure with the system's error text.
     explicit BusDevice(const char* path);
     BusDevice(const BusDevice&) = delete;
     BusDevice& operator=(const BusDevice&) = delete;
@@ -53,13 +54,13 @@ private:
 /// Sends one control transaction on an open bus.
 ///
 /// @param bus    descriptor of the bus device.
-/// @param reply  receives the driver's answer, set to zero before; empty for commands that have
-///               none (update property, remove device, bus recovery).
-/// @return the ioctl's result, negative with errno set when the driver refused.
+/// @param reply  is set to zero, then receives the driver's reply; empty for commands without a
+///               reply (update property, remove device, bus recovery).
+/// @return the ioctl's result; negative, with errno set, when the driver refused.
 int sendControl(int bus, const BusControlRecord& record, std::span<std::uint8_t> reply = {});
 
-/// Prints the result of a refused transaction with the error text of errno, so that nothing may
-/// come between the two.
+/// Prints the result of a refused transaction with the error text of errno. Call it directly after
+/// the transaction, before errno changes.
 void printRefusal(int result);
 
 } // namespace zolt

@@ -16,7 +16,7 @@ struct Step {
     std::string_view failure;
 };
 
-// In the order in which a bus is recovered.
+// The steps of a recovery, in order.
 constexpr Step steps[] = {
     {I2C_CP_MODE_TYPE_RESET_STOP, "I2C_CP_MODE_TYPE_RESET_STOP failed. \n"},
     {I2C_CP_MODE_TYPE_RESET_HOLD_CLOCK_LOW, "I2C_CP_MODE_TYPE_RESET_HOLD_CLOCK_LOW failed. \n"},

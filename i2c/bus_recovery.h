@@ -13,14 +13,14 @@ enum BusRecoveryMode : std::uint32_t {
     I2C_CP_MODE_TYPE_RESET_CLOCK_UNRAVEL = 98,
 };
 
-/// Has the driver do one step of a recovery and prints the outcome.
+/// Asks the driver for one step of a recovery and prints the result.
 ///
 /// @param bus  the N of /dev/i2c-N.
-/// @return statusNothingToShow when the bus cannot be opened or the driver refuses.
+/// @return statusDone; statusNothingToShow when the bus cannot be opened or the driver refuses.
 Status busRecoveryStep(std::int32_t bus, BusRecoveryMode mode);
 
-/// Option 15: asks for the bus and goes through all three modes, whichever of them fails.
-/// @return the last mode's result; statusNothingToShow for an invalid input.
+/// Option 15: asks for the bus and runs the steps of all three modes, even when one fails.
+/// @return the last step's result; statusNothingToShow for an invalid input.
 Status performBusRecovery();
 
 } // namespace zolt

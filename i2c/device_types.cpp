@@ -15,8 +15,8 @@ struct DeviceType {
     std::string_view label;
 };
 
-// By code. Name and label differ in four rows, which is how both the platform and the operators
-// know them: 0, 19, 58 and 59.
+// The device types by code. The name, which the platform uses, and the label in the menu differ in
+// the rows 0, 19, 58 and 59.
 constexpr DeviceType deviceTypes[] = {
     {"fSCP", "FSCP"},
     {"KARN", "KARN"},
@@ -80,7 +80,7 @@ constexpr DeviceType deviceTypes[] = {
     {"", "All device types"},
 };
 
-constexpr std::uint32_t ftulmFruCode = 68; // beyond the menu
+constexpr std::uint32_t ftulmFruCode = 68; // the menu shows this type as 58
 
 } // namespace
 

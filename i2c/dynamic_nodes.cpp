@@ -12,11 +12,11 @@ namespace zolt {
 
 namespace {
 
-// What the driver wants with every device node, by place in the record's device part.
+// The driver needs these numbers for every device node, in the order of the record's device part.
 constexpr std::array<std::uint32_t, 8> devicePart{16, 0, 0, 100, 256, 40, 0, 0};
 
-// What index node and device node have in common. A property that could not be queried goes into
-// the record as it came: the driver decides.
+// The part of the record that index nodes and device nodes share. A property that could not be
+// queried enters the record as noAnswer; the driver decides what to do.
 BusControlRecord nodeRecord(const BusDevice& bus, std::uint32_t deviceType, std::uint32_t index) {
     BusControlRecord record(BusCommand::createNode);
     record.set(create_node::index, index);
@@ -27,7 +27,7 @@ BusControlRecord nodeRecord(const BusDevice& bus, std::uint32_t deviceType, std:
 }
 
 struct NodeReply {
-    int result; // the ioctl's; the rest counts when it is not negative
+    int result; // of the ioctl; the other members count unless it is negative
     std::uint32_t status;
     std::uint32_t bus;
 };
@@ -42,7 +42,7 @@ NodeReply requestNode(BusDevice& bus, const BusControlRecord& record) {
     return {result, busNumberAt(reply, 0), busNumberAt(reply, 4)};
 }
 
-// Status and bus number of a node, which the operator reads as signed.
+// The lines show status and bus number as signed numbers.
 void printNode(Line<Number, Number> line, const NodeReply& reply) {
     line(static_cast<std::int32_t>(reply.status), static_cast<std::int32_t>(reply.bus));
 }
@@ -146,7 +146,7 @@ Status deleteDeviceNode() {
         return statusNothingToShow;
     }
     if (!removeDevice(parent, target)) {
-        write("Device Node Creation Failed.\n"); // a removal has no failure line of its own
+        write("Device Node Creation Failed.\n"); // the tool has no failure line for a removal
     }
     return statusDone;
 }

@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned picpwrType = 16;
 
-// One device type's tree, for as long as it is printed.
+// Holds one device type's tree while the tool prints it.
 class DeviceTypeTree {
 public:
     explicit DeviceTypeTree(unsigned deviceType)
@@ -25,7 +25,7 @@ public:
         free_sysinfo(root_);
     }
 
-    // A root that came with a status is to be handed back, not to be read.
+    // A root with a status other than 0 must be handed back but not read.
     [[nodiscard]] bool hasData() const { return status_ == 0 && root_ != nullptr; }
     [[nodiscard]] const IndexNodeInfo* indexNodes() const { return root_->indexNodes; }
 
@@ -49,7 +49,7 @@ void printSubNodes(const IndexNodeInfo& node) {
     }
 }
 
-// The PICPWR listing, which names no device type, leaves out the slot as well.
+// The PICPWR listing passes no type name. It also leaves out the lines of the slot.
 void printIndexNode(const IndexNodeInfo& node, const std::string* typeName) {
     write("\n\nIndex Node Info\n");
     if (typeName != nullptr) {
@@ -74,7 +74,8 @@ void printIndexNode(const IndexNodeInfo& node, const std::string* typeName) {
 
 using Filter = bool (*)(const IndexNodeInfo& node);
 
-// A type without data shows as this text, or not at all among others.
+// Prints one device type, or withoutData when the type has no data. A listing of all types passes
+// an empty text.
 void printType(unsigned deviceType, Filter isShown, std::string_view withoutData) {
     const DeviceTypeTree tree(deviceType);
     if (!tree.hasData()) {
@@ -100,7 +101,7 @@ Status printTypes(std::uint8_t requested, Filter isShown) {
     return statusDone;
 }
 
-// False when no node has this index.
+// Returns false when no node has this index.
 bool printFirstWithIndex(const IndexNodeInfo* node, std::uint8_t index) {
     while (node != nullptr && node->index != index) {
         node = node->next;
@@ -112,7 +113,7 @@ bool printFirstWithIndex(const IndexNodeInfo* node, std::uint8_t index) {
     return true;
 }
 
-// A node of index 0 closes the PICPWR list, whatever follows it.
+// A node of index 0 ends the PICPWR list, even when nodes follow it.
 void printThroughIndexZero(const IndexNodeInfo* node) {
     for (; node != nullptr; node = node->next) {
         printIndexNode(*node, nullptr);

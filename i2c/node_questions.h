@@ -1,7 +1,8 @@
-// The questions of the node operations to the operator.
+// Asks the operator the questions of the node operations.
 //
-// Each prints its prompt, reads the answer, and prints a complaint when the answer is not a number.
-// At the end of input the answer keeps its initial value, all bits set, and goes to the driver so.
+// Each function prints its prompt, reads the answer, and prints a complaint when the answer is not
+// a number. At the end of input the answer keeps its initial value. The operations set all its bits
+// at first, and send even this value to the driver.
 #pragma once
 
 #include <cstdint>
@@ -14,15 +15,15 @@ constexpr std::uint32_t targetNotGiven = 0xFFFFFFFF;
 
 /// Asks for a decimal number.
 ///
-/// @param invalid  printed when the text at hand is not a number.
-/// @return false in that case.
+/// @param invalid  the complaint about an answer that is not a number.
+/// @return false when the answer is not a number.
 [[nodiscard]] bool askNumber(std::string_view prompt, std::string_view invalid,
                              std::int32_t& answer);
 
-/// Asks for a device type with the menu of device types.
+/// Prints the menu of device types and asks for one. Returns as askNumber() does.
 [[nodiscard]] bool askDeviceType(std::int32_t& answer);
 
-/// Asks for a target address, a hexadecimal number.
+/// Asks for a target address, a hexadecimal number. Returns as askNumber() does.
 [[nodiscard]] bool askTarget(std::uint32_t& answer);
 
 } // namespace zolt

@@ -1,7 +1,7 @@
-// Bytes that a device delivered, behind the only door to them.
+// Checked access to the bytes that a device delivered.
 //
 // Offsets and lengths come from the bytes themselves, so any of them may be wrong. A reader never
-// touches what is not there; it says that there is nothing.
+// reads past the end; it returns no value instead.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace zolt {
 
 class ByteReader {
 public:
-    /// @param bytes  outlive the reader and the texts it hands out.
+    /// @param bytes  must outlive the reader and the texts that it returns.
     constexpr explicit ByteReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
 
     /// The byte at @p offset; none past the end.
@@ -26,8 +26,8 @@ public:
         return bytes_[offset];
     }
 
-    /// The text field of @p length bytes at @p offset, up to its first NUL; none when the bytes end
-    /// before the NUL, or without one before the field does.
+    /// The text in the field of @p length bytes at @p offset, up to the first NUL. None when the
+    /// bytes end inside the field, before a NUL.
     [[nodiscard]] std::optional<std::string_view> text(std::size_t offset,
                                                        std::size_t length) const {
         const auto rest = bytes_.subspan(std::min(offset, bytes_.size()));

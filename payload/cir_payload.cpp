@@ -9,13 +9,13 @@ namespace zolt {
 
 namespace {
 
-constexpr std::uint32_t fetchedBytes = 247; // whatever the payload's own length
+constexpr std::uint32_t fetchedBytes = 247; // the same for every payload
 
 Status requirePayload(std::uint8_t picpwrId, PayloadBuffer& buffer) {
     if (const auto status = PicpwrBlock(picpwrId).read(picpwrModuleClass, buffer); status != 0) {
         print<"Unable to read PICPWR %d module class using CPLD raw API, status %d\n">(picpwrId,
                                                                                        status);
-        buffer.push_back(0); // which then reads as no payload
+        buffer.push_back(0); // module class 0: no payload
     }
     const auto moduleClass = byteOf(buffer);
     if (moduleClass == 0) {

@@ -10,17 +10,17 @@ namespace zolt {
 
 /// Fetches a slot's CIR payload and shows it.
 ///
-/// @param picpwrId  the slot, 1 to 63; from the command line any byte.
-/// @param format    0 to let the operator choose, else the display of showByChoice().
+/// @param picpwrId  the slot, 1 to 63; the command line may pass any byte.
+/// @param format    a choice of show(), or 0 to let the operator choose.
 /// @return statusDone; statusNothingToShow without a module, a payload, or a readable choice;
-///         statusOutOfMemory; statusRawReadFailed. Each of them is printed, except for a register
-///         that the HAL reads and delivers without its bytes: that is statusNothingToShow alone.
+///         statusOutOfMemory; statusRawReadFailed. Each failure is printed, except one: when the
+///         HAL reads a register but delivers too few bytes, nothing is printed.
 Status showCirPayload(std::uint8_t picpwrId, std::uint8_t format);
 
 /// Shows one display of a fetched payload.
 ///
-/// @param payload        what was fetched, which may be more or less than the payload says it is.
-/// @param payloadOffset  where it lies in the payload block, 0 to 65535.
+/// @param payload        the fetched bytes, which may be more or fewer than the payload states.
+/// @param payloadOffset  the payload's offset in the payload block, 0 to 65535.
 /// @param choice         1 raw dump, 2 human readable, 3 nothing.
 void printCirPayload(const PayloadBuffer& payload, std::uint32_t payloadOffset, std::int8_t choice);
 

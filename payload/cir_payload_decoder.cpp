@@ -66,7 +66,7 @@ constexpr ValueRow backplaneRows[] = {
     {Bits::range(19, 2, 0), line<"LAST VALID SWITCH PORT        = %d\n">},
 };
 
-// An end point is described by 6 bytes, of which INDIRECT says what the last three mean.
+// The descriptor of an end point has 6 bytes. INDIRECT selects the meaning of the last three.
 constexpr std::size_t firstEndPoint = 13;
 constexpr std::size_t endPointSize = 6;
 
@@ -132,7 +132,7 @@ std::optional<std::size_t> statedPayloadSize(std::span<const std::uint8_t> paylo
 }
 
 void decodeCirPayload(std::span<const std::uint8_t> payload, TakeField take) {
-    // Past the end of the bytes the two are of no consequence: the listing stops at their lines.
+    // The default of a missing byte has no effect: the listing ends at the line of that byte.
     const Layout layout = layoutOf(ByteReader(payload).byte(deviceClassOffset).value_or(0));
     const std::size_t size = statedPayloadSize(payload).value_or(0);
 
@@ -150,7 +150,7 @@ void decodeCirPayload(std::span<const std::uint8_t> payload, TakeField take) {
     }
     if (layout == plainCard) {
         fields.add(checksum, plainCardChecksum);
-    } else if (size != 0) { // a payload without bytes has no last one
+    } else if (size != 0) { // a payload of length 0 has no checksum
         fields.add(checksum, size - 1);
     }
 }

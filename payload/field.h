@@ -1,4 +1,5 @@
-// What decoding yields: the lines of a listing, each as its values and what prints them.
+// The result of decoding: the lines of a listing. Each line consists of its values and the function
+// that prints them.
 #pragma once
 
 #include "console/output.h"
@@ -8,33 +9,33 @@
 
 namespace zolt {
 
-/// A line that shows no byte.
+/// A line without a value.
 struct Heading {
     Line<> line;
 };
 
-/// The heading of one of several units, or a field that shows one value.
+/// A field with one value, or the heading of a numbered unit.
 struct Value {
     Line<Number> line;
     std::uint16_t value;
 };
 
-/// A field of one of several units.
+/// A field of a numbered unit.
 struct UnitValue {
     Line<Number, Number> line; ///< number of the unit, value
     std::uint8_t unit;         ///< from 1
     std::uint8_t value;
 };
 
-/// A field that shows text.
+/// A field with text.
 struct TextValue {
     Line<Text> line;
-    Text text; ///< lies in the bytes that were decoded
+    Text text; ///< points into the decoded bytes
 };
 
 using Field = std::variant<Heading, Value, UnitValue, TextValue>;
 
-/// Whoever takes the fields that decoding yields, one after the other. None is kept.
+/// A function that receives the decoded fields one by one. The decoder keeps none.
 using TakeField = void (*)(const Field& field);
 
 /// Prints a field's line.

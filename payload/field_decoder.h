@@ -1,8 +1,8 @@
-// Decoding by table rows.
+// Decodes bytes by the rows of tables.
 //
-// A decoder of a layout walks through its rows; each row names the bytes and bits of a field and
-// the line that shows it. The first row whose bytes are not all there ends the listing: neither it
-// nor anything after it becomes a field. Until then nothing has to be asked.
+// The decoder of a layout walks through its rows. Each row names the bytes and bits of a field and
+// the line that shows it. The first row whose value is incomplete ends the listing: neither that
+// row nor a later one becomes a field. The callers need no check of their own.
 #pragma once
 
 #include "payload/byte_reader.h"
@@ -14,15 +14,15 @@
 
 namespace zolt {
 
-/// Where a field's value lies: bits of one byte, and for a wide one of a second byte above it.
+/// The place of a field's value: bits of one byte and, for a wide field, of a second byte.
 struct Bits {
     std::uint8_t offset;          ///< of the byte with the value's low bits
-    std::uint8_t shift;           ///< lowest bit of the field in it
-    std::uint8_t mask;            ///< the field's bits once shifted down
+    std::uint8_t shift;           ///< lowest bit of the field in that byte
+    std::uint8_t mask;            ///< the field's bits after the shift
     std::uint8_t upperOffset = 0; ///< of the byte with bits 15..8 of the value
-    std::uint8_t upperMask = 0;   ///< the field's bits in it; 0 when there is no second byte
+    std::uint8_t upperMask = 0;   ///< the field's bits in that byte; 0 without a second byte
 
-    /// The low bits of the value, from their byte.
+    /// The value's low bits in their byte.
     [[nodiscard]] constexpr std::uint8_t low(std::uint8_t byte) const {
         return static_cast<std::uint8_t>((byte >> shift) & mask);
     }
@@ -37,7 +37,7 @@ struct Bits {
     static constexpr Bits bigEndian(std::uint8_t offset) {
         return {static_cast<std::uint8_t>(offset + 1), 0, 0xFF, offset, 0xFF};
     }
-    /// 8 bits, and more in the lowest @p upperBits of the byte behind them.
+    /// 8 bits, and @p upperBits more in the lowest bits of the next byte.
     static constexpr Bits littleEndian(std::uint8_t offset, unsigned upperBits) {
         return {offset, 0, 0xFF, static_cast<std::uint8_t>(offset + 1),
                 static_cast<std::uint8_t>((1U << upperBits) - 1)};
@@ -56,13 +56,13 @@ struct UnitRow {
 
 struct TextRow {
     std::uint8_t offset;
-    std::uint8_t length; ///< of the field; the text in it may end sooner, with a NUL
+    std::uint8_t length; ///< of the field; a NUL may end the text earlier
     Line<Text> line;
 };
 
 class FieldDecoder {
 public:
-    /// @param take  is handed every field as soon as it is decoded.
+    /// @param take  receives every field as soon as it is decoded.
     FieldDecoder(std::span<const std::uint8_t> bytes, TakeField take)
         : reader_(bytes), take_(take) {}
 
@@ -70,7 +70,7 @@ public:
     void heading(Line<Number> line, std::uint8_t unit);
 
     /// Adds the field of @p row in the layout that starts at byte @p start.
-    /// @return its value; 0 once the listing has ended.
+    /// @return the field's value; 0 once the listing has ended.
     std::uint16_t add(const ValueRow& row, std::size_t start = 0);
     std::uint8_t add(const UnitRow& row, std::uint8_t unit, std::size_t start);
     void add(const TextRow& row, std::size_t start = 0);
@@ -80,7 +80,7 @@ public:
 private:
     std::uint8_t end();
 
-    ByteReader reader_; // of nothing once the listing has ended
+    ByteReader reader_; // empty once the listing has ended
     TakeField take_;
     bool ended_ = false;
 };

@@ -14,7 +14,7 @@ constexpr ValueRow areaSize{Bits::byte(0), line<"\n\nOEM AREA SIZE              
 constexpr ValueRow descriptorCount{Bits::byte(1), line<"TOTAL NUMBER OF DESCRIPTORS = %d\n">};
 constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                    = %d\n\n\n">};
 
-// From here on the offsets are those within a descriptor.
+// The offsets of the rows below count from the start of a descriptor.
 constexpr std::size_t firstDescriptor = 2;
 constexpr ValueRow descriptorType{Bits::byte(0), line<"\nDESCRIPTOR TYPE             = %d\n">};
 constexpr ValueRow descriptorSize{Bits::byte(1), line<"DESCRIPTOR SIZE             = %d\n">};
@@ -34,11 +34,12 @@ constexpr ValueRow slotRows[] = {
     {Bits::byte(2), line<"SLOT PRESENCE BIT MAP       = 0x%X\n">},
 };
 
-// By type, from 1.
+// Rows by descriptor type, from type 1 on.
 constexpr std::span<const ValueRow> rowsOfType[] = {connectionRows, placeRows, slotRows};
 
 void decodeDescriptors(FieldDecoder& fields, unsigned count) {
-    // The position has 8 bits and may wrap, or stand still: the count alone bounds the walk.
+    // The position has 8 bits and may wrap; a size of 0 does not advance it. Only the count bounds
+    // the loop.
     std::uint8_t position = 0;
     for (unsigned done = 0; done < count; ++done) {
         const std::size_t start = position + firstDescriptor;

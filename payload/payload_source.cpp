@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t payloadBlockStart = 0x2A01;
 
-// The HAL's object lives for this one read: nothing of it is held while the raw path is tried.
+// Releases the HAL's object after the read, so that none exists when the raw path is tried.
 std::int32_t readThroughHal(std::uint16_t payloadOffset, std::uint32_t length,
                             PayloadBuffer& buffer) {
     HAL_cfgdata payloads("PICPWR_PAYLOADS");
@@ -66,8 +66,8 @@ Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length, PayloadBu
         print<"Unable to read PICPWR payload using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;
     }
-    // The two bytes of the offset belong in front on this path, whatever the HAL's read left
-    // behind.
+    // On the raw path the two bytes of the offset precede the payload. The failed read of the HAL
+    // may have replaced them.
     const auto low = static_cast<std::uint8_t>(payloadOffset & 0xFF);
     const auto high = static_cast<std::uint8_t>(payloadOffset >> 8);
     buffer.assign({low, high});

@@ -1,8 +1,8 @@
-// Where the payload views get their bytes: the slot's registers and the payload block.
+// The source of the payload views' bytes: the slot's registers and the payload block.
 //
-// The payloads of all slots lie in one block of the CPLD, which the HAL knows as PICPWR_PAYLOADS
-// and the CPLD driver at raw address 0x2A01. A slot's payload starts at block index offset + 1,
-// raw address 0x2A01 + offset: the same byte.
+// The payloads of all slots lie in one block of the CPLD. A slot's PAYLOAD_OFFSET register locates
+// its payload: at index PAYLOAD_OFFSET + 1 of the HAL's object PICPWR_PAYLOADS, and at raw address
+// 0x2A01 + PAYLOAD_OFFSET. Both name the same byte.
 #pragma once
 
 #include "console/status.h"
@@ -13,7 +13,7 @@
 
 namespace zolt {
 
-/// Bytes of the payload block. The registers that lead to them pass through the same buffer.
+/// Bytes of the payload block. The slot's registers are read into the same buffer first.
 using PayloadBuffer = RegisterValue;
 
 /// Address that a dump shows for the first byte of the payload at @p payloadOffset.
@@ -21,21 +21,21 @@ constexpr std::uint32_t payloadDumpAddress(std::uint32_t payloadOffset) {
     return cpldWindow + 0x2A01 + payloadOffset;
 }
 
-/// Looks whether a module was discovered in the slot, and prints when not.
-/// @return statusDone when there is one; statusNothingToShow, which is not printed when the HAL
-///         delivered no byte; statusRawReadFailed.
+/// Checks that a module was discovered in the slot.
+/// @return statusDone when there is one; statusNothingToShow when there is none, or when the HAL
+///         delivered no byte; statusRawReadFailed. Each failure but the missing byte is printed.
 [[nodiscard]] Status requireDiscovered(std::uint8_t picpwrId, PayloadBuffer& buffer);
 
-/// Reads where the slot's payload lies. The register's two bytes stay in the buffer.
-/// @return statusDone; statusNothingToShow, which is not printed, when the HAL delivered no 16
-///         bits; statusRawReadFailed, which is printed.
+/// Reads the offset of the slot's payload. The register's two bytes stay in the buffer.
+/// @return statusDone; statusNothingToShow, without a message, when the HAL delivered fewer than
+///         two bytes; statusRawReadFailed, after a message.
 [[nodiscard]] Status readPayloadOffset(std::uint8_t picpwrId, PayloadBuffer& buffer,
                                        std::uint16_t& payloadOffset);
 
-/// Fetches @p length bytes from the start of a payload. The HAL's bytes take the place of the
-/// buffer's content and may be fewer; a raw read's bytes come in full, behind the two of the
-/// offset.
-/// @return statusDone; statusOutOfMemory or statusRawReadFailed, which are printed.
+/// Fetches @p length bytes from the start of a payload. The HAL's bytes replace the buffer's
+/// content and may be fewer. A raw read delivers all bytes; the two bytes of the offset precede
+/// them.
+/// @return statusDone; statusOutOfMemory or statusRawReadFailed, after a message.
 [[nodiscard]] Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length,
                                   PayloadBuffer& buffer);
 

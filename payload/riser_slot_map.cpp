@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint32_t rawBytes = 1024;
 constexpr std::uint16_t rawAddress = 0x8A00;
 
-// As the driver has always been asked: the 16-bit address, sign-extended.
+// The tool passes the 16-bit address sign-extended to 32 bits, which the driver accepts.
 constexpr std::uint32_t driverAddress = 0xFFFF0000U | rawAddress;
 
 std::int32_t readRaw(std::uint8_t* bytes) {
@@ -30,7 +30,7 @@ std::int32_t readRaw(std::uint8_t* bytes) {
 }
 
 Status fetchBlob(std::vector<std::uint8_t>& blob, std::uint32_t& blobSize) {
-    // The HAL has the blob under this name, letters and all.
+    // "AMP" is the HAL's own spelling.
     if (readArea("RISER_SLOT_AMP_BLOB", blob, blobSize) == 0) {
         return statusDone;
     }

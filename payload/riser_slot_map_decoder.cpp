@@ -27,7 +27,7 @@ constexpr ValueRow otherSlotRows[] = {
 constexpr ValueRow recordCount{Bits::byte(58), line<"NUMBER OF PICPWR SLOT DETAILS  = %d\n">};
 constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                       = %d\n\n\n">};
 
-// From here on the offsets are those within a record.
+// The offsets of the rows below count from the start of a record.
 constexpr std::size_t firstRecord = 59;
 constexpr ValueRow recordId{Bits::byte(0), line<"PICPWR ID                      = %d\n">};
 constexpr ValueRow recordSize{Bits::byte(1), line<"PAYLOAD SIZE                   = %d\n">};
@@ -39,7 +39,8 @@ constexpr ValueRow hwuidRows[] = {
 };
 constexpr ValueRow dslCount{Bits::byte(20), line<"NO OF DSLs                     = %d\n">};
 
-// Behind the DSLs everything shifts with their number, then with that of the slots.
+// From the DSLs on, places depend on the number of DSLs and slots. The offsets of the rows below
+// count from the start of the part that they show.
 constexpr std::size_t firstDsl = 21;
 constexpr UnitRow dsl{Bits::byte(0), line<"DSL%d                           = %d\n">};
 constexpr ValueRow slotCount{Bits::byte(0), line<"NO OF SLOTS                    = %d\n">};
@@ -67,7 +68,7 @@ constexpr UnitRow switchedRiserRows[] = {
     {Bits::byte(2), line<"DSL %d SL index                 = %d\n">},
 };
 
-// By type, from 1.
+// Rows by DSL type, from type 1 on.
 constexpr std::span<const UnitRow> rowsOfDslType[] = {slRows, ocpRows, switchedRiserRows};
 
 std::size_t decodeDsls(FieldDecoder& fields, unsigned count, std::size_t at) {
@@ -98,7 +99,8 @@ void decodeDslPayloads(FieldDecoder& fields, unsigned count, std::size_t at) {
     }
 }
 
-// Returns where the next record starts: that is what the record says, whatever its fields take.
+// Returns the start of the next record. It follows from the size that the record states, not from
+// the length of its fields.
 std::size_t decodeRecord(FieldDecoder& fields, std::uint8_t number, std::size_t start) {
     fields.heading(line<"\n\nPICPWR %d SLOT INFORMATION :\n\n">, number);
     fields.add(recordId, start);
@@ -111,7 +113,7 @@ std::size_t decodeRecord(FieldDecoder& fields, std::uint8_t number, std::size_t 
     std::size_t at = decodeDsls(fields, dsls, start + firstDsl);
     const unsigned slots = fields.add(slotCount, at++);
     at = decodeSlots(fields, slots, at);
-    // Shown, and that is all: every DSL has a payload.
+    // The listing shows this count but does not use it: every DSL has a payload.
     fields.add(dslPayloadCount, at++);
     decodeDslPayloads(fields, dsls, at);
     return start + size;

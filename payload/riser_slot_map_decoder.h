@@ -1,4 +1,4 @@
-// The riser slot mapping blob: which riser configuration is fitted, and how its slots are wired.
+// The riser slot mapping blob: the fitted riser configuration and the wiring of its slots.
 //
 //   0..1    riser configuration, major and minor
 //   2..49   its description, NUL-padded text
@@ -19,7 +19,7 @@
 //   21+N     M
 //   22+N     number and type of each slot, 2*M bytes
 //   22+N+2M  number of DSL payloads
-//   23+N+2M  how each DSL is routed, 4*N bytes
+//   23+N+2M  the DSL payloads, each with the route of a DSL, 4*N bytes
 #pragma once
 
 #include "payload/field.h"
@@ -29,9 +29,9 @@
 
 namespace zolt {
 
-/// Decodes configuration, records and checksum, which is not verified. The listing ends where the
-/// bytes do.
-/// @param take  is handed the fields in the order in which they print.
+/// Decodes the configuration, the records and the checksum. Does not verify the checksum. The
+/// listing ends where the bytes end.
+/// @param take  receives the fields in printing order.
 void decodeRiserSlotMap(std::span<const std::uint8_t> blob, TakeField take);
 
 } // namespace zolt

@@ -1,7 +1,6 @@
-// The platform's HAL library: CPLD registers and areas by name.
+// The platform's HAL library: reads CPLD registers and areas by name.
 //
-// The library is C++. None of its calls throws for a reason of its own; growing the caller's
-// vectors may throw the standard allocation errors.
+// The library is C++. Its calls throw only the standard allocation errors.
 #pragma once
 
 #include <cstdint>
@@ -12,15 +11,15 @@
 ///
 /// @param name   register name, for example PICPWR_7_DSTAT.
 /// @param value  receives the bytes: one for a register or a bit field (already shifted down to bit
-///               0), two for a 16-bit register (low byte first), all of them for an area. The
-///               caller empties it first. Its content is unspecified after a failure.
+///               0), two for a 16-bit register (low byte first), all bytes for an area. The caller
+///               empties it first. A failure leaves its content unspecified.
 /// @param size   receives the number of bytes delivered; the caller sets it to 0 first.
-/// @return 0, or non-zero on any failure, a name that the platform does not know included.
+/// @return 0; non-zero on any failure, also for a name that the platform does not know.
 std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std::uint32_t* size);
 
-/// A configured object of the HAL: something that can be read in bulk.
+/// A configured object of the HAL, for reads in bulk.
 ///
-/// Objects come from HAL_cfgdata::ReadHALConfig and belong to whoever asked for them.
+/// HAL_cfgdata::ReadHALConfig creates the objects; its caller owns them.
 class HAL_cfgbase {
 public:
     HAL_cfgbase() = default;
@@ -28,58 +27,60 @@ public:
     HAL_cfgbase& operator=(const HAL_cfgbase&) = delete;
     virtual ~HAL_cfgbase() = default;
 
-    /// Replaces the content of @p buffer by @p length bytes from byte @p offset of the object on.
-    /// @return 0, or non-zero on failure; the buffer's content is then unspecified.
+    /// Replaces the content of @p buffer with @p length bytes of the object, from byte @p offset
+    /// on.
+    /// @return 0; non-zero on failure, which leaves the buffer's content unspecified.
     virtual std::int32_t ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
                                 std::uint32_t offset) = 0;
 
-    /// True while an interrupt callback is registered on the object. Such an object must not be
-    /// destroyed before UnregisterInterruptCallback() was called.
+    /// True while an interrupt callback is registered on the object. The owner must then call
+    /// UnregisterInterruptCallback() before it destroys the object.
     [[nodiscard]] virtual bool IsInterruptCallbackRegistered() const = 0;
 
-    /// Takes the interrupt callback back. @return 0, or a status that is of interest to a log only.
+    /// Removes the interrupt callback. @return 0, or a status that only a log needs.
     virtual std::int32_t UnregisterInterruptCallback() = 0;
 
     /// The name of the object's own configuration entry.
     [[nodiscard]] virtual const std::string& Name() const = 0;
 };
 
-/// The kind of object that stands for an area behind an I2C-attached CPLD.
+/// An object that represents an area behind an I2C-attached CPLD.
 class HAL_i2c : public HAL_cfgbase {};
 
 /// A handle on the HAL object of one configuration name.
 ///
-/// ReadHALConfig is the library's. The other members are the client's side of the contract: the
-/// program that uses the handle brings their definition (here cpld/hal_cfgdata.cpp).
+/// The library defines ReadHALConfig. The program that uses the handle defines the other members
+/// (here cpld/hal_cfgdata.cpp).
 class HAL_cfgdata {
 public:
-    /// Looks a configuration name up, for example PICPWR_PAYLOADS.
+    /// Looks up a configuration name, for example PICPWR_PAYLOADS.
     /// @return a new object that the caller owns and deletes, or null when there is none. The
-    ///         library may need a second ask: the first one can find its configuration still
-    ///         loading.
+    ///         library may still be loading its configuration at the first call; a second call may
+    ///         then succeed.
     static HAL_cfgbase* ReadHALConfig(std::string name);
 
-    /// Only keeps the name; the library is asked when the handle is first read.
+    /// Only keeps the name. The first read asks the library for the object.
     explicit HAL_cfgdata(std::string name);
 
     HAL_cfgdata(const HAL_cfgdata&) = delete;
     HAL_cfgdata& operator=(const HAL_cfgdata&) = delete;
 
-    /// Releases the object, as Release() does. An exception on the way is swallowed: it would end
+    /// Releases the object as Release() does. Swallows a std::exception, which would otherwise end
     /// the program.
     ~HAL_cfgdata();
 
-    /// Bulk read through the object, which is asked for up to twice.
-    /// @return the object's status, or -1 (and a line in the debug log) when there is no object.
+    /// Reads in bulk through the object. Without an object yet, asks the library for it, up to
+    /// twice.
+    /// @return the object's status; -1, with a line in the debug log, when there is no object.
     std::int32_t ReadIO(std::vector<std::uint8_t>& buffer, std::uint32_t length,
                         std::uint32_t offset);
 
-    /// Takes a registered interrupt callback back, then destroys the object. Both are logged. An
-    /// exception of the object passes through once the object is destroyed.
+    /// Removes a registered interrupt callback, then destroys the object. Logs both steps. An
+    /// exception of the object passes through after the object's destruction.
     void Release();
 
 private:
     std::string name_;
     HAL_cfgbase* halData_ = nullptr;
-    std::string objectName_; ///< the object's own name, for the log behind its end
+    std::string objectName_; ///< the object's own name, to log its destruction
 };

@@ -1,7 +1,7 @@
 // The platform's sysinfo parser library: the I2C topology by device type.
 //
-// The library allocates the records and owns them; a reader follows the pointers and hands the
-// root back. The layouts are the library's on the 64-bit targets, pinned below.
+// The library allocates the records and owns them. A reader follows the pointers and hands the root
+// back. The assertions below pin the library's layout on 64-bit targets.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +25,8 @@ struct IndexNodeInfo {
     std::uint8_t slSrc{};               ///< SL source number
     std::uint16_t hwUid{};              ///< hardware UID
     std::int32_t index{};               ///< the node's index
-    std::int32_t slotNumber{};          ///< platform's slot number
-    std::int32_t slotType{};            ///< platform's slot type
+    std::int32_t slotNumber{};          ///< the platform's slot number
+    std::int32_t slotType{};            ///< the platform's slot type
     std::int32_t physicalBus{};         ///< the N of /dev/i2c-N
     std::int32_t subNodeCount{};        ///< number of nodes below this one
     std::int32_t reserved{};            ///< not for readers
@@ -71,11 +71,11 @@ extern "C" {
 /// Builds the topology of one device type.
 ///
 /// @param deviceType  device-type code, 0 to 164.
-/// @param root        receives the tree, owned by the library; hand it back to free_sysinfo.
-/// @return 0 on success. Any other status, or a null root, means that the type has no data; a
-///         root that comes with a non-zero status must still be handed back.
+/// @param root        receives the tree, which the library owns; hand it back to free_sysinfo.
+/// @return 0 on success. Any other status, or a null root, means that the type has no data. Hand a
+///         root back even when its status is not 0.
 int i2c_parse_sysinfo(int deviceType, SysInfoTree** root);
 
-/// Releases a tree. Takes null.
+/// Releases a tree. Accepts null.
 void free_sysinfo(SysInfoTree* root);
 }
