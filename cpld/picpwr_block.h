@@ -21,8 +21,8 @@ constexpr std::uint16_t picpwrBlockStart = 0x1000;
 constexpr std::uint16_t picpwrBlockSize = 14;
 constexpr std::uint16_t picpwrDslOffset = 6; ///< DSL1_ID; DSL2_ID to DSL8_ID follow
 
-/// Raw address of the block of PICPWR @p n. Slots count from 1 to 63, but the command
-/// line may pass any byte; each yields a 16-bit address.
+/// Raw address of the block of PICPWR @p n. Slots count from 1 to 63, but the command line may
+/// pass any byte; each yields a 16-bit address.
 constexpr std::uint16_t picpwrBlockAddress(std::uint8_t n) {
     return static_cast<std::uint16_t>(picpwrBlockStart + picpwrBlockSize * (n - 1));
 }

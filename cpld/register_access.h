@@ -16,7 +16,7 @@ namespace zolt {
 /// The bytes of one register. The caller owns the vector and uses it for many reads.
 using RegisterValue = std::vector<std::uint8_t>;
 
-/// Where a field lies when its register is read raw.
+/// The place of a field in a register that is read raw.
 struct RawField {
     std::uint16_t address; ///< of the byte, or of the low byte of a word
     std::uint8_t size;     ///< bytes: 1, or 2 for a word that is read as a block

@@ -13,7 +13,7 @@ constexpr std::size_t payloadSizeUnit = 8;
 
 // The layouts that the device class selects.
 enum Layout : std::uint8_t {
-    plainCard = 1, // nothing behind the header
+    plainCard = 1, // no descriptor behind the header
     backplane = 2,
     endPoints = 4,
     everyLayout = plainCard | backplane | endPoints,
