@@ -1,24 +1,15 @@
 #!/usr/bin/env python3
 """Replays whole dialogues with the tool on boards of the stand-in.
 
-A transcript is a directory:
-
-    args        arguments of zolt_test, split as by a shell (none: interactive mode)
-    stdin       input of the tool (none: empty)
-    stdout      expected output of the tool, byte for byte
-    board.toml  the board; instead, a file named board may name a board that comes with the tool
-    options     further options of zolt_sim, split as by a shell
-    calls       expected calls of the platform's libraries, in order, one on each line
-    debug_log   expected lines of the platform's debug log; * stands for the number of a source line
-    i2c_log     expected control transactions of the I2C bus driver, one on each line
-
-Only stdout and a board are required. A log is compared only when the transcript has a file for it.
-The tool's exit status has to be 0. The result is printed as TAP. The environment variable
-ZOLT_TEST_WRAPPER may hold a command to run the tool under, such as a memory checker.
+transcript.py describes the files of a suite, CASE.transcript. The tool's output and the logs have
+to be as the file says, and the tool's exit status has to be 0. The result is printed as TAP, with a
+difference in the notation of the file. The environment variable ZOLT_TEST_WRAPPER may hold a
+command to run the tool under, such as a memory checker.
 """
 
 import argparse
 import difflib
+import fnmatch
 import os
 import pathlib
 import re
@@ -27,63 +18,58 @@ import subprocess
 import sys
 import tempfile
 
+from transcript import Malformed, encoded, read_text, read_transcript
+
 TIMEOUT_SECONDS = 60
-
-
-def words(path):
-    return shlex.split(path.read_text()) if path.exists() else []
-
-
-def content(path):
-    return path.read_bytes() if path.exists() else b""
-
-
-def board_of(case):
-    if (case / "board.toml").exists():
-        return str(case / "board.toml")
-    return (case / "board").read_text().strip()
+TEXTS = pathlib.Path(__file__).parent / "texts"
 
 
 def logged(log):
-    return re.sub(rb"(?<=\.cpp\.)\d+(?=\.)", b"*", content(log))
+    return re.sub(rb"(?<=\.cpp\.)\d+(?=\.)", b"*", log.read_bytes() if log.exists() else b"")
 
 
 def difference(name, expected, actual):
     if expected == actual:
         return []
-    lines = [
-        text.decode("utf-8", "backslashreplace").splitlines(keepends=True)
-        for text in (expected, actual)
-    ]
-    return [f"{name} differs:"] + [
-        line.rstrip("\n") + ("" if line.endswith("\n") else "  (no newline)")
-        for line in difflib.unified_diff(*lines, "expected", "actual")
-    ]
+    lines = difflib.unified_diff(
+        encoded(expected), encoded(actual), "expected", "actual", lineterm=""
+    )
+    return [f"{name} differs:", *lines]
 
 
-def replay(case, sim, tool):
+def command_of(transcript, sim, tool, scratch):
+    options = list(transcript.options)
+    if "board.toml" in transcript.contents:
+        board = scratch / "board.toml"
+        board.write_bytes(transcript.contents["board.toml"])
+        options[1] = str(board)
+    logs = {name: scratch / name for name in ("calls", "debug_log", "i2c_log")}
+    command = [sim, *options]
+    command += ["--call-log", str(logs["calls"]), "--debug-log", str(logs["debug_log"])]
+    command += ["--i2c-log", str(logs["i2c_log"]), "--"]
+    command += shlex.split(os.environ.get("ZOLT_TEST_WRAPPER", ""))
+    return command + [tool, *transcript.arguments], logs
+
+
+def replay(transcript, sim, tool):
+    """Returns the differences between the transcript and what the tool does."""
+    contents = transcript.contents
     with tempfile.TemporaryDirectory() as scratch:
-        logs = {name: pathlib.Path(scratch) / name for name in ("calls", "debug_log", "i2c_log")}
-        command = [sim, "--board", board_of(case)]
-        command += ["--call-log", str(logs["calls"]), "--debug-log", str(logs["debug_log"])]
-        command += ["--i2c-log", str(logs["i2c_log"])]
-        command += words(case / "options") + ["--"]
-        command += shlex.split(os.environ.get("ZOLT_TEST_WRAPPER", ""))
-        command += [tool] + words(case / "args")
+        command, logs = command_of(transcript, sim, tool, pathlib.Path(scratch))
         try:
             done = subprocess.run(
                 command,
-                input=content(case / "stdin"),
+                input=contents.get("stdin", b""),
                 capture_output=True,
                 timeout=TIMEOUT_SECONDS,
                 check=False,
             )
         except subprocess.TimeoutExpired:
             return [f"still running after {TIMEOUT_SECONDS} s"]
-        problems = difference("stdout", (case / "stdout").read_bytes(), done.stdout)
+        problems = difference("stdout", contents["stdout"], done.stdout)
         for name, log in logs.items():
-            if (case / name).exists():
-                problems += difference(name, (case / name).read_bytes(), logged(log))
+            if name in contents:
+                problems += difference(name, contents[name], logged(log))
         if done.returncode != 0:
             problems.append(f"exit status {done.returncode}")
         if problems and done.stderr:
@@ -91,21 +77,29 @@ def replay(case, sim, tool):
         return problems
 
 
+def problems_of(case, texts, sim, tool):
+    try:
+        return replay(read_transcript(case, texts), sim, tool)
+    except Malformed as error:
+        return [str(error)]
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--sim", required=True)
     parser.add_argument("--tool", required=True)
-    parser.add_argument("directory", type=pathlib.Path)
+    parser.add_argument("--only", default="*", help="replay the cases that match this pattern")
+    parser.add_argument("suite", type=pathlib.Path, help="directory of transcripts")
     arguments = parser.parse_args()
 
-    cases = sorted(path.parent for path in arguments.directory.rglob("stdout"))
+    texts = {path.name: read_text(path) for path in TEXTS.iterdir()}
+    cases = sorted(arguments.suite.glob("*.transcript"))
+    cases = [case for case in cases if fnmatch.fnmatch(case.stem, arguments.only)]
     print(f"1..{len(cases)}")
     for number, case in enumerate(cases, 1):
-        problems = replay(case, arguments.sim, arguments.tool)
+        problems = problems_of(case, texts, arguments.sim, arguments.tool)
         result = "not ok" if problems else "ok"
-        print(f"{result} {number} - {case.relative_to(arguments.directory)}")
-        for line in problems:
-            print(f"# {line}")
+        print(f"{result} {number} - {case.stem}", *(f"# {line}" for line in problems), sep="\n")
         sys.stdout.flush()
     return 0 if cases else 1
 
