@@ -57,10 +57,21 @@ struct Obstacle {
     giveUp(failure, {false, errno});
 }
 
+// The kernel sends a signal of the keyboard to the command as well as to this process. It tells the
+// leader of the session alone that the terminal has hung up.
+bool reachesCommand(const signalfd_siginfo& info) {
+    const bool isHangUp = info.ssi_signo == SIGHUP && getsid(0) == getpid();
+    return info.ssi_code == SI_KERNEL && !isHangUp;
+}
+
 int passOn(sd_event_source* /*source*/, const signalfd_siginfo* info, void* pid) {
-    // The kernel sends a signal from the terminal to the command as well as to this process.
-    if (info->ssi_code != SI_KERNEL) {
-        kill(*static_cast<pid_t*>(pid), static_cast<int>(info->ssi_signo));
+    if (reachesCommand(*info)) {
+        return 0;
+    }
+    const pid_t command = *static_cast<pid_t*>(pid);
+    kill(command, static_cast<int>(info->ssi_signo));
+    if (info->ssi_signo == SIGHUP && info->ssi_code == SI_KERNEL) {
+        kill(command, SIGCONT); // as the kernel does: a stopped process takes no hangup
     }
     return 0;
 }

@@ -47,7 +47,7 @@ void holdStandardStreams();
                                    const Inherited& inherited);
 
 /// Runs an event loop until the command has ended. Passes signals on to the command, except those
-/// from the terminal, which the kernel sends to the command itself.
+/// from the terminal that the kernel sends to the command itself.
 /// @return the command's exit status, 128 + N when signal N ended it
 [[nodiscard]] int superviseCommand(sd_event* loop, pid_t pid);
 
