@@ -108,5 +108,67 @@ class HangUp(TerminalTest):
         self.assertEqual(heard.read_text(), "hangup\n")
 
 
+class Interrupt(TerminalTest):
+    def slow_daemon(self):
+        """Puts a bus daemon that never answers into the path. Returns a file that it makes."""
+        started = self.scratch.path / "started"
+        programs = self.scratch.path / "bin"
+        programs.mkdir()
+        daemon = programs / "dbus-daemon"
+        daemon.write_text(f"#!/bin/sh\n: > {started}\nexec sleep 60\n")
+        daemon.chmod(0o755)
+        self.scratch.environment["PATH"] = f"{programs}:{os.environ['PATH']}"
+        return started
+
+    def wait_for(self, path):
+        end = time.monotonic() + TIMEOUT_SECONDS
+        while not path.exists():
+            self.assertLess(time.monotonic(), end, f"there is no {path}")
+            time.sleep(0.01)
+
+    def test_ends_a_start_that_waits_for_the_bus_daemon(self):
+        started = self.slow_daemon()
+        terminal = self.terminal(SIM, "--", "echo", "begun")
+        self.wait_for(started)
+        terminal.type("\x03")
+        self.assertEqual(terminal.process.wait(TIMEOUT_SECONDS / 4), -signal.SIGINT)
+        self.assert_nothing_left()
+
+    def test_ends_a_loop_while_zolt_sim_starts(self):
+        started = self.slow_daemon()
+        terminal = self.terminal("bash", "-c", f"while :; do {SIM} -- true; done")
+        self.wait_for(started)
+        terminal.type("\x03")
+        self.assertEqual(terminal.process.wait(TIMEOUT_SECONDS / 4), -signal.SIGINT)
+        self.assert_nothing_left()
+
+    def test_ends_a_loop_while_the_command_runs(self):
+        terminal = self.terminal(
+            "bash", "-c", f"while :; do {SIM} -- sh -c 'echo ready; exec sleep 60'; done"
+        )
+        terminal.shown_until("ready\n")
+        terminal.type("\x03")
+        self.assertEqual(terminal.process.wait(TIMEOUT_SECONDS / 4), -signal.SIGINT)
+        self.assert_nothing_left()
+
+    def test_is_the_commands_to_handle_as_its_last_act(self):
+        # Both end with the status that the command gives: an interrupt that it handled ends no loop.
+        for _ in range(20):
+            terminal = self.terminal(
+                SIM, "--", "bash", "-c", "trap 'exit 7' INT; echo ready; while :; do :; done"
+            )
+            terminal.shown_until("ready\n")
+            terminal.type("\x03")
+            self.assertEqual(terminal.process.wait(TIMEOUT_SECONDS), 7)
+
+    def test_that_the_caller_ignores_ends_no_start(self):
+        started = self.slow_daemon()
+        terminal = self.terminal("sh", "-c", f"trap '' INT; exec {SIM} -- true")
+        self.wait_for(started)
+        terminal.type("\x03")
+        with self.assertRaises(subprocess.TimeoutExpired):
+            terminal.process.wait(0.5)
+
+
 if __name__ == "__main__":
     tap.main()
