@@ -90,6 +90,7 @@ void holdSignalsBack() {
         setenv(name.c_str(), value.c_str(), 1);
     }
     umask(inherited.umask);
+    sigaction(SIGCHLD, &inherited.children, nullptr);
     execvp(command[0], command);
     giveUp(failure, {false, errno});
 }
@@ -139,6 +140,9 @@ void holdStandardStreams() {
 Inherited prepareProcess() {
     Inherited inherited{.umask = umask(S_IRWXG | S_IRWXO)};
     sigprocmask(SIG_SETMASK, nullptr, &inherited.signals);
+    struct sigaction standard {};
+    standard.sa_handler = SIG_DFL;
+    sigaction(SIGCHLD, &standard, &inherited.children);
     return inherited;
 }
 

@@ -34,6 +34,7 @@ struct Ended {
 struct Inherited {
     sigset_t signals{}; ///< blocked signals
     mode_t umask = 0;
+    struct sigaction children {}; ///< reaction to SIGCHLD
 };
 
 /// Opens /dev/null in place of each standard stream that the caller closed. A file that is opened
@@ -41,7 +42,9 @@ struct Inherited {
 /// as they were.
 void holdStandardStreams();
 
-/// Prepares this process to hold a board. Sets a umask that gives new files to this user alone.
+/// Prepares this process to hold a board. Sets a umask that gives new files to this user alone,
+/// and the default reaction to SIGCHLD: the kernel keeps no exit status for a process that ignores
+/// this signal.
 /// @return what the caller had set, for the command
 [[nodiscard]] Inherited prepareProcess();
 

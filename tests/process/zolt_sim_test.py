@@ -86,6 +86,21 @@ class Status(SimTest):
         done = run("sh", "-c", f"{SIM} -- sh -c 'kill -INT $$'; exit $?", env=self.scratch.environment)
         self.assertEqual(done.returncode, 130)
 
+    def test_is_the_commands_for_a_caller_that_ignores_the_end_of_children(self):
+        ignore = (
+            "import os, signal, sys; signal.signal(signal.SIGCHLD, signal.SIG_IGN);"
+            "os.execv(sys.argv[1], sys.argv[1:])"
+        )
+        show = ("grep", "SigIgn", "/proc/self/status")
+        ours = run(sys.executable, "-c", ignore, "/usr/bin/env", *show).stdout
+        self.assertTrue(int(ours.split()[1], 16) & 1 << signal.SIGCHLD - 1)
+        for command, status, shown in ((("sh", "-c", "exit 42"), 42, ""), (show, 0, ours)):
+            done = run(
+                sys.executable, "-c", ignore, SIM, "--", *command, env=self.scratch.environment
+            )
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (status, shown, ""))
+            self.assertEqual(self.scratch.left_behind(), [])
+
     def test_is_127_when_there_is_no_such_command(self):
         self.assert_refused(
             self.sim("no-such-command"),
