@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <memory>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
@@ -19,6 +20,20 @@ namespace standin {
 namespace {
 
 constexpr std::array passedOn{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2};
+
+struct Pipe {
+    int readEnd = -1;
+    int writeEnd = -1;
+
+    Pipe() {
+        std::array<int, 2> ends{};
+        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+            throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
+        }
+        readEnd = ends[0];
+        writeEnd = ends[1];
+    }
+};
 
 void check(int result, const char* what) {
     if (result < 0) {
@@ -37,6 +52,29 @@ struct Obstacle {
     _exit(EXIT_FAILURE);
 }
 
+// Waits in the child until the parent holds signals back. A signal that comes earlier ends the
+// parent, and the child with it.
+void awaitPermission(const Pipe& permission) {
+    close(permission.writeEnd);
+    char byte = 0;
+    ssize_t count = 0;
+    while ((count = read(permission.readEnd, &byte, 1)) < 0 && errno == EINTR) {
+    }
+    if (count != 1) {
+        _exit(EXIT_FAILURE);
+    }
+}
+
+void holdSignalsBack() {
+    sigset_t held;
+    sigemptyset(&held);
+    sigaddset(&held, SIGCHLD);
+    for (const int signal : passedOn) {
+        sigaddset(&held, signal);
+    }
+    sigprocmask(SIG_BLOCK, &held, nullptr);
+}
+
 [[noreturn]] void become(char* const* command, const Environment& additions,
                          const Inherited& inherited, pid_t parent, int failure) {
     try {
@@ -52,23 +90,42 @@ struct Obstacle {
         setenv(name.c_str(), value.c_str(), 1);
     }
     umask(inherited.umask);
-    sigprocmask(SIG_SETMASK, &inherited.signals, nullptr);
+    sigaction(SIGCHLD, &inherited.children, nullptr);
     execvp(command[0], command);
     giveUp(failure, {false, errno});
 }
 
+// The kernel sends a signal of the keyboard to the command as well as to this process. It tells the
+// leader of the session alone that the terminal has hung up.
+bool reachesCommand(const signalfd_siginfo& info) {
+    const bool isHangUp = info.ssi_signo == SIGHUP && getsid(0) == getpid();
+    return info.ssi_code == SI_KERNEL && !isHangUp;
+}
+
 int passOn(sd_event_source* /*source*/, const signalfd_siginfo* info, void* pid) {
-    // The kernel sends a signal from the terminal to the command as well as to this process.
-    if (info->ssi_code != SI_KERNEL) {
-        kill(*static_cast<pid_t*>(pid), static_cast<int>(info->ssi_signo));
+    if (reachesCommand(*info)) {
+        return 0;
+    }
+    const pid_t command = *static_cast<pid_t*>(pid);
+    kill(command, static_cast<int>(info->ssi_signo));
+    if (info->ssi_signo == SIGHUP && info->ssi_code == SI_KERNEL) {
+        kill(command, SIGCONT); // as the kernel does: a stopped process takes no hangup
     }
     return 0;
 }
 
-int noteEnd(sd_event_source* source, const siginfo_t* info, void* /*unused*/) {
-    const int status = info->si_code == CLD_EXITED ? info->si_status : 128 + info->si_status;
-    return sd_event_exit(sd_event_source_get_event(source), status);
+int noteEnd(sd_event_source* source, const siginfo_t* info, void* ended) {
+    const bool exited = info->si_code == CLD_EXITED;
+    *static_cast<Ended*>(ended) = {
+        .exitStatus = exited ? info->si_status : 128 + info->si_status,
+        .interrupted = !exited && info->si_status == SIGINT,
+    };
+    return sd_event_exit(sd_event_source_get_event(source), 0);
 }
+
+struct UnrefSource {
+    void operator()(sd_event_source* source) const { sd_event_source_disable_unref(source); }
+};
 
 } // namespace
 
@@ -81,34 +138,34 @@ void holdStandardStreams() {
 }
 
 Inherited prepareProcess() {
-    sigset_t waiting;
-    sigemptyset(&waiting);
-    sigaddset(&waiting, SIGCHLD);
-    for (const int signal : passedOn) {
-        sigaddset(&waiting, signal);
-    }
     Inherited inherited{.umask = umask(S_IRWXG | S_IRWXO)};
-    sigprocmask(SIG_BLOCK, &waiting, &inherited.signals);
+    sigprocmask(SIG_SETMASK, nullptr, &inherited.signals);
+    struct sigaction standard {};
+    standard.sa_handler = SIG_DFL;
+    sigaction(SIGCHLD, &standard, &inherited.children);
     return inherited;
 }
 
 Started startCommand(char* const* command, const Environment& additions,
                      const Inherited& inherited) {
-    std::array<int, 2> failure{};
-    if (pipe2(failure.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
-    }
+    const Pipe failure;
+    const Pipe permission;
     const pid_t parent = getpid();
     Started started{.pid = fork()};
     if (started.pid == 0) {
-        become(command, additions, inherited, parent, failure[1]);
+        awaitPermission(permission);
+        become(command, additions, inherited, parent, failure.writeEnd);
     }
-    close(failure[1]);
     Obstacle obstacle{false, errno};
-    if (started.pid > 0 && read(failure[0], &obstacle, sizeof obstacle) != sizeof obstacle) {
+    holdSignalsBack();
+    (void)!write(permission.writeEnd, "", 1);
+    close(permission.readEnd);
+    close(permission.writeEnd);
+    close(failure.writeEnd);
+    if (started.pid > 0 && read(failure.readEnd, &obstacle, sizeof obstacle) != sizeof obstacle) {
         obstacle = {}; // exec succeeded and closed the pipe
     }
-    close(failure[0]);
+    close(failure.readEnd);
     if (obstacle.error != 0 && started.pid > 0) {
         waitpid(started.pid, nullptr, 0);
     }
@@ -122,15 +179,31 @@ Started startCommand(char* const* command, const Environment& additions,
     return started;
 }
 
-int superviseCommand(sd_event* loop, pid_t pid) {
+Ended superviseCommand(sd_event* loop, pid_t pid, const Inherited& inherited) {
     for (const int signal : passedOn) {
         check(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "cannot watch for signals");
     }
-    check(sd_event_add_child(loop, nullptr, pid, WEXITED, noteEnd, nullptr),
+    Ended ended;
+    sd_event_source* raw = nullptr;
+    check(sd_event_add_child(loop, &raw, pid, WEXITED, noteEnd, &ended),
           "cannot watch the command");
-    const int status = sd_event_loop(loop);
-    check(status, "the event loop failed");
-    return status;
+    const std::unique_ptr<sd_event_source, UnrefSource> child(raw);
+    // A signal that the command has handled at its end must be taken before the end.
+    check(sd_event_source_set_priority(raw, SD_EVENT_PRIORITY_NORMAL + 1),
+          "cannot watch the command");
+    check(sd_event_loop(loop), "the event loop failed");
+    sigprocmask(SIG_SETMASK, &inherited.signals, nullptr);
+    return ended;
+}
+
+void endByInterrupt() {
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    signal(SIGINT, SIG_DFL);
+    sigprocmask(SIG_UNBLOCK, &interrupt, nullptr);
+    raise(SIGINT);
+    _exit(128 + SIGINT);
 }
 
 } // namespace standin

@@ -24,10 +24,17 @@ struct Started {
     NotStarted failure{}; ///< holds when pid is -1
 };
 
+/// How a command has ended.
+struct Ended {
+    int exitStatus = 0;       ///< 128 + N when signal N ended it
+    bool interrupted = false; ///< SIGINT ended it
+};
+
 /// Attributes that this process inherited from its caller. The command gets them unchanged.
 struct Inherited {
     sigset_t signals{}; ///< blocked signals
     mode_t umask = 0;
+    struct sigaction children {}; ///< reaction to SIGCHLD
 };
 
 /// Opens /dev/null in place of each standard stream that the caller closed. A file that is opened
@@ -35,20 +42,27 @@ struct Inherited {
 /// as they were.
 void holdStandardStreams();
 
-/// Prepares this process to hold a board. Blocks the signals that superviseCommand() handles. Sets
-/// a umask that gives new files to this user alone.
+/// Prepares this process to hold a board. Sets a umask that gives new files to this user alone,
+/// and the default reaction to SIGCHLD: the kernel keeps no exit status for a process that ignores
+/// this signal.
 /// @return what the caller had set, for the command
 [[nodiscard]] Inherited prepareProcess();
 
 /// Starts a command with additions to this process's environment. The command cannot reach the
 /// machine's I2C buses, and it gets SIGHUP when this process ends first.
+///
+/// Each signal does its work once: it ends this process before the command exists. From then on
+/// this process holds the signals back for superviseCommand().
 /// @throw std::system_error when the machine's buses cannot be shut off, or for lack of a pipe
 [[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
                                    const Inherited& inherited);
 
 /// Runs an event loop until the command has ended. Passes signals on to the command, except those
-/// from the terminal, which the kernel sends to the command itself.
-/// @return the command's exit status, 128 + N when signal N ended it
-[[nodiscard]] int superviseCommand(sd_event* loop, pid_t pid);
+/// from the terminal that the kernel sends to the command itself. Afterwards signals again do to
+/// this process what the caller set.
+[[nodiscard]] Ended superviseCommand(sd_event* loop, pid_t pid, const Inherited& inherited);
+
+/// Ends this process by SIGINT, so that a shell ends the loop that it runs.
+[[noreturn]] void endByInterrupt();
 
 } // namespace standin

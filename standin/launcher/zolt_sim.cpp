@@ -72,7 +72,7 @@ void add(Environment& environment, const Environment& more) {
     environment.insert(environment.end(), more.begin(), more.end());
 }
 
-int runOnBoard(const Board& board, const Arguments& arguments) {
+Ended runOnBoard(const Board& board, const Arguments& arguments) {
     Environment environment{{"LD_LIBRARY_PATH", librarySearchPath()}};
     addLog(environment, debugLogVariable, arguments.debugLog);
     addLog(environment, callLogVariable, arguments.callLog);
@@ -96,9 +96,9 @@ int runOnBoard(const Board& board, const Arguments& arguments) {
     if (command.pid < 0) {
         std::fprintf(stderr, "zolt_sim: %s: %s\n", arguments.command[0],
                      std::strerror(command.failure.error));
-        return command.failure.exitStatus;
+        return {.exitStatus = command.failure.exitStatus};
     }
-    return superviseCommand(loop, command.pid);
+    return superviseCommand(loop, command.pid, inherited);
 }
 
 int run(int argc, char* argv[]) {
@@ -111,7 +111,11 @@ int run(int argc, char* argv[]) {
         std::puts("zolt_sim " PROJECT_VERSION);
         return EXIT_SUCCESS;
     }
-    return runOnBoard(boardFor(arguments), arguments);
+    const Ended ended = runOnBoard(boardFor(arguments), arguments);
+    if (ended.interrupted) {
+        endByInterrupt();
+    }
+    return ended.exitStatus;
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <poll.h>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -88,23 +89,34 @@ std::string complaint(const std::filesystem::path& log) {
     _exit(127);
 }
 
-// Waits for a line. False when the other end closes first.
-bool lineComes(int descriptor) {
+enum class Start { listens, ended, late };
+
+// Waits until the daemon prints a line, its address.
+Start startOf(int descriptor, std::chrono::milliseconds patience) {
+    using std::chrono::steady_clock;
+    const steady_clock::time_point end = steady_clock::now() + patience;
     std::array<char, 256> piece;
     while (true) {
-        const ssize_t count = read(descriptor, piece.data(), piece.size());
+        pollfd output{.fd = descriptor, .events = POLLIN, .revents = 0};
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
+        const int ready = left.count() < 0 ? 0 : poll(&output, 1, static_cast<int>(left.count()));
+        if (ready == 0) {
+            return Start::late;
+        }
+        const ssize_t count = ready < 0 ? -1 : read(descriptor, piece.data(), piece.size());
         if (count > 0 && piece[static_cast<std::size_t>(count) - 1] == '\n') {
-            return true;
+            return Start::listens;
         }
         if (count == 0 || (count < 0 && errno != EINTR)) {
-            return false;
+            return Start::ended;
         }
     }
 }
 
 } // namespace
 
-BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view policy)
+BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view policy,
+                     std::chrono::milliseconds patience)
     : address_("unix:path=" + escaped((directory / "bus").string())) {
     const std::filesystem::path file = directory / "bus.conf";
     writeFile(file, configuration(address_, policy));
@@ -124,13 +136,19 @@ BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view po
     close(pipe[1]);
     // The daemon prints its address once it listens. address_ lacks the daemon's identifier, so it
     // also fits a daemon that is started later in the same place.
-    const bool listens = process_ > 0 && lineComes(pipe[0]);
+    const Start start = process_ > 0 ? startOf(pipe[0], patience) : Start::ended;
     close(pipe[0]);
     if (process_ < 0) {
         throw std::system_error(failure, std::generic_category(), "cannot start a process");
     }
-    if (!listens) {
+    if (start != Start::listens) {
         stop();
+    }
+    if (start == Start::late) {
+        throw std::runtime_error("dbus-daemon has not printed its address within " +
+                                 std::to_string(patience.count()) + " ms");
+    }
+    if (start == Start::ended) {
         throw std::runtime_error(complaint(log));
     }
 }

@@ -1,6 +1,7 @@
 // A private message bus: Debian's dbus-daemon on a socket of its own.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -15,8 +16,10 @@ public:
     /// when the thread that started it ends.
     /// @param directory private to the caller; gets the daemon's configuration, log and socket
     /// @param policy    XML of further rules for the configuration's default policy
+    /// @param patience  how long the daemon may take until it prints its address
     /// @throws std::runtime_error when dbus-daemon is not installed or does not start
-    explicit BusDaemon(const std::filesystem::path& directory, std::string_view policy = {});
+    explicit BusDaemon(const std::filesystem::path& directory, std::string_view policy = {},
+                       std::chrono::milliseconds patience = std::chrono::seconds(30));
     BusDaemon(const BusDaemon&) = delete;
     BusDaemon& operator=(const BusDaemon&) = delete;
     ~BusDaemon() { stop(); }

@@ -79,6 +79,28 @@ class Status(SimTest):
             self.assertEqual(done.returncode, 128 + name.value)
             self.assertEqual(self.scratch.left_behind(), [])
 
+    def test_is_130_in_a_shell_when_an_interrupt_ended_the_command(self):
+        # zolt_sim ends by the same signal, so that a shell knows of it.
+        self.assertEqual(self.sim("sh", "-c", "kill -INT $$").returncode, -signal.SIGINT)
+        self.assertEqual(self.scratch.left_behind(), [])
+        done = run("sh", "-c", f"{SIM} -- sh -c 'kill -INT $$'; exit $?", env=self.scratch.environment)
+        self.assertEqual(done.returncode, 130)
+
+    def test_is_the_commands_for_a_caller_that_ignores_the_end_of_children(self):
+        ignore = (
+            "import os, signal, sys; signal.signal(signal.SIGCHLD, signal.SIG_IGN);"
+            "os.execv(sys.argv[1], sys.argv[1:])"
+        )
+        show = ("grep", "SigIgn", "/proc/self/status")
+        ours = run(sys.executable, "-c", ignore, "/usr/bin/env", *show).stdout
+        self.assertTrue(int(ours.split()[1], 16) & 1 << signal.SIGCHLD - 1)
+        for command, status, shown in ((("sh", "-c", "exit 42"), 42, ""), (show, 0, ours)):
+            done = run(
+                sys.executable, "-c", ignore, SIM, "--", *command, env=self.scratch.environment
+            )
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (status, shown, ""))
+            self.assertEqual(self.scratch.left_behind(), [])
+
     def test_is_127_when_there_is_no_such_command(self):
         self.assert_refused(
             self.sim("no-such-command"),
@@ -236,6 +258,33 @@ class Signals(SimTest):
         process.terminate()
         self.assertEqual(process.wait(TIMEOUT_SECONDS), 128 + signal.SIGTERM)
         self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_end_zolt_sim_before_the_command_starts(self):
+        started = self.scratch.path / "started"
+        daemon = pathlib.Path(self.scratch.file("dbus-daemon"))
+        daemon.write_text(f"#!/bin/sh\n: > {started}\nexec sleep 60\n")
+        daemon.chmod(0o755)
+        self.scratch.environment["PATH"] = f"{self.scratch.path}:{os.environ['PATH']}"
+        for name in ("HUP", "INT", "QUIT", "TERM", "USR1", "USR2"):
+            with self.subTest(name):
+                process = subprocess.Popen(
+                    ["sh", "-c", 'ulimit -c 0; exec "$@"', "sh", SIM, "--", "echo", "begun"],
+                    env=self.scratch.environment,
+                    preexec_fn=lambda: [
+                        signal.signal(number, signal.SIG_DFL)
+                        for number in (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT)
+                    ],
+                )
+                self.addCleanup(process.wait)
+                self.addCleanup(process.kill)
+                while not started.exists():
+                    time.sleep(0.01)
+                process.send_signal(getattr(signal, "SIG" + name))
+                self.assertEqual(
+                    process.wait(TIMEOUT_SECONDS / 4), -getattr(signal, "SIG" + name)
+                )
+                started.unlink()
+                self.assert_nothing_left()
 
     def test_of_the_terminal_reach_the_command_once(self):
         # The test types ^C on a terminal of its own.

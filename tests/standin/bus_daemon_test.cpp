@@ -109,6 +109,45 @@ TEST(BusDaemon, reportsAMissingDaemon) {
     setenv("PATH", path.c_str(), 1);
 }
 
+// Puts a shell script into the path in place of the daemon, for as long as the object lives.
+class OtherDaemon {
+public:
+    explicit OtherDaemon(const std::string& script) : path_(getenv("PATH")) {
+        const std::filesystem::path file = directory_.path() / "dbus-daemon";
+        std::ofstream(file) << "#!/bin/sh\n" << script << '\n';
+        std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+        setenv("PATH", (directory_.path().string() + ":" + path_).c_str(), 1);
+    }
+    OtherDaemon(const OtherDaemon&) = delete;
+    OtherDaemon& operator=(const OtherDaemon&) = delete;
+    ~OtherDaemon() { setenv("PATH", path_.c_str(), 1); }
+
+private:
+    const PrivateDirectory directory_;
+    const std::string path_;
+};
+
+// The message of the daemon that does not start.
+std::string refusal(std::chrono::milliseconds patience) {
+    const PrivateDirectory directory;
+    try {
+        const BusDaemon daemon(directory.path(), {}, patience);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "it starts";
+}
+
+TEST(BusDaemon, reportsADaemonThatDoesNotGetReady) {
+    constexpr const char* message = "dbus-daemon has not printed its address within 200 ms";
+    {
+        const OtherDaemon silent("exec sleep 60");
+        EXPECT_EQ(refusal(std::chrono::milliseconds(200)), message);
+    }
+    const OtherDaemon halting("printf unix:path=; exec sleep 60");
+    EXPECT_EQ(refusal(std::chrono::milliseconds(200)), message);
+}
+
 TEST(BusDaemon, reportsAMissingDirectory) {
     EXPECT_THROW(BusDaemon("/nonexistent"), std::runtime_error);
 }
