@@ -33,7 +33,7 @@ char* detail::appendLongDecimal(char* end, long long number, unsigned width) {
     // Three digits, as most byte values have: no loop.
     const auto value = static_cast<unsigned>(number);
     *end = static_cast<char>('0' + value / 100);
-    std::memcpy(end + 1, &digitPairs[std::size_t{2} * (value % 100)], 2);
+    std::copy_n(&digitPairs[std::size_t{2} * (value % 100)], 2, end + 1);
     return end + 3;
 }
 

@@ -1,9 +1,9 @@
 // Composes numbers at the end of a text, as printf lays them out.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
 
 namespace zolt {
 
@@ -37,7 +37,7 @@ inline char* appendDecimal(char* end, long long number, unsigned width = 0) {
         return end + 1;
     }
     if (value <= 99 && width <= 2) {
-        std::memcpy(end, &detail::digitPairs[2 * value], 2);
+        std::copy_n(&detail::digitPairs[2 * value], 2, end);
         return end + 2;
     }
     return detail::appendLongDecimal(end, number, width);

@@ -31,16 +31,6 @@ std::uint16_t FieldDecoder::add(const ValueRow& row, std::size_t start) {
     return value;
 }
 
-std::uint8_t FieldDecoder::add(const UnitRow& row, std::uint8_t unit, std::size_t start) {
-    const auto byte = reader_.byte(start + row.bits.offset);
-    if (!byte) {
-        return end();
-    }
-    const std::uint8_t value = row.bits.low(*byte);
-    take_(UnitValue{row.line, unit, value});
-    return value;
-}
-
 void FieldDecoder::add(const TextRow& row, std::size_t start) {
     if (const auto text = reader_.text(start + row.offset, row.length)) {
         take_(TextValue{row.line, *text});

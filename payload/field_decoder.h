@@ -72,7 +72,15 @@ public:
     /// Adds the field of @p row in the layout that starts at byte @p start.
     /// @return the field's value; 0 once the listing has ended.
     std::uint16_t add(const ValueRow& row, std::size_t start = 0);
-    std::uint8_t add(const UnitRow& row, std::uint8_t unit, std::size_t start);
+    std::uint8_t add(const UnitRow& row, std::uint8_t unit, std::size_t start) {
+        const auto byte = reader_.byte(start + row.bits.offset);
+        if (!byte) {
+            return end();
+        }
+        const std::uint8_t value = row.bits.low(*byte);
+        take_(UnitValue{row.line, unit, value});
+        return value;
+    }
     void add(const TextRow& row, std::size_t start = 0);
     void add(std::span<const ValueRow> rows, std::size_t start = 0);
     void add(std::span<const UnitRow> rows, std::uint8_t unit, std::size_t start);

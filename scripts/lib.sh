@@ -6,19 +6,21 @@
 top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
 
 # Debian packages that are needed to build the tool and the stand-in and to run the tool on it, to
-# test both, and to benchmark the tool.
+# build the tool for an AArch64 board, to test everything, and to benchmark the tool.
 # shellcheck disable=SC2034 # each script picks its own
 {
     build_packages=(g++ meson ninja-build pkgconf libsystemd-dev libtomlplusplus-dev
         dbus-daemon)
+    board_packages=(g++-aarch64-linux-gnu meson ninja-build pkgconf)
     test_packages=(
-        "${build_packages[@]}"
+        "${build_packages[@]}" "${board_packages[@]}"
         libgtest-dev python3 valgrind                       # the suites, alone and under valgrind
         clang libclang-rt-dev clang-format clang-tidy       # the second compiler, the linters
         strace                                              # shows a program's system calls
         i2c-tools systemd                                   # independent clients of the buses (busctl)
         shellcheck mandoc                                   # the scripts, the manual pages
-        g++-aarch64-linux-gnu qemu-user                     # AArch64, the architecture of the boards
+        git                                                 # lists the files of a fresh copy
+        qemu-user                                           # AArch64, the architecture of the boards
     )
     bench_packages=("${build_packages[@]}" python3 valgrind xxd bsdextrautils)
 }
@@ -119,25 +121,4 @@ build() (
     # Print from the first failed command on: Meson's output comes before it and does not matter.
     sed -n '/^FAILED: /,$p' <<<"$complaints" | grep . >&2 || printf '%s\n' "$complaints" >&2
     exit 1
-)
-
-# foreign_packages DIRECTORY PACKAGE...: unpacks packages of another architecture (name:arm64) below
-# DIRECTORY. It installs nothing and leaves the machine's own package lists as they are.
-foreign_packages() (
-    local directory=$1 apt=$1/apt
-    shift
-    [[ ! -e $directory/unpacked ]] || exit 0
-    say "unpacking Debian's packages in ${directory#"$top"/}: $*"
-    mkdir -p -- "$apt/lists/partial" "$apt/archives/partial" && cd -- "$apt" || exit
-    local -a get=(apt-get -q -o "APT::Architectures::=$(dpkg --print-architecture)"
-        -o "Dir::State::Lists=$apt/lists" -o "Dir::Cache=$apt" -o APT::Sandbox::User=root)
-    local package
-    for package; do
-        get+=(-o "APT::Architectures::=${package#*:}")
-    done
-    quietly "${get[@]}" update && quietly "${get[@]}" download "$@" || exit
-    for package in ./*.deb; do
-        dpkg-deb -x "$package" "$directory" || exit
-    done
-    cd -- "$directory" && rm -rf -- "$apt" && touch unpacked
 )

@@ -11,7 +11,7 @@ namespace standin {
 namespace {
 
 std::string quoted(std::string_view key) {
-    return "'" + std::string(key) + "'";
+    return std::string("'").append(key).append("'");
 }
 
 std::string range(std::int64_t lowest, std::int64_t highest) {

@@ -142,7 +142,7 @@ PropertyValue Reply::addKnownVariant() {
     default: {
         std::string type = anyType();
         if (type == "(yyyyyy)" || type == "q" || type == "y" || type == "b") {
-            type.insert(0, "a");
+            type.insert(type.begin(), 'a');
         }
         addVariant(type);
         return {};
@@ -165,22 +165,23 @@ std::string Reply::anyType() {
     std::string type;
     switch (choice % 6) {
     case 0:
-        type = "v";
+        type.append("v");
         break;
     case 1:
-        type = "a" + anyType();
+        type.append("a").append(anyType());
         break;
     case 2:
-        type = "a{" + std::string{basicTypes[bytes_.take() % basicTypes.size()]} + anyType() + "}";
+        type.append("a{").append(1, basicTypes[bytes_.take() % basicTypes.size()]);
+        type.append(anyType()).append("}");
         break;
     case 3:
-        type = "(" + anyType() + anyType() + ")";
+        type.append("(").append(anyType()).append(anyType()).append(")");
         break;
     case 4:
-        type = "a{sv}";
+        type.append("a{sv}");
         break;
     default:
-        type = "a{oa{sa{sv}}}";
+        type.append("a{oa{sa{sv}}}");
         break;
     }
     --depth_;

@@ -5,7 +5,6 @@ import os
 import pathlib
 import re
 import shutil
-import subprocess
 import sys
 import unittest
 
@@ -13,7 +12,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import INFO, Scratch, run  # noqa: E402
+from programs import INFO, Scratch, install, run  # noqa: E402
 
 
 class Installed(unittest.TestCase):
@@ -21,12 +20,7 @@ class Installed(unittest.TestCase):
     def setUpClass(cls):
         cls.scratch = Scratch()
         cls.addClassCleanup(cls.scratch.close)
-        cls.root = cls.scratch.path / "root"
-        subprocess.run(
-            [os.environ["MESON"], "install", "--no-rebuild", "--quiet",
-             "-C", os.environ["BUILD_DIRECTORY"], "--destdir", str(cls.root)],
-            check=True, stdout=subprocess.DEVNULL,
-        )
+        cls.root = install(cls.scratch)
         cls.sim = cls.only("zolt_sim")
         cls.tool = cls.sim.with_name("zolt_test")
 

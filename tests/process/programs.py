@@ -137,3 +137,14 @@ class Scratch:
 
     def close(self):
         self._directory.cleanup()
+
+
+def install(scratch):
+    """Installs everything below a root in the scratch directory, and names the root."""
+    root = scratch.path / "root"
+    subprocess.run(
+        [os.environ["MESON"], "install", "--no-rebuild", "--quiet",
+         "-C", os.environ["BUILD_DIRECTORY"], "--destdir", str(root)],
+        check=True, stdout=subprocess.DEVNULL,
+    )
+    return root
