@@ -161,6 +161,14 @@ TEST(ReadVariant, takesTheFirstOfTheAlternativesThatFit) {
     EXPECT_EQ(std::get<1>(nested), (std::variant<std::string, std::uint8_t>(std::uint8_t{3})));
 }
 
+TEST(ReadVariant, takesTheFirstOfTheAlternativesThatFitWhateverCameBefore) {
+    using OneOf = std::variant<std::string, std::variant<std::uint8_t>, std::variant<bool>>;
+    const auto values =
+        read<std::vector<OneOf>>(holding("av", 4, "v", "y", 3, "s", "text", "v", "b", 1, "q", 5));
+    EXPECT_EQ(values, (std::vector<OneOf>{std::variant<std::uint8_t>(std::uint8_t{3}), "text",
+                                          std::variant<std::uint8_t>(), std::string()}));
+}
+
 TEST(ReadVariant, holdsEveryKindOfContents) {
     using Any = std::variant<std::string, std::int64_t, double, std::vector<std::string>,
                              std::vector<double>, std::vector<bool>>;
@@ -227,12 +235,12 @@ TEST(ReadFailure, namesTheCallAndTheKind) {
     EXPECT_EQ(errorOfReading(std::type_identity<object_path>(), holding("s", "/")),
               "sd_bus_message_read_basic string" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<std::vector<std::string>>(), holding("ao", 0)),
-              "sd_bus_message_enter_container array" + mismatch);
+              "sd_bus_message_enter_container emplace_back_container" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<std::vector<std::uint8_t>>(), holding("an", 0)),
-              "sd_bus_message_enter_container array" + mismatch);
+              "sd_bus_message_enter_container emplace_back_container" + mismatch);
     EXPECT_EQ(
         errorOfReading(std::type_identity<std::map<std::string, Value>>(), holding("a{ss}", 0)),
-        "sd_bus_message_enter_container array" + mismatch);
+        "sd_bus_message_enter_container emplace_container" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<Pair>(), holding("(yq)", 1, 2)),
               "sd_bus_message_enter_container tuple" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<Value>(), holding("q", 1)),
