@@ -4,7 +4,7 @@
 // none becomes the first alternative's default. The printers rely on the order of PropertyValue.
 #pragma once
 
-#include <sdbusplus/message/native_types.hpp>
+#include <sdbusplus/message.hpp>
 
 #include <cstdint>
 #include <map>
@@ -13,7 +13,23 @@
 #include <variant>
 #include <vector>
 
+// The lookup below needs the namespace, whatever the library has in it.
+namespace sdbusplus::message {}
+
 namespace zolt {
+
+/// The library's type of an object path: present versions name it sdbusplus::object_path, older
+/// ones sdbusplus::message::object_path. The lookup through both namespaces finds the one that is
+/// there.
+namespace either_library {
+
+using namespace sdbusplus;
+using namespace sdbusplus::message;
+using ObjectPath = object_path;
+
+} // namespace either_library
+
+using either_library::ObjectPath;
 
 /// An endpoint's six bytes in the order of the bus, signature "(yyyyyy)".
 using EndpointDescriptor =
@@ -35,7 +51,7 @@ using ManagedObjectValue =
                  std::vector<std::uint16_t>, std::vector<std::uint8_t>, std::vector<bool>>;
 
 /// Objects by path, with their interfaces and properties by name: the reply of GetManagedObjects.
-using ManagedObjects = std::map<sdbusplus::message::object_path,
-                                std::map<std::string, std::map<std::string, ManagedObjectValue>>>;
+using ManagedObjects =
+    std::map<ObjectPath, std::map<std::string, std::map<std::string, ManagedObjectValue>>>;
 
 } // namespace zolt

@@ -9,8 +9,6 @@
 namespace sdbusplus::test {
 namespace {
 
-using message::object_path;
-
 template <typename... Contents>
 message_t holding(const char* signature, Contents... contents) {
     return received(

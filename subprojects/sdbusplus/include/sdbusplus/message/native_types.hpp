@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace sdbusplus::message {
+namespace sdbusplus {
 
 /// The path of an object, signature "o". Ordered by the bytes of its text.
 struct object_path {
@@ -22,4 +22,4 @@ struct object_path {
     friend auto operator<=>(const object_path&, const object_path&) = default;
 };
 
-} // namespace sdbusplus::message
+} // namespace sdbusplus
