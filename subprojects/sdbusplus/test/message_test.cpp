@@ -72,7 +72,7 @@ TEST(Message, knowsAnErrorReply) {
 }
 
 TEST(Message, holdsAReferenceOfItsOwn) {
-    const message_t first =
+    message_t first =
         received([](sd_bus_message* raw) { return sd_bus_message_append(raw, "s", "kept"); });
     message_t second(first.get());
     { const message_t third = message_t(first.get()); }

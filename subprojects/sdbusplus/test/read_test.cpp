@@ -101,7 +101,7 @@ TEST(Read, mapsAreOrderedByTheirKeys) {
     EXPECT_EQ(read<Numbers>(holding("a{si}", 0)), Numbers());
     using ByPath = std::map<object_path, std::map<std::string, std::vector<std::uint8_t>>>;
     EXPECT_EQ(read<ByPath>(holding("a{oa{say}}", 2, "/b", 1, "x", 1, 7, "/a", 0)),
-              (ByPath{{"/a", {}}, {"/b", {{"x", {7}}}}}));
+              (ByPath{{object_path("/a"), {}}, {object_path("/b"), {{"x", {7}}}}}));
 }
 
 TEST(Read, mapKeepsTheFirstOfTwoEntriesWithTheSameKey) {

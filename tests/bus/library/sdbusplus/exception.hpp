@@ -1,5 +1,5 @@
-// The interface of the real library as far as the tool uses it: what the tool must compile against
-// on a machine that has the real one. Nothing of it is ever linked.
+// The interface of the real library as far as the tool uses it, declared only. The tool must
+// compile against it; nothing is linked.
 #pragma once
 
 #include <exception>

@@ -13,7 +13,6 @@ struct object_path {
 
     object_path() = default;
     object_path(std::string path) : str(std::move(path)) {}
-    object_path(const char* path) : str(path) {}
 
     operator const std::string&() const noexcept { return str; }
 
