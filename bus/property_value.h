@@ -5,7 +5,7 @@
 // order of PropertyValue.
 #pragma once
 
-#include <sdbusplus/message/native_types.hpp>
+#include <sdbusplus/message.hpp>
 
 #include <cstdint>
 #include <map>
@@ -14,7 +14,22 @@
 #include <variant>
 #include <vector>
 
+// The lookup below needs this namespace, also where sdbusplus has none of this name.
+namespace sdbusplus::message {}
+
 namespace zolt {
+
+/// sdbusplus's type of an object path. Present versions call it sdbusplus::object_path, older ones
+/// sdbusplus::message::object_path. A lookup through both namespaces finds the one that exists.
+namespace either_library {
+
+using namespace sdbusplus;
+using namespace sdbusplus::message;
+using ObjectPath = object_path;
+
+} // namespace either_library
+
+using either_library::ObjectPath;
 
 /// An endpoint's six bytes in the order of the message, signature "(yyyyyy)".
 using EndpointDescriptor =
@@ -36,7 +51,7 @@ using ManagedObjectValue =
                  std::vector<std::uint16_t>, std::vector<std::uint8_t>, std::vector<bool>>;
 
 /// Objects by path, with their interfaces and properties by name: the reply of GetManagedObjects.
-using ManagedObjects = std::map<sdbusplus::message::object_path,
-                                std::map<std::string, std::map<std::string, ManagedObjectValue>>>;
+using ManagedObjects =
+    std::map<ObjectPath, std::map<std::string, std::map<std::string, ManagedObjectValue>>>;
 
 } // namespace zolt

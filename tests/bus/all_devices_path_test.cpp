@@ -255,7 +255,7 @@ TEST(PrintAllDevicesPath, answerDoesNotComeInTime) {
 }
 
 TEST(PrintAllDevicesPath, replyOfAnotherSignature) {
-    const std::string mismatch = failed("sd_bus_message_enter_container array: "
+    const std::string mismatch = failed("sd_bus_message_enter_container emplace_container: "
                                         "System.Error.ENXIO: No such device or address");
     SystemBus bus;
     for (const char* signature : {"a{sv}", "a{oa{sv}}", "ao"}) {

@@ -162,7 +162,7 @@ TEST(PrintAllProperties, answerDoesNotComeInTime) {
 
 TEST(PrintAllProperties, replyOfAnotherSignature) {
     EXPECT_EQ(printedOf({}, {{.action = Action::reply, .signature = "s", .value = "text"}}),
-              caught("sd_bus_message_enter_container array: System.Error.ENXIO: "
+              caught("sd_bus_message_enter_container emplace_container: System.Error.ENXIO: "
                      "No such device or address"));
 }
 

@@ -182,8 +182,9 @@ TEST(PrintZoltInfoProperties, slowAnswerWithinTheTimeoutIsTaken) {
 }
 
 TEST(PrintZoltInfoProperties, replyOfAnotherSignature) {
-    const std::string mismatch = caught("sd_bus_message_enter_container array: System.Error.ENXIO: "
-                                        "No such device or address");
+    const std::string mismatch =
+        caught("sd_bus_message_enter_container emplace_container: System.Error.ENXIO: "
+               "No such device or address");
     EXPECT_EQ(printedOf({}, {{.action = Action::reply, .signature = "s", .value = "text"}}),
               mismatch);
     EXPECT_EQ(

@@ -64,7 +64,7 @@ void tryToRead(sd_bus_message* raw) {
 
 void readAnything(Reply& reply) {
     reply.addAnything();
-    const sdbusplus::message_t message = reply.finished();
+    sdbusplus::message_t message = reply.finished();
     tryToRead<zolt::PropertyMap>(message.get());
     tryToRead<zolt::PropertyValue>(message.get());
     tryToRead<zolt::ManagedObjects>(message.get());

@@ -338,7 +338,8 @@ DeviceId = { signature = "y", value = 5 }
 """
     CALL = "sd_bus_call: org.freedesktop.DBus.Error."
     MISMATCH = (
-        "sd_bus_message_enter_container array: System.Error.ENXIO: No such device or address"
+        "sd_bus_message_enter_container emplace_container: System.Error.ENXIO: "
+        "No such device or address"
     )
     GONE = "System.Error.ENOTCONN: Transport endpoint is not connected"
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace sdbusplus::exception {
 namespace {
@@ -35,16 +36,35 @@ TEST(SdBusError, ofAnErrnoThatDBusHasAnErrorForHasTheNameOfThatError) {
 }
 
 TEST(SdBusError, ofAnErrorHasItsNameAndText) {
-    const sd_bus_error error{"a.b.Broken", "it broke", 0};
-    expect(SdBusError(error, "sd_bus_call"),
+    sd_bus_error error{"a.b.Broken", "it broke", 0};
+    expect(SdBusError(&error, "sd_bus_call"),
            {"a.b.Broken", "it broke", "sd_bus_call: a.b.Broken: it broke"});
 }
 
 TEST(SdBusError, leavesOutAMissingNameOrText) {
-    const sd_bus_error nameless{};
-    expect(SdBusError(nameless, "sd_bus_call"), {"", "", "sd_bus_call"});
-    const sd_bus_error textless{"a.b.Broken", nullptr, 0};
-    expect(SdBusError(textless, "sd_bus_call"), {"a.b.Broken", "", "sd_bus_call: a.b.Broken"});
+    sd_bus_error nameless{};
+    expect(SdBusError(&nameless, "sd_bus_call"), {"", "", "sd_bus_call"});
+    sd_bus_error textless{"a.b.Broken", nullptr, 0};
+    expect(SdBusError(&textless, "sd_bus_call"), {"a.b.Broken", "", "sd_bus_call: a.b.Broken"});
+}
+
+TEST(SdBusError, takesTheErrorOver) {
+    sd_bus_error error{};
+    ASSERT_LT(sd_bus_error_set(&error, "a.b.Broken", "it broke"), 0);
+    expect(SdBusError(&error, "sd_bus_call"),
+           {"a.b.Broken", "it broke", "sd_bus_call: a.b.Broken: it broke"});
+    EXPECT_EQ(error.name, nullptr);
+    EXPECT_EQ(error.message, nullptr);
+}
+
+TEST(SdBusError, keepsItsTextsWhenItIsMoved) {
+    SdBusError first(EIO, "first");
+    SdBusError second(std::move(first));
+    expect(second, {"org.freedesktop.DBus.Error.IOError", "Input/output error",
+                    "first: org.freedesktop.DBus.Error.IOError: Input/output error"});
+    second = SdBusError(ENOTCONN, "second");
+    expect(second, {"System.Error.ENOTCONN", "Transport endpoint is not connected",
+                    "second: System.Error.ENOTCONN: Transport endpoint is not connected"});
 }
 
 TEST(SdBusError, isCaughtAsAnExceptionOfTheLibraryAndOfTheStandard) {

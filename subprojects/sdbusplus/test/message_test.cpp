@@ -24,7 +24,7 @@ TEST(Message, appendsEachValueUnderItsSignature) {
     message_t message = underConstruction(peer);
     message.append(true, std::uint8_t{1}, std::int16_t{-2}, std::uint16_t{3}, std::int32_t{-4},
                    std::uint32_t{5}, std::int64_t{-6}, std::uint64_t{7}, 8.5, "nine",
-                   std::string("ten"), message::object_path("/eleven"));
+                   std::string("ten"), object_path("/eleven"));
     EXPECT_STREQ(sd_bus_message_get_signature(message.get(), 1), "bynqiuxtdsso");
 
     ASSERT_GE(sd_bus_message_seal(message.get(), 1, 0), 0);
@@ -39,7 +39,7 @@ TEST(Message, appendsEachValueUnderItsSignature) {
     double d = 0;
     std::string nine;
     std::string ten;
-    message::object_path eleven;
+    object_path eleven;
     message.read(b, y, n, q, i, u, x, t, d, nine, ten, eleven);
     EXPECT_EQ(std::tie(b, y, n, q, i, u, x, t, d, nine, ten, eleven.str),
               std::tuple(true, 1, -2, 3, -4, 5U, -6, 7U, 8.5, "nine", "ten", "/eleven"));
@@ -48,7 +48,7 @@ TEST(Message, appendsEachValueUnderItsSignature) {
 TEST(Message, appendThrowsWhenSdBusRefusesTheValue) {
     Peer peer(silent);
     message_t message = underConstruction(peer);
-    EXPECT_EQ(errorOf([&] { message.append(message::object_path("no path")); }),
+    EXPECT_EQ(errorOf([&] { message.append(object_path("no path")); }),
               "sd_bus_message_append_basic string: org.freedesktop.DBus.Error.InvalidArgs: "
               "Invalid argument");
     ASSERT_GE(sd_bus_message_seal(message.get(), 1, 0), 0);
@@ -72,7 +72,7 @@ TEST(Message, tellsAnErrorReplyFromOtherMessages) {
 }
 
 TEST(Message, holdsAReferenceOfItsOwn) {
-    const message_t first =
+    message_t first =
         received([](sd_bus_message* raw) { return sd_bus_message_append(raw, "s", "kept"); });
     message_t second(first.get());
     { const message_t third = message_t(first.get()); }
@@ -82,7 +82,6 @@ TEST(Message, holdsAReferenceOfItsOwn) {
 }
 
 TEST(ObjectPath, isOrderedByItsBytes) {
-    using message::object_path;
     EXPECT_LT(object_path("/a"), object_path("/b"));
     EXPECT_LT(object_path("/B"), object_path("/a"));
     EXPECT_LT(object_path("/a"), object_path("/a/b"));

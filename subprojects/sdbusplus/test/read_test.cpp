@@ -9,8 +9,6 @@
 namespace sdbusplus::test {
 namespace {
 
-using message::object_path;
-
 template <typename... Contents>
 message_t holding(const char* signature, Contents... contents) {
     return received(
@@ -103,7 +101,7 @@ TEST(Read, mapsAreOrderedByTheirKeys) {
     EXPECT_EQ(read<Numbers>(holding("a{si}", 0)), Numbers());
     using ByPath = std::map<object_path, std::map<std::string, std::vector<std::uint8_t>>>;
     EXPECT_EQ(read<ByPath>(holding("a{oa{say}}", 2, "/b", 1, "x", 1, 7, "/a", 0)),
-              (ByPath{{"/a", {}}, {"/b", {{"x", {7}}}}}));
+              (ByPath{{object_path("/a"), {}}, {object_path("/b"), {{"x", {7}}}}}));
 }
 
 TEST(Read, mapKeepsTheFirstOfTwoEntriesWithTheSameKey) {
@@ -159,6 +157,14 @@ TEST(ReadVariant, takesTheFirstOfTheAlternativesThatFit) {
     using Nested = std::variant<std::string, std::variant<std::string, std::uint8_t>>;
     const auto nested = read<Nested>(holding("v", "v", "y", 3));
     EXPECT_EQ(std::get<1>(nested), (std::variant<std::string, std::uint8_t>(std::uint8_t{3})));
+}
+
+TEST(ReadVariant, takesTheFirstOfTheAlternativesThatFitWhateverCameBefore) {
+    using OneOf = std::variant<std::string, std::variant<std::uint8_t>, std::variant<bool>>;
+    const auto values =
+        read<std::vector<OneOf>>(holding("av", 4, "v", "y", 3, "s", "text", "v", "b", 1, "q", 5));
+    EXPECT_EQ(values, (std::vector<OneOf>{std::variant<std::uint8_t>(std::uint8_t{3}), "text",
+                                          std::variant<std::uint8_t>(), std::string()}));
 }
 
 TEST(ReadVariant, holdsEveryKindOfContents) {
@@ -227,12 +233,12 @@ TEST(ReadFailure, namesTheCallAndTheKindOfValue) {
     EXPECT_EQ(errorOfReading(std::type_identity<object_path>(), holding("s", "/")),
               "sd_bus_message_read_basic string" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<std::vector<std::string>>(), holding("ao", 0)),
-              "sd_bus_message_enter_container array" + mismatch);
+              "sd_bus_message_enter_container emplace_back_container" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<std::vector<std::uint8_t>>(), holding("an", 0)),
-              "sd_bus_message_enter_container array" + mismatch);
+              "sd_bus_message_enter_container emplace_back_container" + mismatch);
     EXPECT_EQ(
         errorOfReading(std::type_identity<std::map<std::string, Value>>(), holding("a{ss}", 0)),
-        "sd_bus_message_enter_container array" + mismatch);
+        "sd_bus_message_enter_container emplace_container" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<Pair>(), holding("(yq)", 1, 2)),
               "sd_bus_message_enter_container tuple" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<Value>(), holding("q", 1)),

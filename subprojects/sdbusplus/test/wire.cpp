@@ -36,6 +36,12 @@ sd_bus* connected(int socket, bool server) {
     return raw;
 }
 
+bus_t owned(sd_bus* raw) {
+    bus_t bus(raw);
+    sd_bus_unref(raw);
+    return bus;
+}
+
 // Answers calls until the other end is closed.
 void serve(int socket, sd_bus_message_handler_t answer) {
     sd_bus* raw = connected(socket, true);
@@ -97,7 +103,7 @@ private:
 message_t received(const Fill& fill) {
     const auto [near, far] = socketPair();
     sd_bus* raw = connected(near, false);
-    const bus_t bus(raw, std::false_type());
+    const bus_t bus = owned(raw);
     sd_bus_message* message = nullptr;
     require(sd_bus_message_new_method_call(raw, &message, "a.b", "/", "a.b", "C"));
     require(fill(message));
@@ -110,9 +116,9 @@ message_t received(const Fill& fill) {
 message_t receivedBigEndian(std::string_view signature, std::initializer_list<std::uint8_t> body) {
     const auto [near, far] = socketPair();
     sd_bus* receiver = connected(near, false);
-    const bus_t receiverEnd(receiver, std::false_type());
+    const bus_t receiverEnd = owned(receiver);
     sd_bus* sender = connected(far, true);
-    const bus_t senderEnd(sender, std::false_type());
+    const bus_t senderEnd = owned(sender);
     while (sd_bus_is_ready(receiver) == 0 || sd_bus_is_ready(sender) == 0) {
         require(sd_bus_process(receiver, nullptr));
         require(sd_bus_process(sender, nullptr));
@@ -132,11 +138,10 @@ message_t receivedBigEndian(std::string_view signature, std::initializer_list<st
 Peer::Peer(sd_bus_message_handler_t answer) : Peer(answer, socketPair()) {}
 
 Peer::Peer(sd_bus_message_handler_t answer, std::pair<int, int> sockets)
-    : thread_(serve, sockets.second, answer),
-      bus_(connected(sockets.first, false), std::false_type()) {}
+    : thread_(serve, sockets.second, answer), bus_(owned(connected(sockets.first, false))) {}
 
 Peer::~Peer() {
-    bus_ = bus_t(nullptr, std::false_type());
+    bus_ = bus_t(nullptr);
     thread_.join();
 }
 

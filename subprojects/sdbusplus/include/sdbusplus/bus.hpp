@@ -16,8 +16,9 @@ namespace sdbusplus::bus {
 /// first call made with it then fails with ENOTCONN.
 class bus {
 public:
-    /// Takes over the caller's reference to @p raw, which may be null.
-    bus(sd_bus* raw, std::false_type) : bus_(raw) {}
+    /// Takes a further reference to @p raw, which may be null. At this object's end the connection
+    /// is closed whoever else has a reference.
+    explicit bus(sd_bus* raw) : bus_(sd_bus_ref(raw)) {}
 
     /// A call of @p method of @p interface at @p path of @p service, without arguments.
     /// @throws exception::SdBusError when one of the names is none, or without a connection
@@ -38,7 +39,7 @@ public:
         sd_bus_message* reply = nullptr;
         const int result = sd_bus_call(bus_.get(), request.get(), timeout, &error.content, &reply);
         if (sd_bus_error_is_set(&error.content) > 0) {
-            throw exception::SdBusError(error.content, "sd_bus_call");
+            throw exception::SdBusError(&error.content, "sd_bus_call");
         }
         details::checked(result, "sd_bus_call"); // refused before there was an error to fill
         return {reply, std::false_type()};
@@ -48,6 +49,10 @@ private:
     struct Close {
         void operator()(sd_bus* raw) const noexcept { sd_bus_flush_close_unref(raw); }
     };
+
+    // Takes over the caller's reference.
+    bus(sd_bus* raw, std::false_type) : bus_(raw) {}
+    friend bus new_default_system();
 
     struct Error {
         Error() = default;

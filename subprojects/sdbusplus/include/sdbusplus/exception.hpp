@@ -18,16 +18,22 @@ public:
 };
 
 /// A call of sd-bus that failed. what() reads "call name: error name: error message"; a part that
-/// the error does not have is left out together with its colon.
+/// the error does not have is left out together with its colon. It can be moved, and not copied.
 class SdBusError final : public exception {
 public:
     /// @param error errno value of the failure; it may bear either sign
     /// @param call  name of the call that failed, which what() starts with
     SdBusError(int error, const char* call);
 
-    /// @param error as the call filled it; its texts are copied
+    /// @param error as the call filled it; it is taken over, and empty afterwards
     /// @param call  name of the call that failed, which what() starts with
-    SdBusError(const sd_bus_error& error, const char* call);
+    SdBusError(sd_bus_error* error, const char* call);
+
+    SdBusError(const SdBusError&) = delete;
+    SdBusError& operator=(const SdBusError&) = delete;
+    SdBusError(SdBusError&&) noexcept = default;
+    SdBusError& operator=(SdBusError&&) noexcept = default;
+    ~SdBusError() override = default;
 
     [[nodiscard]] const char* name() const noexcept override { return name_.c_str(); }
     [[nodiscard]] const char* description() const noexcept override { return description_.c_str(); }

@@ -39,12 +39,12 @@ public:
     }
 
     /// Whether this is the reply of a method that failed.
-    [[nodiscard]] bool is_method_error() const {
+    [[nodiscard]] bool is_method_error() {
         return sd_bus_message_is_method_error(message_.get(), nullptr) > 0;
     }
 
     /// The message itself, still owned by this object.
-    [[nodiscard]] sd_bus_message* get() const noexcept { return message_.get(); }
+    [[nodiscard]] sd_bus_message* get() noexcept { return message_.get(); }
 
 private:
     struct Release {

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace sdbusplus::message {
+namespace sdbusplus {
 
 /// The path of an object, signature "o". Ordered by the bytes of its text.
 struct object_path {
@@ -13,7 +13,6 @@ struct object_path {
 
     object_path() = default;
     object_path(std::string path) : str(std::move(path)) {}
-    object_path(const char* path) : str(path) {}
 
     operator const std::string&() const noexcept { return str; }
 
@@ -22,4 +21,4 @@ struct object_path {
     friend auto operator<=>(const object_path&, const object_path&) = default;
 };
 
-} // namespace sdbusplus::message
+} // namespace sdbusplus

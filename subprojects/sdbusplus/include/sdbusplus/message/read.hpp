@@ -22,13 +22,13 @@ namespace sdbusplus::message::details {
 
 using sdbusplus::details::checked;
 
-/// Reads one value of type T at the message's read position.
+/// Reads values of type T, each at the message's read position.
 template <typename T>
 struct Reader;
 
 template <typename T>
 void readValue(sd_bus_message* message, T& value) {
-    Reader<T>::read(message, value);
+    Reader<T>().read(message, value);
 }
 
 template <typename T>
@@ -74,15 +74,34 @@ struct Reader<object_path> {
     }
 };
 
+/// What the calls on an array are named in errors, by the kind of container that it is read into.
+struct ArrayCalls {
+    const char* enter;
+    const char* atEnd;
+    const char* exit;
+};
+
+inline constexpr ArrayCalls vectorCalls{
+    .enter = "sd_bus_message_enter_container emplace_back_container",
+    .atEnd = "sd_bus_message_at_end emplace_back_container",
+    .exit = "sd_bus_message_exit_container emplace_back_container",
+};
+
+inline constexpr ArrayCalls mapCalls{
+    .enter = "sd_bus_message_enter_container emplace_container",
+    .atEnd = "sd_bus_message_at_end emplace_container",
+    .exit = "sd_bus_message_exit_container emplace_container",
+};
+
 /// An array read element by element: @p readElement until there is none left.
 template <typename ReadElement>
-void readArray(sd_bus_message* message, const char* element, ReadElement readElement) {
-    checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, element),
-            "sd_bus_message_enter_container array");
-    while (checked(sd_bus_message_at_end(message, 0), "sd_bus_message_at_end array") == 0) {
+void readArray(sd_bus_message* message, const char* element, const ArrayCalls& calls,
+               ReadElement readElement) {
+    checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, element), calls.enter);
+    while (checked(sd_bus_message_at_end(message, 0), calls.atEnd) == 0) {
         readElement();
     }
-    checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container array");
+    checked(sd_bus_message_exit_container(message), calls.exit);
 }
 
 // Numbers too come one by one: sd-bus hands an array out as it stands in the message only when the
@@ -90,9 +109,10 @@ void readArray(sd_bus_message* message, const char* element, ReadElement readEle
 template <typename Element, typename Allocator>
 struct Reader<std::vector<Element, Allocator>> {
     static void read(sd_bus_message* message, std::vector<Element, Allocator>& values) {
-        readArray(message, types::SignatureOf<Element>::value.text, [&] {
+        Reader<Element> reader;
+        readArray(message, types::SignatureOf<Element>::value.text, vectorCalls, [&] {
             Element value{};
-            readValue(message, value);
+            reader.read(message, value);
             values.push_back(std::move(value));
         });
     }
@@ -102,22 +122,23 @@ template <typename Key, typename Value, typename Order, typename Allocator>
 struct Reader<std::map<Key, Value, Order, Allocator>> {
     // Of entries with the same key the first counts.
     static void read(sd_bus_message* message, std::map<Key, Value, Order, Allocator>& entries) {
-        readArray(message, types::entry<Key, Value>.text, [&] {
+        Reader<Value> reader;
+        readArray(message, types::entry<Key, Value>.text, mapCalls, [&] {
             checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY,
                                                    types::sequence<Key, Value>.text),
-                    "sd_bus_message_enter_container dict");
+                    "sd_bus_message_enter_container pair");
             Key key{};
             readValue(message, key);
             const std::size_t before = entries.size();
             // Many services send their entries in order: there it costs one comparison.
             const auto entry = entries.emplace_hint(entries.end(), std::move(key), Value{});
             if (entries.size() > before) {
-                readValue(message, entry->second);
+                reader.read(message, entry->second);
             } else {
                 Value repeated{};
-                readValue(message, repeated);
+                reader.read(message, repeated);
             }
-            checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container dict");
+            checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container pair");
         });
     }
 };
@@ -133,14 +154,14 @@ struct Reader<std::tuple<Members...>> {
     }
 };
 
+/// What errors name the search for a variant's alternative, whichever call failed in it.
+inline constexpr const char* variantCheck = "sd_bus_message_verify_type variant";
+
 /// The signature of the contents of the variant at the read position; empty when there is none.
 inline std::string_view variantContents(sd_bus_message* message) {
     char type = 0;
     const char* contents = nullptr;
-    // One look serves all alternatives: sd_bus_message_verify_type would take the same look at
-    // each.
-    const int found = checked(sd_bus_message_peek_type(message, &type, &contents),
-                              "sd_bus_message_verify_type variant");
+    const int found = checked(sd_bus_message_peek_type(message, &type, &contents), variantCheck);
     return found > 0 && type == SD_BUS_TYPE_VARIANT ? contents : "";
 }
 
@@ -149,23 +170,38 @@ struct Reader<std::variant<Alternatives...>> {
     using Variant = std::variant<Alternatives...>;
 
     // Takes the first alternative that the contents fit; the first one's default when none does.
-    static void read(sd_bus_message* message, Variant& value) {
-        const std::string_view contents = variantContents(message);
-        const auto signature = std::ranges::find_if(signatures, [contents](std::string_view own) {
-            return own.size() == contents.size() && own[0] == contents[0] && own == contents;
-        });
-        if (signature == signatures.end()) {
+    void read(sd_bus_message* message, Variant& value) {
+        const std::size_t index = firstThatFits(message);
+        if (index == signatures.size()) {
             checked(sd_bus_message_skip(message, "v"), "sd_bus_message_skip variant");
             value = Variant{};
             return;
         }
-        checked(sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, signature->data()),
-                "sd_bus_message_enter_container variant");
-        readers[static_cast<std::size_t>(signature - signatures.begin())](message, value);
+        likely_ = index;
+        checked(
+            sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, signatures[index].data()),
+            "sd_bus_message_enter_container variant");
+        readers[index](message, value);
         checked(sd_bus_message_exit_container(message), "sd_bus_message_exit_container variant");
     }
 
 private:
+    // sd_bus_message_verify_type looks at the contents anew each time: to ask it for one of twenty
+    // alternatives after the other takes longer than all other reading. So it is asked for the
+    // likely one; when that is wrong, one look tells which of the others it is.
+    std::size_t firstThatFits(sd_bus_message* message) const {
+        if (checked(sd_bus_message_verify_type(message, SD_BUS_TYPE_VARIANT,
+                                               signatures[likely_].data()),
+                    variantCheck) > 0) {
+            return likely_;
+        }
+        const std::string_view contents = variantContents(message);
+        const auto first = std::ranges::find_if(signatures, [contents](std::string_view own) {
+            return own.size() == contents.size() && own[0] == contents[0] && own == contents;
+        });
+        return static_cast<std::size_t>(first - signatures.begin());
+    }
+
     template <typename Alternative>
     static void readAs(sd_bus_message* message, Variant& value) {
         readValue(message, value.template emplace<Alternative>());
@@ -176,6 +212,10 @@ private:
         types::SignatureOf<Alternatives>::value.view()...};
     static constexpr std::array<void (*)(sd_bus_message*, Variant&), sizeof...(Alternatives)>
         readers{readAs<Alternatives>...};
+
+    // The alternative of the value before, for the values of a container are often of one type. It
+    // is the first of its signature.
+    std::size_t likely_ = 0;
 };
 
 } // namespace sdbusplus::message::details
