@@ -26,6 +26,35 @@ std::span<const BusCoreBus> busesOf(const BusCore& core) {
     return {core.buses, core.busCount};
 }
 
+// Names the created index nodes. No two of them have the same name, and none has the name of a
+// described node.
+class NodeNames {
+public:
+    explicit NodeNames(const std::vector<IndexNode>& described) {
+        for (const IndexNode& node : described) {
+            taken_.insert(node.name);
+        }
+    }
+
+    // Returns "TYPE_INDEX". The type is cut so that the name and its terminator fit the field; the
+    // index stays whole. If another node has that name, the type ends with "~2", "~3" and so on.
+    // 15 bytes hold the longest index behind "~256_", and there are at most 256 created nodes.
+    std::string add(const std::string& type, std::uint32_t index) {
+        const std::string end = "_" + std::to_string(index);
+        std::string name = type.substr(0, longest - end.size()) + end;
+        for (int number = 2; !taken_.insert(name).second; ++number) {
+            const std::string tail = "~" + std::to_string(number) + end;
+            name = type.substr(0, longest - std::min(longest, tail.size())) + tail;
+        }
+        return name;
+    }
+
+private:
+    static constexpr std::size_t longest = sizeof(TopologyNode::name) - 1;
+
+    std::set<std::string> taken_;
+};
+
 // The index nodes that were created at run time, in the form of described ones.
 std::vector<IndexNode> createdNodes(const Board& board, const BusCore& core) {
     std::set<std::int64_t> described;
@@ -33,6 +62,7 @@ std::vector<IndexNode> createdNodes(const Board& board, const BusCore& core) {
         described.insert(node.physicalBus);
     }
     std::vector<IndexNode> nodes;
+    NodeNames names(board.i2c.indexNodes);
     for (const BusCoreBus& bus : busesOf(core)) {
         const auto type = deviceTypeCode(bus.typeName);
         if (bus.isIndexNode && type && !described.contains(bus.number)) {
@@ -40,7 +70,7 @@ std::vector<IndexNode> createdNodes(const Board& board, const BusCore& core) {
                 .deviceType = *type,
                 .index = static_cast<std::int32_t>(bus.index),
                 .physicalBus = static_cast<std::int32_t>(bus.number),
-                .name = std::string(bus.typeName) + "_" + std::to_string(bus.index),
+                .name = names.add(bus.typeName, bus.index),
             });
         }
     }

@@ -13,8 +13,9 @@ namespace standin {
 /// The content of the topology file.
 ///
 /// Each device type lists its described index nodes, then the nodes of that type name that were
-/// created at run time. Each index node lists its described sub nodes, then the device nodes of its
-/// bus. A fault rule takes all data of a device type away.
+/// created at run time. A created node is named after its type and index, like "PUCK_3"; its name
+/// differs from those of all other nodes. Each index node lists its described sub nodes, then the
+/// device nodes of its bus. A fault rule takes all data of a device type away.
 [[nodiscard]] std::vector<std::byte> topologyOf(const Board& board, const BusCore& core);
 
 /// Replaces the file in one step: a reader finds the old content or the new, never a part.

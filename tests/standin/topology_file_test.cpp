@@ -14,7 +14,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace standin {
 namespace {
@@ -41,6 +44,35 @@ protected:
         EXPECT_EQ(tree != nullptr, status == 0);
         free_sysinfo(tree);
         return status;
+    }
+
+    struct CreatedNode {
+        std::uint32_t parent;
+        std::uint32_t index;
+        const char* type;
+    };
+
+    // Creates index nodes, each with the next bus number.
+    static void createNodes(BusCore& core, const std::vector<CreatedNode>& nodes) {
+        for (const CreatedNode& node : nodes) {
+            const std::uint32_t number = core.buses[core.busCount - 1].number + 1;
+            ASSERT_EQ(busCoreAddIndexNode(&core, number, node.parent, node.index, node.type), 0);
+        }
+    }
+
+    using Names = std::vector<std::string>;
+
+    // The names of a type's index nodes, as far as their terminators.
+    static Names namesOf(int deviceType) {
+        SysInfoTree* tree = nullptr;
+        Names names;
+        EXPECT_EQ(i2c_parse_sysinfo(deviceType, &tree), 0);
+        for (const IndexNodeInfo* node = tree->indexNodes; node != nullptr; node = node->next) {
+            EXPECT_NE(std::memchr(node->name, 0, sizeof node->name), nullptr);
+            names.emplace_back(node->name, strnlen(node->name, sizeof node->name));
+        }
+        free_sysinfo(tree);
+        return names;
     }
 
 private:
@@ -116,7 +148,6 @@ TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 21, 5, 3, "PUCK"), 0);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 22, 5, 3, "HPM_AUTH_IC"), 0);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 23, 5, 3, ""), 0); // without a type: not listed
-    ASSERT_EQ(busCoreAddIndexNode(&state.core(), 24, 5, 0xFFFFFFFF, "ETHSW_EEPROM"), 0);
     ASSERT_EQ(busCoreAddDeviceNode(&state.core(), 21, 0x7F, 9, "PUCK"), 0);
     ASSERT_EQ(busCoreAddDeviceNode(&state.core(), 21, 0x08, 8, "PUCK"), 0);
     publish(board, state.core());
@@ -134,10 +165,60 @@ TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
     EXPECT_EQ(node->next, nullptr);
     free_sysinfo(tree);
     EXPECT_EQ(statusOf(5), 0);
-    ASSERT_EQ(i2c_parse_sysinfo(36, &tree), 0); // a long name is cut to its field
-    EXPECT_EQ(std::memcmp(tree->indexNodes->name, "ETHSW_EEPROM_429", 16), 0);
-    EXPECT_EQ(tree->indexNodes->index, -1);
-    free_sysinfo(tree);
+}
+
+TEST_F(TopologyFile, aCreatedNodesNameKeepsItsIndexAndItsTerminator) {
+    const Board board = parseBoard("[[i2c.bus]]\nnumber = 5", "b");
+    BusState state = busStateOf(board);
+    createNodes(state.core(), {{5, 9, "KARN_NON_RAID"},
+                               {5, 10, "KARN_NON_RAID"},
+                               {5, 11, "KARN_NON_RAID"},
+                               {5, 1234567, "KARN_NON_RAID"},
+                               {5, 0xFFFFFFFF, "PUCK"},
+                               {5, 0xFFFFFFFF, "ETHSW_EEPROM"}});
+    publish(board, state.core());
+    EXPECT_EQ(namesOf(22),
+              (Names{"KARN_NON_RAID_9", "KARN_NON_RAI_10", "KARN_NON_RAI_11", "KARN_NO_1234567"}));
+    EXPECT_EQ(namesOf(puckType), Names{"PUCK_4294967295"});
+    EXPECT_EQ(namesOf(36), Names{"ETHS_4294967295"});
+}
+
+TEST_F(TopologyFile, aCreatedNodesNameDiffersFromAllOthers) {
+    const Board board = parseBoard(R"(
+[[i2c.bus]]
+number = 5
+[[i2c.bus]]
+number = 6
+[[i2c.index_node]]
+device_type = "RTC"
+name = "PUCK_1"
+)",
+                                   "b");
+    BusState state = busStateOf(board);
+    createNodes(state.core(), {{5, 1, "PUCK"},
+                               {5, 3, "PUCK"},
+                               {6, 3, "PUCK"},
+                               {7, 3, "PUCK"}, // 7 is the bus of the first created node
+                               {5, 0xFFFFFFFF, "KARN_NON_RAID"},
+                               {5, 0xFFFFFFFF, "KARN_RAID"},
+                               {5, 0xFFFFFFFF, "KARN"}});
+    publish(board, state.core());
+    EXPECT_EQ(namesOf(puckType), (Names{"PUCK~2_1", "PUCK_3", "PUCK~2_3", "PUCK~3_3"}));
+    EXPECT_EQ(namesOf(22), Names{"KARN_4294967295"});
+    EXPECT_EQ(namesOf(21), Names{"KA~2_4294967295"});
+    EXPECT_EQ(namesOf(1), Names{"KA~3_4294967295"});
+}
+
+TEST_F(TopologyFile, asManyNodesAsTheDriverHoldsHaveNamesOfTheirOwn) {
+    const Board board = parseBoard("[[i2c.bus]]\nnumber = 0", "b");
+    BusState state = busStateOf(board);
+    for (std::uint32_t parent = 0; parent < BUS_CORE_BUSES - 1; ++parent) {
+        createNodes(state.core(), {{parent, 0xFFFFFFFF, "PUCK"}});
+    }
+    publish(board, state.core());
+    const Names names = namesOf(puckType);
+    EXPECT_EQ(std::set(names.begin(), names.end()).size(), 255U);
+    EXPECT_EQ(names.back(), "~255_4294967295");
 }
 
 TEST_F(TopologyFile, everyTypeHasItsStatus) {
