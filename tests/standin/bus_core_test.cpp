@@ -246,6 +246,27 @@ TEST_F(BusCoreTest, aDeviceNodeNamesItsBusAndAnAddressOfSevenBits) {
     EXPECT_EQ(send(createNode(3, 0x01, "PUCK", "/dev/i2c-0"), 0), 2);
 }
 
+TEST_F(BusCoreTest, aWrongDevicePartIsRefused) {
+    for (std::uint32_t number = 0; number < 8; ++number) {
+        for (const std::uint32_t wrong : {1U, 17U, 0x01000000U, 0xFFFFFFFFU}) {
+            ControlRequest device = createNode(3, 0x50, "PUCK", "/dev/i2c-5");
+            device.setWord(38 + 4 * number, wrong);
+            EXPECT_EQ(send(device), -EINVAL) << number;
+            ControlRequest index = createNode(3, 0, "PUCK", "");
+            index.setWord(38 + 4 * number, wrong);
+            EXPECT_EQ(send(index), -EINVAL) << number;
+        }
+    }
+    ControlRequest device = createNode(3, 0x50, "PUCK", "/dev/i2c-5");
+    for (std::uint32_t number = 0; number < 8; ++number) {
+        device.setWord(38 + 4 * number, 0); // the device part of an index node
+    }
+    EXPECT_EQ(send(device), -EINVAL);
+    EXPECT_EQ(core()->busCount, 1);
+    EXPECT_EQ(core()->deviceCount, 0);
+    EXPECT_EQ(send(createNode(3, 0x50, "PUCK", "/dev/i2c-5")), 2);
+}
+
 TEST_F(BusCoreTest, aTextWithoutATerminatorIsRefused) {
     EXPECT_EQ(send(createNode(3, 0, "SIXTEEN LETTERS!", "")), -EINVAL);
     EXPECT_EQ(send(createNode(3, 0x50, "PUCK", "/dev/i2c-5000000")), -EINVAL);

@@ -61,11 +61,18 @@ inline ControlRequest getProperty(std::uint32_t target, std::uint32_t id) {
     return request;
 }
 
+// An index node when the target is 0, else a device node.
 inline ControlRequest createNode(std::uint32_t index, std::uint32_t target, std::string_view type,
                                  std::string_view path) {
     ControlRequest request(6, 8);
     request.setWord(18, index);
     request.setWord(70, target);
+    if (target != 0) {
+        request.setWord(38, 16);
+        request.setWord(50, 100);
+        request.setWord(54, 256);
+        request.setWord(58, 40);
+    }
     request.setText(78, type);
     request.setText(94, path);
     return request;

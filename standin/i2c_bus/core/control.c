@@ -7,7 +7,11 @@ static const uint32_t unknownValue = 0xFFFFFFFF;
 enum {
     PROPERTY_8 = 8,
     PROPERTY_10 = 10,
+    DEVICE_PART_NUMBERS = 8,
 };
+
+// The numbers that come with each device node. The requester does not choose them.
+static const uint32_t devicePart[DEVICE_PART_NUMBERS] = {16, 0, 0, 100, 256, 40, 0, 0};
 
 static int checkTarget(struct BusCore* core, const struct BusCoreBus* bus, uint32_t target) {
     if (target != BUS_CORE_BUS_NODE && busCoreFindDevice(core, bus->number, target) == NULL) {
@@ -149,6 +153,17 @@ static int createDeviceNode(struct BusCore* core, const struct BusCoreBus* bus,
     return 0;
 }
 
+// The device part of an index node is all zero.
+static bool hasDevicePart(const uint8_t* record, bool isIndexNode) {
+    for (uint32_t i = 0; i < DEVICE_PART_NUMBERS; ++i) {
+        const uint32_t expected = isIndexNode ? 0 : devicePart[i];
+        if (controlNumber(record, CREATE_DEVICE_PART + 4 * i) != expected) {
+            return false;
+        }
+    }
+    return true;
+}
+
 static int createNode(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
                       uint8_t* reply) {
     char typeName[CONTROL_TEXT_SIZE];
@@ -160,7 +175,7 @@ static int createNode(struct BusCore* core, struct BusCoreBus* bus, const uint8_
     }
     if (!takeText(typeName, record + CREATE_TYPE_NAME) ||
         !takeText(path, record + CREATE_DEVICE_PATH) ||
-        memcmp(path, expected, CONTROL_TEXT_SIZE) != 0) {
+        memcmp(path, expected, CONTROL_TEXT_SIZE) != 0 || !hasDevicePart(record, isIndexNode)) {
         return -EINVAL;
     }
     return isIndexNode ? createIndexNode(core, bus, typeName, record, reply)

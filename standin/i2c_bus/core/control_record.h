@@ -8,15 +8,15 @@
 //   4 update property                 6 create node (an index node when the target is 0)
 //     8  index                         18  index
 //    12  target address                30  property 10 of the bus
-//    16  property value                38  device part, eight numbers
-//    20  property ID                   70  target address
-//    24  device-type name              74  property 8 of the bus
-//   5 get property                     78  device-type name
-//     8  target address                94  device path of the bus, for a device node
-//    12  property ID                  7 remove device
-//       reply: 4 bytes, the value       8  target address
-//   8 recover bus                     6 has a reply of 8 bytes: node status, bus number
-//     8  recovery mode
+//    16  property value                38  device part: for a device node the numbers 16, 0, 0,
+//    20  property ID                       100, 256, 40, 0, 0; for an index node eight zeros
+//    24  device-type name              70  target address
+//   5 get property                     74  property 8 of the bus
+//     8  target address                78  device-type name
+//    12  property ID                   94  device path of the bus, for a device node
+//       reply: 4 bytes, the value         reply: 8 bytes, node status and bus number
+//   8 recover bus                     7 remove device
+//     8  recovery mode                  8  target address
 #pragma once
 
 #include "standin/i2c_bus/core/freestanding.h"
