@@ -2,6 +2,9 @@
 // each: "bus" for a descriptor that answers as an I2C bus, "nothing" for one that fails as an I2C
 // bus without a device, "file" for any other, or the error. Without a path the probe checks
 // standard input, which another program has opened.
+//
+// If the path is relative, the 64-bit variants of openat() get a descriptor of the current
+// directory, and the current directory is another one meanwhile.
 #undef _FILE_OFFSET_BITS
 #undef _FORTIFY_SOURCE
 
@@ -9,6 +12,7 @@
 #include <fcntl.h>
 #include <linux/i2c-dev.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -56,9 +60,16 @@ int main(int argc, char* argv[]) {
     tell("__open_2", __open_2(path, O_RDWR));
     tell("__open64_2", __open64_2(path, O_RDWR));
     tell("openat", openat(AT_FDCWD, path, O_RDWR));
-    tell("openat64", openat64(-1, path, O_RDWR));
     tell("__openat_2", __openat_2(AT_FDCWD, path, O_RDWR));
-    tell("__openat64_2", __openat64_2(AT_FDCWD, path, O_RDWR));
+    const int directory = path[0] == '/' ? -1 : open(".", O_RDONLY | O_DIRECTORY);
+    if (directory >= 0 && chdir("/proc") != 0) {
+        return EXIT_FAILURE;
+    }
+    tell("openat64", openat64(directory, path, O_RDWR));
+    tell("__openat64_2", __openat64_2(directory, path, O_RDWR));
+    if (directory >= 0 && fchdir(directory) != 0) {
+        return EXIT_FAILURE;
+    }
     if (argc == 2) { // with a second argument the path must not be created
         tell("creat", creat(path, 0600));
         tell("creat64", creat64(path, 0600));

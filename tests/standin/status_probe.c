@@ -1,11 +1,15 @@
 // Looks at a path with every function of the C library that tells its status, and prints the
 // outcome of each: mode and device number, or the ways in which the path may be used, or the error.
 // Without a path the probe looks at standard input.
+//
+// If the path is relative, the last functions get a descriptor of the current directory, and the
+// current directory is another one meanwhile.
 #undef _FILE_OFFSET_BITS
 
 #include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -54,13 +58,17 @@ int main(int argc, char* argv[]) {
     tell32("lstat", lstat(path, &status));
     tell64("lstat64", lstat64(path, &status64));
     tell32("fstatat", fstatat(AT_FDCWD, path, &status, 0));
-    tell64("fstatat64", fstatat64(AT_FDCWD, path, &status64, 0));
-    tellExtended("statx", statx(AT_FDCWD, path, 0, STATX_BASIC_STATS, &extended));
     tellAccess("access", access(path, F_OK), access(path, R_OK | W_OK), access(path, X_OK));
     tellAccess("eaccess", eaccess(path, F_OK), eaccess(path, R_OK | W_OK), eaccess(path, X_OK));
     tellAccess("euidaccess", euidaccess(path, F_OK), euidaccess(path, R_OK | W_OK),
                euidaccess(path, X_OK));
-    tellAccess("faccessat", faccessat(AT_FDCWD, path, F_OK, 0),
-               faccessat(AT_FDCWD, path, R_OK | W_OK, 0), faccessat(AT_FDCWD, path, X_OK, 0));
+    const int directory = path[0] == '/' ? -1 : open(".", O_RDONLY | O_DIRECTORY);
+    if (directory >= 0 && chdir("/proc") != 0) {
+        return EXIT_FAILURE;
+    }
+    tell64("fstatat64", fstatat64(directory, path, &status64, 0));
+    tellExtended("statx", statx(directory, path, 0, STATX_BASIC_STATS, &extended));
+    tellAccess("faccessat", faccessat(directory, path, F_OK, 0),
+               faccessat(directory, path, R_OK | W_OK, 0), faccessat(directory, path, X_OK, 0));
     return 0;
 }

@@ -3,31 +3,9 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-
-enum {
-    LONGEST_BUS_NUMBER = 9, // digits
-};
-
-long busNumber(const char* path) {
-    static const char prefix[] = "/dev/i2c-";
-    long number = 0;
-    size_t length = 0;
-    if (path == NULL || strncmp(path, prefix, sizeof(prefix) - 1) != 0) {
-        return -1;
-    }
-    const char* const digits = path + sizeof(prefix) - 1;
-    for (; digits[length] >= '0' && digits[length] <= '9'; ++length) {
-        if (length == LONGEST_BUS_NUMBER) {
-            return -1;
-        }
-        number = number * 10 + (digits[length] - '0');
-    }
-    return length == 0 || digits[length] != '\0' || (length > 1 && digits[0] == '0') ? -1 : number;
-}
 
 bool isRealBus(int descriptor) {
     const int before = errno;

@@ -1,9 +1,9 @@
 // Shared by the preload library's replacements for functions of the C library.
 //
-// Opening /dev/i2c-N returns a socket that is connected to the bus server. An ioctl of the I2C
-// range on such a socket is one datagram each way. The library keeps no table of descriptors: it
-// recognizes its sockets by the server's address at the other end. So dup, fork, exec and close
-// need no replacement.
+// Opening /dev/i2c-N, however its path is written, returns a socket that is connected to the bus
+// server. An ioctl of the I2C range on such a socket is one datagram each way. The library keeps no
+// table of descriptors: it recognizes its sockets by the server's address at the other end. So dup,
+// fork, exec and close need no replacement.
 //
 // The machine's buses stay out of reach. Opening an I2C device by another path fails with ENOENT.
 // If another process hands over an open device, I2C ioctls on it fail with ENODEV, but reads and
@@ -18,9 +18,6 @@
 #include <stdbool.h>
 
 #define EXPORTED __attribute__((visibility("default")))
-
-// The N of "/dev/i2c-N", without leading zeros; -1 for any other path and for a null pointer.
-long busNumber(const char* path);
 
 // Whether a descriptor is an I2C device of this machine.
 bool isRealBus(int descriptor);

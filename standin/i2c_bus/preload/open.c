@@ -5,6 +5,7 @@
 #undef _FORTIFY_SOURCE
 
 #include "standin/i2c_bus/preload/bus_client.h"
+#include "standin/i2c_bus/preload/bus_path.h"
 #include "standin/i2c_bus/preload/interposed.h"
 
 #include <errno.h>
@@ -24,7 +25,7 @@ static int refusalOf(int flags) {
 }
 
 static int openAt(int directory, const char* path, int flags, mode_t mode) {
-    const long bus = busNumber(path);
+    const long bus = busNumber(directory, path);
     if (bus >= 0) {
         const int refusal = refusalOf(flags);
         if (refusal != 0 && busIsThere((uint32_t)bus)) {

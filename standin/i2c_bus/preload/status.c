@@ -5,6 +5,7 @@
 #undef _FORTIFY_SOURCE
 
 #include "standin/i2c_bus/preload/bus_client.h"
+#include "standin/i2c_bus/preload/bus_path.h"
 #include "standin/i2c_bus/preload/conversation.h"
 #include "standin/i2c_bus/preload/interposed.h"
 
@@ -30,7 +31,7 @@ static long busAt(int directory, const char* path, int flags) {
     if (path == NULL || (path[0] == '\0' && (flags & AT_EMPTY_PATH) != 0)) {
         return busOf(directory);
     }
-    const long bus = busNumber(path);
+    const long bus = busNumber(directory, path);
     return bus < 0 || busIsThere((uint32_t)bus) ? bus : MISSING_BUS;
 }
 
@@ -109,7 +110,7 @@ static int accessBus(long bus, int mode) {
 #define DEFINE_ACCESS(name)                                                                        \
     EXPORTED int name(const char* path, int mode) {                                                \
         static int (*real)(const char*, int);                                                      \
-        const long bus = busNumber(path);                                                          \
+        const long bus = busNumber(AT_FDCWD, path);                                                \
         if (bus >= 0) {                                                                            \
             return accessBus(bus, mode);                                                           \
         }                                                                                          \
@@ -124,7 +125,7 @@ DEFINE_ACCESS(euidaccess)
 #define DEFINE_GETXATTR(name)                                                                      \
     EXPORTED ssize_t name(const char* path, const char* attribute, void* value, size_t size) {     \
         static ssize_t (*real)(const char*, const char*, void*, size_t);                           \
-        const long bus = busAt(-1, path, 0);                                                       \
+        const long bus = busAt(AT_FDCWD, path, 0);                                                 \
         if (bus == MISSING_BUS) {                                                                  \
             return failed(ENOENT);                                                                 \
         }                                                                                          \
@@ -138,7 +139,7 @@ DEFINE_GETXATTR(lgetxattr)
 
 EXPORTED int faccessat(int directory, const char* path, int mode, int flags) {
     static int (*real)(int, const char*, int, int);
-    const long bus = busNumber(path);
+    const long bus = busNumber(directory, path);
     if (bus >= 0) {
         return accessBus(bus, mode);
     }

@@ -4,6 +4,7 @@
 #undef _FILE_OFFSET_BITS // the macro would turn the functions below into their 64-bit variants
 
 #include "standin/i2c_bus/preload/bus_client.h"
+#include "standin/i2c_bus/preload/bus_path.h"
 #include "standin/i2c_bus/preload/interposed.h"
 
 #include <errno.h>
@@ -29,7 +30,7 @@ static FILE* withoutRealBus(FILE* stream) {
 }
 
 static FILE* openStream(const char* path, const char* mode, Fopen real) {
-    const long bus = busNumber(path);
+    const long bus = busNumber(AT_FDCWD, path);
     if (bus < 0) {
         return withoutRealBus(real(path, mode));
     }
@@ -43,7 +44,7 @@ static FILE* openStream(const char* path, const char* mode, Fopen real) {
 
 // The C library reopens the stream on /dev/null. The bus then replaces that descriptor.
 static FILE* reopenStream(const char* path, const char* mode, FILE* stream, Freopen real) {
-    const long bus = busNumber(path);
+    const long bus = busNumber(AT_FDCWD, path);
     if (bus < 0) {
         return withoutRealBus(real(path, mode, stream));
     }
