@@ -165,12 +165,17 @@ const Command* commandOf(std::span<const i2c_msg> messages) {
     return fits ? command : nullptr;
 }
 
-std::string messagesText(std::span<const i2c_msg> messages) {
-    std::string text = " control";
+bool isControl(const i2c_msg& message) {
+    return (message.flags & CONTROL_FLAG) != 0;
+}
+
+std::string messagesText(std::span<const i2c_msg> messages, bool succeeded) {
+    std::string text = std::ranges::any_of(messages, isControl) ? " control" : " transfer";
     for (const i2c_msg& message : messages) {
+        const bool isWritten = (message.flags & I2C_M_RD) == 0;
         text += " [0x" + hex(message.addr, 4) + " 0x" + hex(message.flags, 4) + " " +
                 std::to_string(message.len);
-        if ((message.flags & I2C_M_RD) == 0 && message.len > 0) {
+        if ((isWritten || succeeded) && message.len > 0) {
             text += ":";
             for (std::uint32_t i = 0; i < message.len; ++i) {
                 text += " " + hex(message.buf[i], 2);
@@ -189,16 +194,11 @@ std::string resultText(int result) {
 
 } // namespace
 
-bool isControlTransaction(std::span<const i2c_msg> messages) {
-    return std::ranges::any_of(
-        messages, [](const i2c_msg& message) { return (message.flags & CONTROL_FLAG) != 0; });
-}
-
 std::string transactionText(std::uint32_t bus, std::span<const i2c_msg> messages, int result) {
     const std::string device = "/dev/i2c-" + std::to_string(bus);
     const Command* const command = commandOf(messages);
     if (command == nullptr) {
-        return device + messagesText(messages) + resultText(result);
+        return device + messagesText(messages, result >= 0) + resultText(result);
     }
     const std::uint8_t* const record = messages[0].buf;
     std::string text = device + " " + std::string(command->name) +
