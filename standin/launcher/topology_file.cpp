@@ -26,7 +26,7 @@ std::span<const BusCoreBus> busesOf(const BusCore& core) {
     return {core.buses, core.busCount};
 }
 
-// The names of index nodes. No two created nodes have the same name, nor has one the name of a
+// Names the created index nodes. No two of them have the same name, and none has the name of a
 // described node.
 class NodeNames {
 public:

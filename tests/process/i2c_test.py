@@ -91,9 +91,12 @@ class OtherClients(I2cTest):
         self.assertEqual(done.stderr, "Error: Sending messages failed: No such device or address\n")
         self.assertEqual(done.stdout, "")
 
-    def test_plain_transfers_are_no_control_transactions(self):
+    def test_plain_transfers_are_logged(self):
         self.sim("i2ctransfer", "-y", "5", "w1@0x50", "0x00", "r1")
-        self.assertEqual(self.log.read_text(), "")
+        self.assertEqual(
+            self.log.read_text(),
+            "/dev/i2c-5 transfer [0x0050 0x0000 1: 00] [0x0050 0x0001 1: 5A] -> 2\n",
+        )
 
     def test_no_device_answers_while_a_failed_recovery_holds_the_clock(self):
         read = "i2ctransfer -y 5 w1@0x50 0x00 r1 2>&1;"

@@ -188,12 +188,32 @@ TEST_F(Connection, smbusAccessesGoToTheAddress) {
     EXPECT_EQ(answer(access), refusal);
 }
 
-TEST_F(Connection, controlTransactionsAndNoOthersAreLogged) {
+TEST_F(Connection, everyTransactionIsLogged) {
     open();
-    EXPECT_EQ(answer(transfer({{0x50, 0, 1}}, {0})), reply(1));
+    EXPECT_EQ(answer(transfer({{0x50, 0, 1}, {0x50, I2C_M_RD, 2}}, {1})), reply(2, {11, 12}));
     EXPECT_EQ(answer(transfer({{0, 0x0080, 2}}, {0xAA, 0xBB})), reply(-EMSGSIZE));
+    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_READ, 1)), reply(1, {13}));
+    Bytes write = request(WIRE_WRITE, 0);
+    write.insert(write.end(), {2, 77});
+    EXPECT_EQ(answer(write), reply(2));
+    Bytes access = request(WIRE_SMBUS, 0);
+    append(access, WireSmbus{.isRead = 1, .command = 2, .size = I2C_SMBUS_BYTE_DATA, .data = {}});
+    Bytes data(34);
+    data[0] = 77;
+    EXPECT_EQ(answer(access), reply(0, data));
+    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x33)), reply(0));
+    Bytes quick = request(WIRE_SMBUS, 0);
+    append(quick, WireSmbus{.isRead = 0, .command = 0, .size = I2C_SMBUS_QUICK, .data = {}});
+    EXPECT_EQ(answer(quick), reply(-ENXIO));
     EXPECT_EQ(lines_, (std::vector<std::string>{
-                          "/dev/i2c-5 control [0x0000 0x0080 2: AA BB] -> -90 EMSGSIZE"}));
+                          "/dev/i2c-5 transfer [0x0050 0x0000 1: 01] [0x0050 0x0001 2: 0B 0C] -> 2",
+                          "/dev/i2c-5 control [0x0000 0x0080 2: AA BB] -> -90 EMSGSIZE",
+                          "/dev/i2c-5 transfer [0x0050 0x0001 1: 0D] -> 1",
+                          "/dev/i2c-5 transfer [0x0050 0x0000 2: 02 4D] -> 1",
+                          "/dev/i2c-5 transfer [0x0050 0x0000 1: 02] [0x0050 0x0001 1: 4D] -> 2",
+                          "/dev/i2c-5 transfer [0x0033 0x0000 0] -> -6 ENXIO",
+                      }));
 }
 
 TEST_F(Connection, randomRequestsDoNoHarm) {

@@ -11,7 +11,6 @@
 #include <sstream>
 #include <string_view>
 #include <unistd.h>
-#include <utility>
 #include <vector>
 
 namespace standin {
@@ -134,9 +133,21 @@ TEST_F(Preload, otherPathsAreLeftAlone) {
     }
 }
 
-// The outcome of each spelling of a path. The first word is the current directory. A regression
-// must not create files in /dev, so the probe does not try to.
-using Spellings = std::vector<std::pair<std::string, std::string>>;
+struct Spelling {
+    const char* directory; ///< the current directory
+    std::string path;
+};
+
+// A command that runs a probe. With these paths the open probe must create nothing: if the library
+// did not recognize a path, the probe would create a file in /dev.
+std::string probing(const std::string& probe, const Spelling& spelling) {
+    return std::string("cd ")
+        .append(spelling.directory)
+        .append(" && ")
+        .append(probe)
+        .append(" ")
+        .append(spelling.path);
+}
 
 TEST_F(Preload, everySpellingOfABusesPathLeadsToTheBus) {
     const std::string longest = [] {
@@ -146,7 +157,7 @@ TEST_F(Preload, everySpellingOfABusesPathLeadsToTheBus) {
         }
         return path + "i2c-5";
     }();
-    const Spellings spellings{
+    const Spelling spellings[] = {
         {"/", "//dev/i2c-5"},
         {"/", "/dev///i2c-5"},
         {"/", "/dev/./i2c-5"},
@@ -159,32 +170,31 @@ TEST_F(Preload, everySpellingOfABusesPathLeadsToTheBus) {
         {"/dev", "../dev/i2c-5"},
         {"/tmp", "../dev/i2c-5"},
     };
-    for (const auto& [directory, path] : spellings) {
-        const std::string there = "cd " + directory + " && ";
-        EXPECT_EQ(run(there + probe() + " " + path + " create-nothing"), everyName("bus", false))
-            << directory << " " << path;
-        EXPECT_EQ(run(there + fromEnvironment("STATUS_PROBE") + " " + path),
+    for (const Spelling& spelling : spellings) {
+        EXPECT_EQ(run(probing(probe(), spelling).append(" create-nothing")),
+                  everyName("bus", false))
+            << spelling.directory << " " << spelling.path;
+        EXPECT_EQ(run(probing(fromEnvironment("STATUS_PROBE"), spelling)),
                   everyLook("20660 89:5", " there usable"))
-            << directory << " " << path;
+            << spelling.directory << " " << spelling.path;
     }
 }
 
 TEST_F(Preload, aPathThatOnlyLooksLikeABusesPathIsLeftAlone) {
-    const Spellings spellings{
+    const Spelling spellings[] = {
         {"/", "i2c-5"},
         {"/", "/dev/fd/../i2c-5"}, // /dev/fd is a link to another directory
         {"/", "/dev/missing/../i2c-5"},
         {"/dev", "./i2c-05"},
         {"/dev", "../i2c-5"},
     };
-    for (const auto& [directory, path] : spellings) {
-        const std::string there = "cd " + directory + " && ";
-        EXPECT_EQ(run(there + probe() + " " + path + " create-nothing"),
+    for (const Spelling& spelling : spellings) {
+        EXPECT_EQ(run(probing(probe(), spelling).append(" create-nothing")),
                   everyName("No such file or directory", false))
-            << directory << " " << path;
-        EXPECT_EQ(run(there + fromEnvironment("STATUS_PROBE") + " " + path),
+            << spelling.directory << " " << spelling.path;
+        EXPECT_EQ(run(probing(fromEnvironment("STATUS_PROBE"), spelling)),
                   everyLook("No such file or directory", ""))
-            << directory << " " << path;
+            << spelling.directory << " " << spelling.path;
     }
     EXPECT_EQ(run("cd $(mktemp -d) && : > i2c-5 && " + probe() + " i2c-5 && " + probe() +
                   " $PWD/i2c-5 >/dev/null && rm i2c-5 && rmdir $PWD"),

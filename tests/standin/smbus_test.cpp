@@ -22,7 +22,12 @@ protected:
     }
 
     int access(WireSmbus& given, std::uint16_t address = 0x50) {
-        return smbusAccess(state_.core(), 5, address, given);
+        return smbusAccess(
+            [this](std::span<i2c_msg> messages) {
+                return busCoreTransfer(&state_.core(), 5, messages.data(),
+                                       static_cast<std::uint32_t>(messages.size()));
+            },
+            address, given);
     }
     [[nodiscard]] Bytes memory(std::uint32_t from, std::uint32_t count) {
         const std::uint8_t* const start = busCoreFindDevice(&state_.core(), 5, 0x50)->memory + from;

@@ -113,11 +113,24 @@ TEST(TransactionText, anUnknownCommandIsShownMessageByMessage) {
                                             rest + "] -> -22 EINVAL");
 }
 
-TEST(TransactionText, theControlFlagMarksAControlTransaction) {
-    ControlRequest request = recoverBus(96);
-    EXPECT_TRUE(isControlTransaction(request.messages));
-    request.messages[0].flags = I2C_M_RD;
-    EXPECT_FALSE(isControlTransaction(request.messages));
+TEST(TransactionText, aPlainTransferIsShownMessageByMessage) {
+    std::uint8_t written[] = {0x05, 0xAB};
+    std::uint8_t read[] = {0x45, 0x00, 0xFF};
+    i2c_msg messages[] = {
+        {.addr = 0x50, .flags = 0, .len = 2, .buf = written},
+        {.addr = 0x50, .flags = I2C_M_RD, .len = 3, .buf = read},
+        {.addr = 0x51, .flags = 0, .len = 0, .buf = nullptr},
+    };
+    EXPECT_EQ(transactionText(5, messages, 3),
+              "/dev/i2c-5 transfer [0x0050 0x0000 2: 05 AB] [0x0050 0x0001 3: 45 00 FF] "
+              "[0x0051 0x0000 0] -> 3");
+    EXPECT_EQ(transactionText(5, messages, -ENXIO),
+              "/dev/i2c-5 transfer [0x0050 0x0000 2: 05 AB] [0x0050 0x0001 3] "
+              "[0x0051 0x0000 0] -> -6 ENXIO");
+    messages[2].flags = CONTROL_FLAG; // in any message, it makes the whole request one of control
+    EXPECT_EQ(transactionText(5, messages, -EINVAL),
+              "/dev/i2c-5 control [0x0050 0x0000 2: 05 AB] [0x0050 0x0001 3] "
+              "[0x0051 0x0080 0] -> -22 EINVAL");
 }
 
 } // namespace

@@ -142,8 +142,14 @@ std::optional<int> BusConnection::transfer(std::uint32_t count, std::span<std::u
     if (!place(messages, rest.last(heads.size()), reply)) {
         return std::nullopt;
     }
-    const int result = busCoreTransfer(core_, *bus_, messages.data(), count);
-    if (*log_ && isControlTransaction(messages)) {
+    return run(messages);
+}
+
+// Performs a transaction on the open bus, and logs it.
+int BusConnection::run(std::span<i2c_msg> messages) {
+    const int result =
+        busCoreTransfer(core_, *bus_, messages.data(), static_cast<std::uint32_t>(messages.size()));
+    if (*log_) {
         (*log_)(transactionText(*bus_, messages, result));
     }
     return result;
@@ -174,7 +180,7 @@ std::optional<int> BusConnection::write(std::span<std::uint8_t> bytes) {
 
 // Returns the length of the message, or a negative errno.
 int BusConnection::transferAlone(i2c_msg& message) {
-    const int result = busCoreTransfer(core_, *bus_, &message, 1);
+    const int result = run({&message, 1});
     return result < 0 ? result : message.len;
 }
 
@@ -183,7 +189,8 @@ std::optional<int> BusConnection::access(std::span<const std::uint8_t> rest, Byt
     if (!access || !rest.empty()) {
         return std::nullopt;
     }
-    const int result = smbusAccess(*core_, *bus_, address_, *access);
+    const int result = smbusAccess([this](std::span<i2c_msg> messages) { return run(messages); },
+                                   address_, *access);
     reply.insert(reply.end(), std::begin(access->data), std::end(access->data));
     return result;
 }

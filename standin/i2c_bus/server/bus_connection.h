@@ -14,7 +14,7 @@
 
 namespace standin {
 
-/// Called with the log line of each control transaction.
+/// Called with the log line of each transaction.
 using TransactionLog = std::function<void(const std::string& line)>;
 
 /// Answers one client's requests, well-formed or not.
@@ -42,6 +42,7 @@ private:
     [[nodiscard]] std::optional<int> read(std::uint32_t count, std::vector<std::uint8_t>& reply);
     [[nodiscard]] std::optional<int> write(std::span<std::uint8_t> bytes);
     [[nodiscard]] int transferAlone(i2c_msg& message);
+    [[nodiscard]] int run(std::span<i2c_msg> messages);
     [[nodiscard]] std::optional<int> access(std::span<const std::uint8_t> rest,
                                             std::vector<std::uint8_t>& reply);
 

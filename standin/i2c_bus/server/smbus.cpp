@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 
 #include <linux/i2c-dev.h>
 
@@ -52,19 +53,19 @@ Plan planOf(const WireSmbus& access) {
 }
 
 // A quick access only addresses the device; it transfers no bytes.
-int quickAccess(BusCore& core, std::uint32_t bus, std::uint16_t address, bool isRead) {
+int quickAccess(const Transfer& transfer, std::uint16_t address, bool isRead) {
     i2c_msg message{.addr = address,
                     .flags = static_cast<std::uint16_t>(isRead ? I2C_M_RD : 0),
                     .len = 0,
                     .buf = nullptr};
-    return std::min(busCoreTransfer(&core, bus, &message, 1), 0);
+    return std::min(transfer({&message, 1}), 0);
 }
 
 } // namespace
 
-int smbusAccess(BusCore& core, std::uint32_t bus, std::uint16_t address, WireSmbus& access) {
+int smbusAccess(const Transfer& transfer, std::uint16_t address, WireSmbus& access) {
     if (access.size == I2C_SMBUS_QUICK) {
-        return quickAccess(core, bus, address, access.isRead != 0);
+        return quickAccess(transfer, address, access.isRead != 0);
     }
     if (access.size == I2C_SMBUS_I2C_BLOCK_BROKEN && access.isRead != 0) {
         access.data[0] = broken32ByteRead;
@@ -89,7 +90,7 @@ int smbusAccess(BusCore& core, std::uint32_t bus, std::uint16_t address, WireSmb
                              .len = static_cast<std::uint16_t>(plan.read),
                              .buf = access.data + plan.firstByte};
     }
-    return std::min(busCoreTransfer(&core, bus, messages.data(), count), 0);
+    return std::min(transfer(std::span(messages).first(count)), 0);
 }
 
 } // namespace standin
