@@ -2,11 +2,16 @@
 
 Each test has exactly one line, so that the plan matches. A failure in a sub-test, in tearDown or
 in a clean-up makes its test "not ok" and stands as diagnostics below that line. A test that never
-runs, because setUpClass failed, is "not ok", too.
+runs, because setUpClass failed, is "not ok", too. Standard error shows the failures once more.
+
+Texts that differ are shown as a unified diff, which starts just above the first difference.
 """
 
+import difflib
 import sys
 import unittest
+
+from failures import Failures
 
 
 def tests_in(suite):
@@ -21,12 +26,25 @@ def name_of(test):
     return test.id().replace("__main__.", "")
 
 
+def assert_same_text(test, first, second, msg=None):
+    if first != second:
+        lines = (text.splitlines() for text in (first, second))
+        diff = list(difflib.unified_diff(*lines, "first", "second", lineterm=""))
+        # Without the diff, the texts differ in the ends of their lines.
+        test.fail("\n".join([msg or "the texts differ:", *(diff or (repr(first), repr(second)))]))
+
+
+unittest.TestCase.maxDiff = None
+unittest.TestCase.assertMultiLineEqual = assert_same_text
+
+
 class TapResult(unittest.TestResult):
     def __init__(self, suite):
         super().__init__()
         self._waiting = list(tests_in(suite))
         self._number = 0
         self._running = None
+        self._failures = Failures()
         self._print(f"1..{len(self._waiting)}")
 
     def startTest(self, test):
@@ -77,6 +95,8 @@ class TapResult(unittest.TestResult):
     def _fail(self, test, text):
         self._ok = False
         self._explain(test, text)
+        if self._running is None:
+            self._failures.show(name_of(test), text.splitlines())
 
     def _explain(self, test, text):
         lines = text.splitlines()
@@ -94,6 +114,8 @@ class TapResult(unittest.TestResult):
             else f"not ok {self._number} - {name_of(test)}",
             *(f"# {line}" for line in details),
         )
+        if not ok:
+            self._failures.show(name_of(test), details)
 
     @staticmethod
     def _print(*lines):
