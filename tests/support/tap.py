@@ -8,10 +8,16 @@ Texts that differ are shown as a unified diff, which starts just above the first
 """
 
 import difflib
+import os
+import signal
 import sys
 import unittest
 
+import signals
 from failures import Failures
+
+# Python does not find itself without PATH.
+PYTHON = sys.executable or os.readlink("/proc/self/exe")
 
 
 def tests_in(suite):
@@ -36,6 +42,14 @@ def assert_same_text(test, first, second, msg=None):
 
 unittest.TestCase.maxDiff = None
 unittest.TestCase.assertMultiLineEqual = assert_same_text
+
+
+class Ended(KeyboardInterrupt):
+    """A signal has ended a test. unittest lets no other exception end the whole run."""
+
+    def __init__(self, test):
+        super().__init__()
+        self.test = test
 
 
 class TapResult(unittest.TestResult):
@@ -85,6 +99,13 @@ class TapResult(unittest.TestResult):
         super().addUnexpectedSuccess(test)
         self._fail(test, "succeeds, although it is expected to fail")
 
+    def end(self, number, _):
+        """Handles a signal: ends the running test, which fails, and the run."""
+        if self._running is None:
+            sys.exit(f"ended by {signal.Signals(number).name}")
+        self._fail(self._running, f"ended by {signal.Signals(number).name}")
+        raise Ended(self._running)
+
     def finish(self):
         """Prints the lines of the tests that never ran. Returns whether every test is ok."""
         all_ran = self._number > 0 and not self._waiting
@@ -124,6 +145,12 @@ class TapResult(unittest.TestResult):
 
 def main():
     suite = unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"])
+    signals.restore()
     result = TapResult(suite)
-    suite.run(result)
+    for number in (signal.SIGINT, signal.SIGTERM):  # Meson sends SIGTERM after a time-out
+        signal.signal(number, result.end)
+    try:
+        suite.run(result)
+    except Ended as ended:
+        ended.test.doCleanups()
     sys.exit(0 if result.finish() else 1)

@@ -2,9 +2,11 @@
 """tap.py, run on small programs that fail in every place where unittest allows a failure."""
 
 import pathlib
+import signal
 import subprocess
-import sys
 import unittest
+
+import tap
 
 PROGRAM = """
 import sys, unittest
@@ -17,7 +19,7 @@ tap.main()
 
 def command(classes):
     program = PROGRAM.format(support=str(pathlib.Path(__file__).parent), classes=classes)
-    return [sys.executable, "-c", program]
+    return [tap.PYTHON, "-c", program]
 
 
 class Tap(unittest.TestCase):
@@ -229,6 +231,59 @@ for number in range(10, 40):
         self.assertIn("FAILED: A.test_11", told)
         self.assertEqual(told[-1], "(no further failures are shown; see testlog.txt)")
         self.assertTrue(80 < len(told) < 95, len(told))
+
+
+class Signals(unittest.TestCase):
+    # What nohup and a shell's "&" ignore, and what a careless caller blocks.
+    IGNORED = (signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM, signal.SIGCHLD)
+
+    def start(self, classes):
+        def ignore():
+            for number in self.IGNORED:
+                signal.signal(number, signal.SIG_IGN)
+            signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGUSR1])
+
+        return subprocess.Popen(
+            command(classes), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+            preexec_fn=ignore,
+        )
+
+    def test_programs_of_a_test_can_trap_them(self):
+        process = self.start("""
+import subprocess
+class A(unittest.TestCase):
+    def test_1(self):
+        for name in ("HUP", "INT", "QUIT", "TERM", "USR1"):
+            done = subprocess.run(
+                ["sh", "-c", f"trap 'exit 7' {name}; kill -{name} $$"], check=False)
+            self.assertEqual(done.returncode, 7, name)
+""")
+        output = process.communicate(timeout=60)
+        self.assertEqual(output, ("1..1\nok 1 - A.test_1\n", ""))
+
+    def test_termination_fails_the_test_and_cleans_up(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(number):
+                process = self.start("""
+import time
+class A(unittest.TestCase):
+    def test_1(self):
+        self.addCleanup(print, "# clean", flush=True)
+        with self.subTest():
+            print("# waiting", flush=True)
+            time.sleep(60)
+    def test_2(self): pass
+""")
+                self.assertEqual(process.stdout.readline(), "1..2\n")
+                self.assertEqual(process.stdout.readline(), "# waiting\n")
+                process.send_signal(number)
+                output, _ = process.communicate(timeout=60)
+                self.assertEqual(
+                    output.splitlines(),
+                    ["not ok 1 - A.test_1", f"# ended by {number.name}", "# clean",
+                     "not ok 2 - A.test_2", "# did not run"],
+                )
+                self.assertEqual(process.returncode, 1)
 
 
 if __name__ == "__main__":

@@ -22,6 +22,7 @@ from transcript import Malformed, encoded, read_text, read_transcript
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 
+import signals  # noqa: E402
 from failures import Failures  # noqa: E402
 
 TIMEOUT_SECONDS = 60
@@ -100,6 +101,7 @@ def main():
     cases = sorted(arguments.suite.glob("*.transcript"))
     cases = [case for case in cases if fnmatch.fnmatch(case.stem, arguments.only)]
     failures = Failures()
+    signals.restore()
     print(f"1..{len(cases)}")
     for number, case in enumerate(cases, 1):
         problems = problems_of(case, texts, arguments.sim, arguments.tool)

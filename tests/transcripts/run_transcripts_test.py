@@ -61,7 +61,7 @@ class RunnerTest(unittest.TestCase):
 
     def run_suite(self, options=(), wrapper=""):
         return subprocess.run(
-            [sys.executable, RUNNER, "--sim", self.directory / "sim", "--tool",
+            [tap.PYTHON, RUNNER, "--sim", self.directory / "sim", "--tool",
              self.directory / "tool", *options, self.suite],
             env=dict(os.environ, ZOLT_TEST_WRAPPER=wrapper),
             capture_output=True, text=True, check=False,
