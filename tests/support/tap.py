@@ -4,9 +4,12 @@ Each test has exactly one line, so that the plan matches. A failure in a sub-tes
 in a clean-up makes its test "not ok" and stands as diagnostics below that line. A test that never
 runs, because setUpClass failed, is "not ok", too. Standard error shows the failures once more.
 
+With --only PATTERN, only the tests run whose name Class.test_name matches.
+
 Texts that differ are shown as a unified diff, which starts just above the first difference.
 """
 
+import argparse
 import difflib
 import os
 import signal
@@ -144,7 +147,12 @@ class TapResult(unittest.TestResult):
 
 
 def main():
-    suite = unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"])
+    parser = argparse.ArgumentParser(allow_abbrev=False)
+    parser.add_argument("--only", default="*")
+    arguments, _ = parser.parse_known_args()  # the others are the program's own
+    loader = unittest.TestLoader()
+    loader.testNamePatterns = [f"__main__.{arguments.only}"]
+    suite = loader.loadTestsFromModule(sys.modules["__main__"])
     signals.restore()
     result = TapResult(suite)
     for number in (signal.SIGINT, signal.SIGTERM):  # Meson sends SIGTERM after a time-out

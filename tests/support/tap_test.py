@@ -23,11 +23,13 @@ def command(classes):
 
 
 class Tap(unittest.TestCase):
-    def check(self, classes, status, *lines, explained=(), unexplained=()):
+    def check(self, classes, status, *lines, explained=(), unexplained=(), arguments=()):
         """Runs a program of these test classes. Expects its lines without the diagnostics, and some
         lines of the diagnostics, which a failed program repeats on standard error. Neither has
         lines that begin like the unexplained ones. Returns the lines of standard error."""
-        done = subprocess.run(command(classes), capture_output=True, text=True, check=False)
+        done = subprocess.run(
+            [*command(classes), *arguments], capture_output=True, text=True, check=False
+        )
         printed = done.stdout.splitlines()
         told = done.stderr.splitlines()
         self.assertEqual([line for line in printed if not line.startswith("#")], list(lines))
@@ -176,6 +178,18 @@ class A(unittest.TestCase):
 
     def test_program_without_tests_fails(self):
         self.check("", 1, "1..0")
+
+    def test_tests_that_match(self):
+        classes = """
+class A(unittest.TestCase):
+    def test_1(self): self.assertEqual(sys.argv[-1], "other")
+    def test_2(self): pass
+class B(unittest.TestCase):
+    def test_1(self): pass
+"""
+        self.check(classes, 0, "1..1", "ok 1 - A.test_1", arguments=("--only", "A.test_1", "other"))
+        self.check(classes, 0, "1..1", "ok 1 - B.test_1", arguments=("--only", "B*"))
+        self.check(classes, 1, "1..0", arguments=("--only", "test_1"))
 
 
 class StandardError(Tap):
