@@ -24,11 +24,11 @@ def outcome(case):
 
 
 def cases_of(junit_file):
-    """Yields (name of the program, outcome) for each test case."""
+    """Yields (name of the program, outcome, whether the program reports cases) for each case."""
     for suite in xml.parse(junit_file).getroot().iter("testsuite"):
         _, _, program = suite.get("name").partition(".")
         for case in suite.iter("testcase"):
-            yield program or case.get("name"), outcome(case)
+            yield program or case.get("name"), outcome(case), program != ""
 
 
 def bad_programs(json_file):
@@ -36,7 +36,7 @@ def bad_programs(json_file):
     for line in json_file.read_text().splitlines():
         result = json.loads(line)
         if result["result"] in BAD_RESULTS:
-            yield result["name"].rpartition(" / ")[2].rpartition(":")[2]
+            yield result["name"]
 
 
 def is_of(program, case_program):
@@ -54,9 +54,9 @@ def main():
                 count["failed"] += 1
                 # Meson lists a program without cases as one case, which passes even when the
                 # program timed out. Count such a program only once, as failed.
-                if (program, "passed") in own:
-                    cases.remove((program, "passed"))
-        for _, result in cases:
+                if (program, "passed", False) in own:
+                    cases.remove((program, "passed", False))
+        for _, result, _ in cases:
             count[result] += 1
     print(count["passed"], count["failed"], count["skipped"])
 

@@ -14,7 +14,7 @@ import tap  # noqa: E402
 from programs import SIM, TOOL, Scratch, other_user, run, serves_others  # noqa: E402
 
 # Debian installs the I2C tools outside the PATH of ordinary users.
-PATH = os.environ["PATH"] + ":/usr/sbin:/sbin"
+PATH = os.environ.get("PATH", os.defpath) + ":/usr/sbin:/sbin"
 
 BOARD = """
 [[i2c.bus]]

@@ -44,8 +44,6 @@ class SimTest(unittest.TestCase):
             stderr=subprocess.STDOUT,
             text=True,
             start_new_session=True,
-            # A shell cannot trap a signal that was ignored when it started, as under nohup.
-            preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_DFL),
         )
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.stdin.close)
@@ -249,8 +247,8 @@ class Signals(SimTest):
                     "while :; do sleep 0.02; done",
                 )
                 process.send_signal(getattr(signal, "SIG" + name))
-                self.assertEqual(process.stdout.read(), f"got {name}\n")
-                self.assertEqual(process.wait(TIMEOUT_SECONDS), 7)
+                output, _ = process.communicate(timeout=TIMEOUT_SECONDS)
+                self.assertEqual((output, process.returncode), (f"got {name}\n", 7))
                 self.assertEqual(self.scratch.left_behind(), [])
 
     def test_end_the_command_that_does_not_catch_them(self):

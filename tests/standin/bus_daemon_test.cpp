@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <systemd/sd-bus.h>
@@ -98,7 +100,9 @@ TEST(BusDaemon, reportsAFailedStartInTheDaemonsWords) {
 
 TEST(BusDaemon, reportsAMissingDaemon) {
     const PrivateDirectory directory;
-    const std::string path = getenv("PATH");
+    const char* const inherited = getenv("PATH");
+    const std::optional<std::string> path =
+        inherited != nullptr ? std::optional(std::string(inherited)) : std::nullopt;
     setenv("PATH", "/nonexistent", 1);
     try {
         const BusDaemon daemon(directory.path());
@@ -106,7 +110,7 @@ TEST(BusDaemon, reportsAMissingDaemon) {
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "dbus-daemon does not start; is it installed?");
     }
-    setenv("PATH", path.c_str(), 1);
+    path ? setenv("PATH", path->c_str(), 1) : unsetenv("PATH");
 }
 
 // Puts a shell script into the path in place of the daemon, for as long as the object lives.

@@ -2,11 +2,25 @@
 
 Each test has exactly one line, so that the plan matches. A failure in a sub-test, in tearDown or
 in a clean-up makes its test "not ok" and stands as diagnostics below that line. A test that never
-runs, because setUpClass failed, is "not ok", too.
+runs, because setUpClass failed, is "not ok", too. Standard error shows the failures once more.
+
+With --only PATTERN, only the tests run whose name Class.test_name matches.
+
+Texts that differ are shown as a unified diff, which starts just above the first difference.
 """
 
+import argparse
+import difflib
+import os
+import signal
 import sys
 import unittest
+
+import signals
+from failures import Failures
+
+# Python does not find itself without PATH.
+PYTHON = sys.executable or os.readlink("/proc/self/exe")
 
 
 def tests_in(suite):
@@ -21,12 +35,33 @@ def name_of(test):
     return test.id().replace("__main__.", "")
 
 
+def assert_same_text(test, first, second, msg=None):
+    if first != second:
+        lines = (text.splitlines() for text in (first, second))
+        diff = list(difflib.unified_diff(*lines, "first", "second", lineterm=""))
+        # Without the diff, the texts differ in the ends of their lines.
+        test.fail("\n".join([msg or "the texts differ:", *(diff or (repr(first), repr(second)))]))
+
+
+unittest.TestCase.maxDiff = None
+unittest.TestCase.assertMultiLineEqual = assert_same_text
+
+
+class Ended(KeyboardInterrupt):
+    """A signal has ended a test. unittest lets no other exception end the whole run."""
+
+    def __init__(self, test):
+        super().__init__()
+        self.test = test
+
+
 class TapResult(unittest.TestResult):
     def __init__(self, suite):
         super().__init__()
         self._waiting = list(tests_in(suite))
         self._number = 0
         self._running = None
+        self._failures = Failures()
         self._print(f"1..{len(self._waiting)}")
 
     def startTest(self, test):
@@ -67,6 +102,13 @@ class TapResult(unittest.TestResult):
         super().addUnexpectedSuccess(test)
         self._fail(test, "succeeds, although it is expected to fail")
 
+    def end(self, number, _):
+        """Handles a signal: ends the running test, which fails, and the run."""
+        if self._running is None:
+            sys.exit(f"ended by {signal.Signals(number).name}")
+        self._fail(self._running, f"ended by {signal.Signals(number).name}")
+        raise Ended(self._running)
+
     def finish(self):
         """Prints the lines of the tests that never ran. Returns whether every test is ok."""
         all_ran = self._number > 0 and not self._waiting
@@ -77,6 +119,8 @@ class TapResult(unittest.TestResult):
     def _fail(self, test, text):
         self._ok = False
         self._explain(test, text)
+        if self._running is None:
+            self._failures.show(name_of(test), text.splitlines())
 
     def _explain(self, test, text):
         lines = text.splitlines()
@@ -94,6 +138,8 @@ class TapResult(unittest.TestResult):
             else f"not ok {self._number} - {name_of(test)}",
             *(f"# {line}" for line in details),
         )
+        if not ok:
+            self._failures.show(name_of(test), details)
 
     @staticmethod
     def _print(*lines):
@@ -101,7 +147,18 @@ class TapResult(unittest.TestResult):
 
 
 def main():
-    suite = unittest.defaultTestLoader.loadTestsFromModule(sys.modules["__main__"])
+    parser = argparse.ArgumentParser(allow_abbrev=False)
+    parser.add_argument("--only", default="*")
+    arguments, _ = parser.parse_known_args()  # the others are the program's own
+    loader = unittest.TestLoader()
+    loader.testNamePatterns = [f"__main__.{arguments.only}"]
+    suite = loader.loadTestsFromModule(sys.modules["__main__"])
+    signals.restore()
     result = TapResult(suite)
-    suite.run(result)
+    for number in (signal.SIGINT, signal.SIGTERM):  # Meson sends SIGTERM after a time-out
+        signal.signal(number, result.end)
+    try:
+        suite.run(result)
+    except Ended as ended:
+        ended.test.doCleanups()
     sys.exit(0 if result.finish() else 1)

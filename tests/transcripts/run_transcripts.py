@@ -20,6 +20,11 @@ import tempfile
 
 from transcript import Malformed, encoded, read_text, read_transcript
 
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+
+import signals  # noqa: E402
+from failures import Failures  # noqa: E402
+
 TIMEOUT_SECONDS = 60
 TEXTS = pathlib.Path(__file__).parent / "texts"
 
@@ -95,12 +100,16 @@ def main():
     texts = {path.name: read_text(path) for path in TEXTS.iterdir()}
     cases = sorted(arguments.suite.glob("*.transcript"))
     cases = [case for case in cases if fnmatch.fnmatch(case.stem, arguments.only)]
+    failures = Failures()
+    signals.restore()
     print(f"1..{len(cases)}")
     for number, case in enumerate(cases, 1):
         problems = problems_of(case, texts, arguments.sim, arguments.tool)
         result = "not ok" if problems else "ok"
         print(f"{result} {number} - {case.stem}", *(f"# {line}" for line in problems), sep="\n")
         sys.stdout.flush()
+        if problems:
+            failures.show(f"{arguments.suite.name}/{case.name}", problems)
     return 0 if cases else 1
 
 

@@ -59,15 +59,20 @@ class RunnerTest(unittest.TestCase):
     def case(self, name, text):
         (self.suite / f"{name}.transcript").write_text(text)
 
-    def check(self, status, *lines, options=(), wrapper=""):
-        done = subprocess.run(
-            [sys.executable, RUNNER, "--sim", self.directory / "sim", "--tool",
+    def run_suite(self, options=(), wrapper=""):
+        return subprocess.run(
+            [tap.PYTHON, RUNNER, "--sim", self.directory / "sim", "--tool",
              self.directory / "tool", *options, self.suite],
             env=dict(os.environ, ZOLT_TEST_WRAPPER=wrapper),
             capture_output=True, text=True, check=False,
         )
+
+    def check(self, status, *lines, **options):
+        """Compares the runner's lines. Returns the lines of its standard error."""
+        done = self.run_suite(**options)
         self.assertEqual(done.stdout.splitlines(), list(lines))
         self.assertEqual(done.returncode, status)
+        return done.stderr.splitlines()
 
     def test_dialogues_as_expected(self):
         self.case("b", "=== command\nzolt_sim --board demo -- zolt_test\n"
@@ -85,26 +90,43 @@ class RunnerTest(unittest.TestCase):
                   "=== stdout\nboard demo\n1 argument \\\n"
                   "=== calls\nReadIO\n"
                   "=== debug_log\n5 [a.cpp.*.b]\n")
-        self.check(
-            0,
-            "1..1",
-            "not ok 1 - a",
-            "# stdout differs:",
-            "# --- expected",
-            "# +++ actual",
-            "# @@ -1,2 +1,2 @@",
-            "#  board demo",
-            "# -1 argument \\",
-            "# +1 arguments",
-            "# calls differs:",
-            "# --- expected",
-            "# +++ actual",
-            "# @@ -1 +0,0 @@",
-            "# -ReadIO",
-            "# exit status 3",
-            "# standard error:",
-            "# said on the side",
+        problems = [
+            "stdout differs:",
+            "--- expected",
+            "+++ actual",
+            "@@ -1,2 +1,2 @@",
+            " board demo",
+            "-1 argument \\",
+            "+1 arguments",
+            "calls differs:",
+            "--- expected",
+            "+++ actual",
+            "@@ -1 +0,0 @@",
+            "-ReadIO",
+            "exit status 3",
+            "standard error:",
+            "said on the side",
+        ]
+        told = self.check(0, "1..1", "not ok 1 - a", *(f"# {line}" for line in problems))
+        self.assertEqual(told, ["FAILED: suite/a.transcript", *problems])
+
+    def test_standard_error_begins_with_the_first_difference_and_is_short(self):
+        for name in "abcd":
+            self.case(name, "=== command\nzolt_sim --board demo -- zolt_test 0\n"
+                      "=== stdin\n" + "typed\n" * 100
+                      + "=== stdout\nboard demo\n1 arguments\n" + "expected\n" * 100)
+        done = self.run_suite()
+        told = done.stderr.splitlines()
+        self.assertEqual(done.stdout.count("\n# -expected"), 400)
+        self.assertEqual(
+            told[:8],
+            ["FAILED: suite/a.transcript", "stdout differs:", "--- expected", "+++ actual",
+             "@@ -1,102 +1,102 @@", " board demo", " 1 arguments", "-expected"],
         )
+        self.assertEqual([line for line in told if line.startswith("FAILED")],
+                         ["FAILED: suite/a.transcript", "FAILED: suite/b.transcript"])
+        self.assertEqual(told[-1], "(no further failures are shown; see testlog.txt)")
+        self.assertLess(len(told), 95)
 
     def test_newline_alone_is_a_difference(self):
         self.case("a", "=== command\nzolt_sim --board demo -- zolt_test\n"
