@@ -3,8 +3,10 @@
 #include "standin/board/control_registers.h"
 #include "standin/board/cpld_map.h"
 #include "standin/board/described_once.h"
+#include "standin/board/description_text.h"
 #include "standin/board/fault_order.h"
 #include "standin/board/i2c_description.h"
+#include "standin/board/message_text.h"
 #include "standin/board/module.h"
 #include "standin/board/module_type.h"
 #include "standin/board/number.h"
@@ -13,11 +15,7 @@
 #include "standin/board/service_description.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <limits>
-#include <sstream>
 
 namespace standin {
 
@@ -197,6 +195,7 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
 } // namespace
 
 Board parseBoard(std::string_view description, const std::string& name) {
+    checkBounds(description, name);
     try {
         const toml::table document = toml::parse(description, name);
         TomlTable root(document, name, "board");
@@ -208,19 +207,12 @@ Board parseBoard(std::string_view description, const std::string& name) {
         root.finish();
         return board;
     } catch (const toml::parse_error& error) {
-        Place{name, error.source().begin.line}.refuse(error.description());
+        Place{name, error.source().begin.line}.refuse(shortened(error.description()));
     }
 }
 
 Board loadBoard(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    // A directory can be opened, but not read. An empty file sets failbit too, but is no failure.
-    if (!file || !(content << file.rdbuf() || file.peek() == std::ifstream::traits_type::eof()) ||
-        file.bad()) {
-        Place{path}.refuse(std::strerror(errno));
-    }
-    return parseBoard(content.view(), path);
+    return parseBoard(readDescription(path), path);
 }
 
 } // namespace standin

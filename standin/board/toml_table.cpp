@@ -1,36 +1,17 @@
 #include "standin/board/toml_table.h"
 
+#include "standin/board/message_text.h"
 #include "standin/board/number.h"
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 
 namespace standin {
 
 namespace {
 
-std::string quoted(std::string_view key) {
-    return "'" + std::string(key) + "'";
-}
-
 std::string range(std::int64_t lowest, std::int64_t highest) {
     return std::to_string(lowest) + " to " + std::to_string(highest);
-}
-
-// The number of letters to change, add or remove to turn one word into the other.
-std::size_t distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
 }
 
 } // namespace
@@ -40,14 +21,14 @@ void Place::refuse(std::string_view reason) const {
     if (line != 0) {
         where += ":" + std::to_string(line);
     }
-    throw BoardError(where.append(": ").append(reason));
+    throw BoardError(printable(where.append(": ").append(reason)));
 }
 
 TomlTable::TomlTable(const toml::table& table, std::string file, std::string what)
     : table_(&table), file_(std::move(file)), what_(std::move(what)) {}
 
 const toml::node* TomlTable::find(std::string_view key) {
-    known_.emplace_back(key);
+    known_.emplace(key);
     return table_->get(key);
 }
 
@@ -68,7 +49,7 @@ std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, 
                                   std::int64_t highest) const {
     const auto value = node.value_exact<std::int64_t>();
     if (!value || *value < lowest || *value > highest) {
-        placeOf(node).refuse(what_ + ": " + quoted(key) + " must be a whole number from " +
+        placeOf(node).refuse(what_ + ": " + inQuotes(key) + " must be a whole number from " +
                              range(lowest, highest));
     }
     return *value;
@@ -87,7 +68,7 @@ std::int64_t TomlTable::requiredInteger(std::string_view key, std::int64_t lowes
                                         std::int64_t highest) {
     const auto value = integer(key, lowest, highest);
     if (!value) {
-        place().refuse(what_ + ": " + quoted(key) + " is missing");
+        place().refuse(what_ + ": " + inQuotes(key) + " is missing");
     }
     return *value;
 }
@@ -99,7 +80,7 @@ std::optional<bool> TomlTable::boolean(std::string_view key) {
     }
     const auto value = node->value_exact<bool>();
     if (!value) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be true or false");
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be true or false");
     }
     return value;
 }
@@ -111,10 +92,10 @@ std::optional<std::string> TomlTable::text(std::string_view key, std::size_t lon
     }
     auto value = node->value_exact<std::string>();
     if (!value) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be a text");
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a text");
     }
     if (value->size() > longest) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " has more than " +
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " has more than " +
                               std::to_string(longest) + " characters");
     }
     return value;
@@ -139,7 +120,7 @@ std::optional<Bytes> TomlTable::bytes(std::string_view key) {
             const std::string_view word = rest.substr(0, rest.find_first_of(blanks));
             const auto byte = numberIn("0x" + std::string(word), 0, highest);
             if (word.size() != 2 || !byte) {
-                placeOf(*node).refuse(what_ + ": " + quoted(key) + ": " + quoted(word) +
+                placeOf(*node).refuse(what_ + ": " + inQuotes(key) + ": " + inQuotes(word) +
                                       " is not a byte of two hexadecimal digits");
             }
             bytes.push_back(static_cast<std::uint8_t>(*byte));
@@ -159,12 +140,12 @@ void TomlTable::eachText(std::string_view key,
     }
     const auto* array = node->as_array();
     if (array == nullptr) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be an array of texts");
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
     }
     for (const auto& element : *array) {
         const auto text = element.value_exact<std::string>();
         if (!text) {
-            placeOf(element).refuse(what_ + ": " + quoted(key) + " must be an array of texts");
+            placeOf(element).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
         }
         use(*text, placeOf(element));
     }
@@ -177,7 +158,7 @@ void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTab
     }
     const auto* array = node->as_array();
     if (array == nullptr || !array->is_array_of_tables()) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be an array of tables, [[" +
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be an array of tables, [[" +
                               std::string(key) + "]]");
     }
     for (const auto& element : *array) {
@@ -193,33 +174,37 @@ std::optional<TomlTable> TomlTable::table(std::string_view key) {
         return std::nullopt;
     }
     if (node->as_table() == nullptr) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be a table, [" +
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a table, [" +
                               std::string(key) + "]");
     }
     return TomlTable(*node->as_table(), file_, std::string(key));
 }
 
 std::vector<std::string> TomlTable::names() {
+    std::vector<const toml::key*> keys;
     for (const auto& [key, value] : *table_) {
-        known_.emplace_back(key.str());
+        keys.push_back(&key);
     }
-    return known_;
+    std::ranges::sort(keys, [](const toml::key* one, const toml::key* other) {
+        const auto start = [](const toml::key* key) { return key->source().begin; };
+        return start(one) < start(other);
+    });
+    std::vector<std::string> names;
+    for (const toml::key* const key : keys) {
+        names.emplace_back(key->str());
+        known_.insert(names.back());
+    }
+    return names;
 }
 
 void TomlTable::finish() const {
     for (const auto& [key, value] : *table_) {
-        if (std::ranges::find(known_, key.str()) != known_.end()) {
-            continue;
+        if (!known_.contains(key.str())) {
+            const std::vector<std::string> known(known_.begin(), known_.end());
+            Place{file_, key.source().begin.line}.refuse(what_ + ": " + inQuotes(key.str()) +
+                                                         " is not a key here" +
+                                                         suggestion(key.str(), known));
         }
-        std::string reason = what_ + ": " + quoted(key.str()) + " is not a key here";
-        const auto nearest =
-            std::ranges::min_element(known_, {}, [&key = key](const std::string& known) {
-                return distance(known, key.str());
-            });
-        if (nearest != known_.end() && distance(*nearest, key.str()) <= 2) {
-            reason += "; did you mean " + quoted(*nearest) + "?";
-        }
-        Place{file_, key.source().begin.line}.refuse(reason);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -63,7 +64,8 @@ public:
     /// The table under the key; none when the key is not given.
     [[nodiscard]] std::optional<TomlTable> table(std::string_view key);
 
-    /// All keys, for a table whose keys are names of things. Notes them all as known.
+    /// All keys in the order of the file, for a table whose keys are names of things. Notes them
+    /// all as known.
     [[nodiscard]] std::vector<std::string> names();
 
     /// The place of a key, or of the table when the key is not given.
@@ -82,7 +84,7 @@ private:
     const toml::table* table_;
     std::string file_;
     std::string what_;
-    std::vector<std::string> known_;
+    std::set<std::string, std::less<>> known_;
 };
 
 } // namespace standin

@@ -314,6 +314,24 @@ class Refuses(SimTest):
             self.sim("--board", path, "true"), 2, f"zolt_sim: {path}: Is a directory\n"
         )
 
+    def test_a_board_that_is_no_regular_file(self):
+        fifo = str(self.scratch.path / "fifo")
+        os.mkfifo(fifo)
+        for path in ("/dev/zero", fifo):
+            self.assert_refused(
+                self.sim("--board", path, "true"),
+                2,
+                f"zolt_sim: {path}: is not a regular file\n",
+            )
+
+    def test_a_board_that_is_nested_too_deeply(self):
+        path = self.scratch.file("deep.toml", "a." * 40000 + "a = 1\n")
+        self.assert_refused(
+            self.sim("--board", path, "true"),
+            2,
+            f"zolt_sim: {path}:1: a key has more than 16 parts\n",
+        )
+
     def test_a_wrong_board_before_the_command_starts(self):
         path = self.scratch.file("wrong.toml", "# two slots\n[[slot]]\nid = 1\ndstat = 4\n")
         self.assert_refused(
