@@ -46,14 +46,19 @@ std::size_t showableLength(std::string_view text) {
     return byte(0) == 0xC2 && byte(1) < 0xA0 ? 0 : length;
 }
 
-// The number of letters to change, add or remove to turn one word into the other.
+char lower(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+// The number of letters to change, add or remove to turn one word into the other. Upper and lower
+// case count as the same letter.
 std::size_t distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 0; i < a.size(); ++i) {
         std::size_t diagonal = row[0]++;
         for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+            const std::size_t changed = diagonal + (lower(a[i]) == lower(b[j]) ? 0 : 1);
             diagonal = row[j + 1];
             row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
         }
@@ -101,10 +106,14 @@ std::string suggestion(std::string_view wrong, std::span<const std::string> righ
             continue;
         }
         const std::size_t changes = distance(word, wrong);
+        const bool isSimilar = changes <= nearest && changes < std::min(word.size(), wrong.size());
+        if (!isSimilar) {
+            continue;
+        }
         if (changes < nearest) {
             words.clear();
         }
-        if (changes <= nearest && words.size() < mostSuggestions) {
+        if (words.size() < mostSuggestions) {
             nearest = changes;
             words.push_back(word);
         }

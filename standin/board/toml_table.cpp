@@ -94,6 +94,9 @@ std::optional<std::string> TomlTable::text(std::string_view key, std::size_t lon
     if (!value) {
         placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a text");
     }
+    if (longest == std::string::npos) {
+        refuseNul(*value, key, placeOf(*node));
+    }
     if (value->size() > longest) {
         placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " has more than " +
                               std::to_string(longest) + " characters");
@@ -147,6 +150,7 @@ void TomlTable::eachText(std::string_view key,
         if (!text) {
             placeOf(element).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
         }
+        refuseNul(*text, key, placeOf(element));
         use(*text, placeOf(element));
     }
 }
@@ -191,10 +195,25 @@ std::vector<std::string> TomlTable::names() {
     });
     std::vector<std::string> names;
     for (const toml::key* const key : keys) {
+        refuseNul(key->str(), key->str(), {file_, key->source().begin.line});
         names.emplace_back(key->str());
         known_.insert(names.back());
     }
     return names;
+}
+
+void TomlTable::onlyWhere(std::string_view key, std::string_view condition) const {
+    if (!known_.contains(key) && table_->contains(key)) {
+        place(key).refuse(
+            (what_ + ": " + inQuotes(key) + " is a key only where ").append(condition));
+    }
+}
+
+// The hardware's libraries, the bus and the kernel take texts that end with a NUL character.
+void TomlTable::refuseNul(std::string_view text, std::string_view key, const Place& place) const {
+    if (text.find('\0') != std::string_view::npos) {
+        place.refuse(what_ + ": " + inQuotes(key) + " has a NUL character");
+    }
 }
 
 void TomlTable::finish() const {

@@ -45,6 +45,7 @@ public:
     [[nodiscard]] std::int64_t requiredInteger(std::string_view key, std::int64_t lowest,
                                                std::int64_t highest);
     [[nodiscard]] std::optional<bool> boolean(std::string_view key);
+    /// A text of limited length fills a field of bytes. Only such a text may have NUL characters.
     [[nodiscard]] std::optional<std::string> text(std::string_view key,
                                                   std::size_t longest = std::string::npos);
 
@@ -72,12 +73,17 @@ public:
     [[nodiscard]] Place place(std::string_view key) const;
     [[nodiscard]] Place place() const;
 
+    /// Refuses a key that another kind of thing has, unless this table's kind has it, too.
+    /// @param condition  where it is a key, for the message
+    void onlyWhere(std::string_view key, std::string_view condition) const;
+
     /// Refuses a key that is not known, and suggests the most similar known key. Call it last.
     void finish() const;
 
 private:
     [[nodiscard]] const toml::node* find(std::string_view key);
     [[nodiscard]] Place placeOf(const toml::node& node) const;
+    void refuseNul(std::string_view text, std::string_view key, const Place& place) const;
     [[nodiscard]] std::int64_t integerIn(const toml::node& node, std::string_view key,
                                          std::int64_t lowest, std::int64_t highest) const;
 

@@ -294,7 +294,8 @@ class Refuses(SimTest):
             (
                 ["--fault", "named-read PICPWR_X_DSTAT", "true"],
                 "--fault 'named-read PICPWR_X_DSTAT': "
-                "no register has a name like 'PICPWR_X_DSTAT'",
+                "no register has a name like 'PICPWR_X_DSTAT'; did you mean 'PICPWR_1_DSTAT' or "
+                "'PICPWR_2_DSTAT' or 'PICPWR_3_DSTAT'?",
             ),
         ):
             with self.subTest(arguments):

@@ -55,6 +55,8 @@ TEST(FaultRule, everyKind) {
         {"i2c-ioctl 5 recover-bus 96", busRule(i2cIoctl, 5, 8, EIO, 96)},
         {"sysinfo PICPWR", typeRule(16, -1)},
         {"sysinfo 164 status 3", typeRule(164, 3)},
+        {"sysinfo Backplane", typeRule(19, -1)},
+        {"sysinfo FSCP", typeRule(0, -1)},
         {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0, 3, false)},
     };
     for (const auto& [text, expected] : cases) {
@@ -100,6 +102,12 @@ TEST(FaultRule, refusesWithAReason) {
         {"service gone", "'gone' is not understood here, only 'absent' is"},
         {"object", "object needs an object's path"},
         {"object X error", "'error' needs a name"},
+        {"object X error Failed", "'Failed' is no error name of D-Bus"},
+        {"object X error a..b", "'a..b' is no error name of D-Bus"},
+        {"object bp/bp-1", "'bp/bp-1' is no object path of D-Bus"},
+        {"object bp//bp1", "'bp//bp1' is no object path of D-Bus"},
+        {"object bp/", "'bp/' is no object path of D-Bus"},
+        {"named-read X onec", "'onec' is not understood here; did you mean 'once'?"},
         {"object X once", "'once' is not understood here"},
         {"service absent once", "'once' is not understood here"},
         {"named-read X error E", "'error' is not understood here"},
@@ -109,7 +117,8 @@ TEST(FaultRule, refusesWithAReason) {
         {"i2c-open 1048576", "'1048576' is no bus number"},
         {"i2c-open 5 error", noErrno},
         {"i2c-open 5 error 2", noErrno},
-        {"i2c-open 5 error ENOSUCH", noErrno},
+        {"i2c-open 5 error ENOSUCHTHING", noErrno},
+        {"i2c-open 5 error EACES", std::string(noErrno) + "; did you mean 'EACCES'?"},
         {"i2c-open 5 status 2", "'status' is not understood here"},
         {"i2c-open 5 plain", "'plain' is not understood here"},
         {"i2c-ioctl 5", commands},
@@ -118,7 +127,8 @@ TEST(FaultRule, refusesWithAReason) {
         {"i2c-ioctl 5 plain 1 2", "'2' is not understood here"},
         {"sysinfo", "sysinfo needs a device type"},
         {"sysinfo 165", "'165' is no device type"},
-        {"sysinfo Backplane", "'Backplane' is no device type"},
+        {"sysinfo Backplanes", "'Backplanes' is no device type; did you mean 'Backplane'?"},
+        {"sysinfo puk", "'puk' is no device type; did you mean 'PUCK'?"},
         {"sysinfo BP error EIO", "'error' is not understood here"},
     };
     for (const auto& [text, reason] : cases) {

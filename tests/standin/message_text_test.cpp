@@ -42,7 +42,11 @@ TEST(MessageText, suggestsTheMostSimilarWords) {
     EXPECT_EQ(suggestion("nmae", words), "; did you mean 'name'?");
     EXPECT_EQ(suggestion("dame", words), "; did you mean 'name' or 'fame'?");
     EXPECT_EQ(suggestion("fault", words), "; did you mean 'faults'?");
-    EXPECT_EQ(suggestion("x", words), "; did you mean 'a' or 'b' or 'c'?");
+    EXPECT_EQ(suggestion("SLOT", words), "; did you mean 'slot'?");
+    EXPECT_EQ(suggestion("x", words), ""); // no letter in common
+    EXPECT_EQ(suggestion("", words), "");
+    EXPECT_EQ(suggestion("ax", std::vector<std::string>{"ab", "ac", "ad", "ae"}),
+              "; did you mean 'ab' or 'ac' or 'ad'?");
     EXPECT_EQ(suggestion("colour", words), "");
     EXPECT_EQ(suggestion(std::string(5'000'000, 'n'), words), "");
 }
