@@ -15,6 +15,8 @@
 #include "standin/board/service_description.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <limits>
 
 namespace standin {
@@ -53,7 +55,12 @@ void readObjectPath(TomlTable& module, Slot& slot, DescribedOnce& objects) {
         return;
     }
     if (std::ranges::find(moduleTypes, *type, &ModuleType::name) == std::end(moduleTypes)) {
-        module.place("type").refuse("module: '" + *type + "' is not a module type");
+        std::vector<std::string> names;
+        for (const ModuleType& known : moduleTypes) {
+            names.emplace_back(known.name);
+        }
+        module.place("type").refuse("module: " + inQuotes(*type) + " is not a module type" +
+                                    suggestion(*type, names));
     }
     if (!isPathElement(*object)) {
         module.place("object").refuse("module: 'object' must be letters, digits and underscores");
@@ -138,17 +145,26 @@ void readHalObjects(TomlTable& root, Board& board) {
     hal->finish();
 }
 
+std::string addressText(std::int64_t address) {
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "0x%04X", static_cast<unsigned>(address));
+    return text.data();
+}
+
 void readRawOverrides(TomlTable& table, Board& board) {
+    DescribedOnce described("raw"); // an address can be written in several ways
     for (const std::string& key : table.names()) {
         const auto address = numberIn(key, 0, highestWord);
         if (!address) {
-            table.place(key).refuse("raw: '" + key + "' is no raw address (0x0000 to 0xFFFF)");
+            table.place(key).refuse("raw: " + inQuotes(key) +
+                                    " is no raw address (0x0000 to 0xFFFF)");
         }
         std::int64_t next = *address;
         for (const std::uint8_t byte : table.bytes(key).value_or(Bytes{})) {
             if (next > highestWord) {
                 table.place(key).refuse("raw: the bytes at '" + key + "' run past 0xFFFF");
             }
+            described.note(addressText(next), table.place(key));
             board.rawOverrides[static_cast<std::uint16_t>(next++)] = byte;
         }
     }
@@ -175,7 +191,7 @@ void readFaults(TomlTable& root, Board& board) {
         try {
             orderFault(board, rule);
         } catch (const FaultRuleError& error) {
-            place.refuse("fault '" + rule + "': " + error.what());
+            place.refuse("fault " + inQuotes(rule) + ": " + error.what());
         }
     });
 }

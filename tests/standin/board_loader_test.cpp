@@ -135,6 +135,10 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         {"[override.raw]\nx = 1", "b.toml:2: raw: 'x' is no raw address (0x0000 to 0xFFFF)"},
         {"[override.raw]\n0x10000 = 1",
          "b.toml:2: raw: '0x10000' is no raw address (0x0000 to 0xFFFF)"},
+        {"[override.raw]\n0x1000 = 1\n4096 = 2",
+         "b.toml:3: raw: 0x1000 is described already, at line 2"},
+        {"[override.raw]\n0x2A02 = 1\n0x2A01 = [1, 2]",
+         "b.toml:3: raw: 0x2A02 is described already, at line 2"},
         {"[override.raw]\n0xFFFF = [1, 2]", "b.toml:2: raw: the bytes at '0xFFFF' run past 0xFFFF"},
         {"[override.named]\nX = 1.5", "b.toml:2: named: 'X' must be a whole number from 0 to 255"},
         {"faults = [\n'raw-read x']",
@@ -146,6 +150,43 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
     for (const auto& [description, message] : cases) {
         EXPECT_EQ(test::refusalOf(description), message) << description;
     }
+}
+
+TEST(BoardLoader, refusesNulInTexts) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"name = \"a\\u0000b\"", "b.toml:1: board: 'name' has a NUL character"},
+        {"faults = [\n\"named-read *\\u0000\"]", "b.toml:2: board: 'faults' has a NUL character"},
+        {"[override.named]\n\"A\\u0000\" = 1", "b.toml:2: named: 'A\\x00' has a NUL character"},
+    };
+    for (const auto& [description, message] : cases) {
+        EXPECT_EQ(test::refusalOf(description), message) << description;
+    }
+}
+
+TEST(BoardLoader, showsNoControlCharactersInMessages) {
+    const std::string escape = "\x1B[31m";
+    EXPECT_EQ(test::refusalOf("nmae = 1", "b" + escape + "\n.toml"),
+              "b\\x1B[31m\\n.toml:1: board: 'nmae' is not a key here; did you mean 'name'?");
+    const std::pair<std::string, const char*> cases[] = {
+        {"\"\\u001B[2J\" = 1", "b.toml:1: board: '\\x1B[2J' is not a key here"},
+        {"[[slot]]\nid = 1\nmodule = { type = \"\\u0007\", object = 'x' }",
+         "b.toml:3: module: '\\x07' is not a module type"},
+        {"[[slot]]\nid = 1\npayload = \"\\u001B\"",
+         "b.toml:3: slot: 'payload': '\\x1B' is not a byte of two hexadecimal digits"},
+        {"faults = [\"bus \\u001B\"]",
+         "b.toml:1: fault 'bus \\x1B': '\\x1B' is not understood here, only 'absent' is"},
+        {"[i2c.bus.\"\\u009B\"]", "b.toml:1: i2c: 'bus' must be an array of tables, [[bus]]"},
+        {"[service.info]\n\"\\u009B\" = 1", "b.toml:2: '\\xC2\\x9B' is no property name of D-Bus"},
+    };
+    for (const auto& [description, message] : cases) {
+        EXPECT_EQ(test::refusalOf(description), message) << description;
+    }
+    // The parser quotes the text in its own messages.
+    const std::string refusal =
+        test::refusalOf("a = 1\n\"\\u001B" + std::string(5000, 'x') + "\" = 1\n\"\\u001B" +
+                        std::string(5000, 'x') + "\" = 1\n");
+    EXPECT_EQ(refusal.find('\x1B'), std::string::npos) << refusal;
+    EXPECT_LT(refusal.size(), 300U);
 }
 
 // The message for invalid TOML is the place, followed by the parser's own words.

@@ -175,9 +175,9 @@ TEST(RiserMap, refusesWithFileLineAndReason) {
         {"[[riser_map.record]]\n[[riser_map.record.dsl]]\ntype = 1\nid = 256",
          "b.toml:5: dsl: 'id' must be a whole number from 0 to 255"},
         {"[[riser_map.record]]\n[[riser_map.record.dsl]]\ntype = 1\nocp_index = 1",
-         "b.toml:5: dsl: 'ocp_index' is not a key here"},
+         "b.toml:5: dsl: 'ocp_index' is a key only where 'type' is 2"},
         {"[[riser_map.record]]\n[[riser_map.record.dsl]]\ntype = 4\nsl_index = 1",
-         "b.toml:5: dsl: 'sl_index' is not a key here"},
+         "b.toml:5: dsl: 'sl_index' is a key only where 'type' is 1 or 3"},
         {"[[riser_map.record]]\n[[riser_map.record.dsl]]\ntype = 3\nsl_index = 256",
          "b.toml:5: dsl: 'sl_index' must be a whole number from 0 to 255"},
     };
