@@ -208,17 +208,17 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
     readFaults, // last: a rule must fit the parts above
 };
 
-} // namespace
-
-Board parseBoard(std::string_view description, const std::string& name) {
+// @param errors  if given, gets all errors; else the first error is thrown
+Board parse(std::string_view description, const std::string& name,
+            std::vector<std::string>* errors) {
     checkBounds(description, name);
     try {
         const toml::table document = toml::parse(description, name);
-        TomlTable root(document, name, "board");
+        TomlTable root(document, name, "board", errors);
         Board board;
-        board.name = root.text("name").value_or("");
+        root.attempt([&] { board.name = root.text("name").value_or(""); });
         for (const auto& read : parts) {
-            read(root, board);
+            root.attempt([&] { read(root, board); });
         }
         root.finish();
         return board;
@@ -227,8 +227,24 @@ Board parseBoard(std::string_view description, const std::string& name) {
     }
 }
 
+} // namespace
+
+Board parseBoard(std::string_view description, const std::string& name) {
+    return parse(description, name, nullptr);
+}
+
 Board loadBoard(const std::string& path) {
     return parseBoard(readDescription(path), path);
+}
+
+std::vector<std::string> errorsIn(std::string_view description, const std::string& name) {
+    std::vector<std::string> errors;
+    try {
+        (void)parse(description, name, &errors);
+    } catch (const BoardError& error) { // nothing behind such an error can be read
+        errors.emplace_back(error.what());
+    }
+    return errors;
 }
 
 } // namespace standin

@@ -1,7 +1,7 @@
 #include "standin/board/toml_table.h"
 
+#include "standin/board/byte_text.h"
 #include "standin/board/message_text.h"
-#include "standin/board/number.h"
 
 #include <algorithm>
 #include <limits>
@@ -24,8 +24,22 @@ void Place::refuse(std::string_view reason) const {
     throw BoardError(printable(where.append(": ").append(reason)));
 }
 
-TomlTable::TomlTable(const toml::table& table, std::string file, std::string what)
-    : table_(&table), file_(std::move(file)), what_(std::move(what)) {}
+TomlTable::TomlTable(const toml::table& table, std::string file, std::string what,
+                     std::vector<std::string>* errors)
+    : table_(&table), file_(std::move(file)), what_(std::move(what)), errors_(errors) {}
+
+void TomlTable::attempt(const std::function<void()>& read) const {
+    try {
+        read();
+    } catch (const BoardError& error) {
+        if (errors_ == nullptr) {
+            throw;
+        }
+        if (errors_->size() < mostErrors) {
+            errors_->emplace_back(error.what());
+        }
+    }
+}
 
 const toml::node* TomlTable::find(std::string_view key) {
     known_.emplace(key);
@@ -116,18 +130,9 @@ std::optional<Bytes> TomlTable::bytes(std::string_view key) {
             bytes.push_back(static_cast<std::uint8_t>(integerIn(element, key, 0, highest)));
         }
     } else if (const auto text = node->value_exact<std::string_view>()) {
-        constexpr std::string_view blanks = " \t\r\n";
-        std::string_view rest = *text;
-        while (rest.remove_prefix(std::min(rest.find_first_not_of(blanks), rest.size())),
-               !rest.empty()) {
-            const std::string_view word = rest.substr(0, rest.find_first_of(blanks));
-            const auto byte = numberIn("0x" + std::string(word), 0, highest);
-            if (word.size() != 2 || !byte) {
-                placeOf(*node).refuse(what_ + ": " + inQuotes(key) + ": " + inQuotes(word) +
-                                      " is not a byte of two hexadecimal digits");
-            }
-            bytes.push_back(static_cast<std::uint8_t>(*byte));
-            rest.remove_prefix(word.size());
+        if (const auto wrong = appendBytes(*text, bytes)) {
+            placeOf(*node).refuse(what_ + ": " + inQuotes(key) + ": " + inQuotes(*wrong) +
+                                  " is not a byte of two hexadecimal digits");
         }
     } else {
         bytes.push_back(static_cast<std::uint8_t>(integerIn(*node, key, 0, highest)));
@@ -151,7 +156,7 @@ void TomlTable::eachText(std::string_view key,
             placeOf(element).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
         }
         refuseNul(*text, key, placeOf(element));
-        use(*text, placeOf(element));
+        attempt([&] { use(*text, placeOf(element)); });
     }
 }
 
@@ -166,9 +171,11 @@ void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTab
                               std::string(key) + "]]");
     }
     for (const auto& element : *array) {
-        TomlTable table(*element.as_table(), file_, std::string(key));
-        use(table);
-        table.finish();
+        attempt([&] {
+            TomlTable table(*element.as_table(), file_, std::string(key), errors_);
+            use(table);
+            table.finish();
+        });
     }
 }
 
@@ -181,7 +188,7 @@ std::optional<TomlTable> TomlTable::table(std::string_view key) {
         placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a table, [" +
                               std::string(key) + "]");
     }
-    return TomlTable(*node->as_table(), file_, std::string(key));
+    return TomlTable(*node->as_table(), file_, std::string(key), errors_);
 }
 
 std::vector<std::string> TomlTable::names() {
@@ -219,12 +226,15 @@ void TomlTable::refuseNul(std::string_view text, std::string_view key, const Pla
 void TomlTable::finish() const {
     for (const auto& [key, value] : *table_) {
         if (!known_.contains(key.str())) {
-            const std::vector<std::string> known(known_.begin(), known_.end());
-            Place{file_, key.source().begin.line}.refuse(what_ + ": " + inQuotes(key.str()) +
-                                                         " is not a key here" +
-                                                         suggestion(key.str(), known));
+            attempt([&, &key = key] { refuseUnknown(key); });
         }
     }
+}
+
+void TomlTable::refuseUnknown(const toml::key& key) const {
+    const std::vector<std::string> known(known_.begin(), known_.end());
+    Place{file_, key.source().begin.line}.refuse(
+        what_ + ": " + inQuotes(key.str()) + " is not a key here" + suggestion(key.str(), known));
 }
 
 } // namespace standin

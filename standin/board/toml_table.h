@@ -1,7 +1,7 @@
 // Tables of a board description, read key by key.
 //
 // The code that reads a table asks for each key that the table may have, and gives its limits. The
-// first error ends the reading. Its message names file and line.
+// first error ends the reading, unless errors are collected. A message names file and line.
 #pragma once
 
 #include "standin/board/bytes.h"
@@ -36,8 +36,15 @@ struct Place {
 
 class TomlTable {
 public:
-    /// @param what  what the table describes, for messages ("slot")
-    TomlTable(const toml::table& table, std::string file, std::string what);
+    static constexpr std::size_t mostErrors = 100; ///< that are collected
+
+    /// @param what    what the table describes, for messages ("slot")
+    /// @param errors  if given, gets the errors of the table and of the tables in it
+    TomlTable(const toml::table& table, std::string file, std::string what,
+              std::vector<std::string>* errors = nullptr);
+
+    /// Calls @p read. If errors are collected, an error ends only this call.
+    void attempt(const std::function<void()>& read) const;
 
     // Each of these notes the key as known, and refuses a value of a wrong type or out of range.
     [[nodiscard]] std::optional<std::int64_t> integer(std::string_view key, std::int64_t lowest,
@@ -49,7 +56,7 @@ public:
     [[nodiscard]] std::optional<std::string> text(std::string_view key,
                                                   std::size_t longest = std::string::npos);
 
-    /// Bytes: one number, an array of numbers, or a text of two-digit hexadecimal numbers.
+    /// Bytes: one number, an array of numbers, a text of two-digit hexadecimal numbers, or a dump.
     [[nodiscard]] std::optional<Bytes> bytes(std::string_view key);
 
     /// Calls @p use for each text of an array of texts.
@@ -83,6 +90,7 @@ public:
 private:
     [[nodiscard]] const toml::node* find(std::string_view key);
     [[nodiscard]] Place placeOf(const toml::node& node) const;
+    [[noreturn]] void refuseUnknown(const toml::key& key) const;
     void refuseNul(std::string_view text, std::string_view key, const Place& place) const;
     [[nodiscard]] std::int64_t integerIn(const toml::node& node, std::string_view key,
                                          std::int64_t lowest, std::int64_t highest) const;
@@ -90,6 +98,7 @@ private:
     const toml::table* table_;
     std::string file_;
     std::string what_;
+    std::vector<std::string>* errors_;
     std::set<std::string, std::less<>> known_;
 };
 

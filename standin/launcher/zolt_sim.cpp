@@ -3,6 +3,7 @@
 // All files of a run lie in one private directory. The command finds the directory and the
 // platform's libraries through its environment.
 #include "standin/board/board_loader.h"
+#include "standin/board/description_text.h"
 #include "standin/board/fault_order.h"
 #include "standin/board/image.h"
 #include "standin/board/image_writer.h"
@@ -23,9 +24,11 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <system_error>
 #include <systemd/sd-event.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -101,6 +104,26 @@ int runOnBoard(const Board& board, const Arguments& arguments) {
     return superviseCommand(loop, command.pid);
 }
 
+std::vector<std::string> errorsOf(const std::string& path) {
+    try {
+        return errorsIn(readDescription(path), path);
+    } catch (const BoardError& error) { // the file cannot be read
+        return {error.what()};
+    }
+}
+
+// Prints the errors of each board. Returns the exit status.
+int checkBoards(char* const* boards) {
+    int status = EXIT_SUCCESS;
+    for (; *boards != nullptr; ++boards) {
+        for (const std::string& error : errorsOf(boardFile(*boards))) {
+            std::fprintf(stderr, "zolt_sim: %s\n", error.c_str());
+            status = exitWrongInput;
+        }
+    }
+    return status;
+}
+
 int run(int argc, char* argv[]) {
     const Arguments arguments = parseArguments(argc, argv);
     if (arguments.help) {
@@ -110,6 +133,9 @@ int run(int argc, char* argv[]) {
     if (arguments.version) {
         std::puts("zolt_sim " PROJECT_VERSION);
         return EXIT_SUCCESS;
+    }
+    if (arguments.check) {
+        return checkBoards(arguments.command);
     }
     return runOnBoard(boardFor(arguments), arguments);
 }

@@ -333,6 +333,29 @@ class Refuses(SimTest):
             f"zolt_sim: {path}:1: a key has more than 16 parts\n",
         )
 
+    def test_all_errors_of_the_boards_to_check(self):
+        one = self.scratch.file("one.toml", "[[slot]]\nid = 64\n[[slot]]\nid = 1\ndstat = 4\n")
+        none = str(self.scratch.path / "none.toml")
+        two = self.scratch.file("two.toml", "name = 7\n")
+        self.assert_refused(
+            self.sim("--check", one, "demo", none, two),
+            2,
+            f"zolt_sim: {one}:2: slot: 'id' must be a whole number from 1 to 63\n"
+            f"zolt_sim: {one}:5: slot: 'dstat' must be a whole number from 0 to 3\n"
+            f"zolt_sim: {none}: No such file or directory\n"
+            f"zolt_sim: {two}:1: board: 'name' must be a text\n",
+        )
+        self.assert_refused(self.sim("--check", "demo", "hostile", "raw_only"), 0, "")
+
+    def test_a_board_with_too_many_buses(self):
+        buses = "".join(f"[[i2c.bus]]\nnumber = {number}\n" for number in range(257))
+        path = self.scratch.file("buses.toml", buses)
+        self.assert_refused(
+            self.sim("--board", path, "sh", "-c", "echo started"),
+            2,
+            f"zolt_sim: {path}:514: i2c: the bus driver has room for 256 buses\n",
+        )
+
     def test_a_wrong_board_before_the_command_starts(self):
         path = self.scratch.file("wrong.toml", "# two slots\n[[slot]]\nid = 1\ndstat = 4\n")
         self.assert_refused(
