@@ -38,6 +38,7 @@ std::optional<std::uint8_t> deviceTypeCode(std::string_view word) {
 
 std::string noDeviceType(std::string_view word) {
     std::vector<std::string> names;
+    names.reserve(labels.size() + zolt::deviceTypeCount);
     for (const auto& [label, code] : labels) {
         names.emplace_back(label);
     }

@@ -20,6 +20,7 @@ void requireFit(const FaultRule& rule, const std::map<std::string, T>& things, c
         return;
     }
     std::vector<std::string> names;
+    names.reserve(things.size());
     for (const auto& [name, thing] : things) {
         names.push_back(name);
     }

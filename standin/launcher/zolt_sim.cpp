@@ -7,6 +7,7 @@
 #include "standin/board/fault_order.h"
 #include "standin/board/image.h"
 #include "standin/board/image_writer.h"
+#include "standin/board/message_text.h"
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
 #include "standin/launcher/i2c_side.h"
@@ -43,7 +44,7 @@ Board boardFor(const Arguments& arguments) {
         try {
             orderFault(board, rule);
         } catch (const FaultRuleError& error) {
-            throw ArgumentsError("--fault '" + rule + "': " + error.what());
+            throw ArgumentsError("--fault " + inQuotes(rule) + ": " + error.what());
         }
     }
     return board;

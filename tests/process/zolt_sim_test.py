@@ -288,6 +288,10 @@ class Refuses(SimTest):
                 "--fault 'raw-read 5 once more': 'more' is not understood here",
             ),
             (
+                ["--fault", "bus \x1b[31m", "true"],
+                "--fault 'bus \\x1B[31m': '\\x1B[31m' is not understood here, only 'absent' is",
+            ),
+            (
                 ["--fault", "hal-object NOPE", "true"],
                 "--fault 'hal-object NOPE': the HAL has no object 'NOPE'",
             ),
