@@ -187,9 +187,10 @@ void readOverrides(TomlTable& root, Board& board) {
 }
 
 void readFaults(TomlTable& root, Board& board) {
+    FaultOrders orders(board);
     root.eachText("faults", [&](const std::string& rule, const Place& place) {
         try {
-            orderFault(board, rule);
+            orders.order(rule);
         } catch (const FaultRuleError& error) {
             place.refuse("fault " + inQuotes(rule) + ": " + error.what());
         }

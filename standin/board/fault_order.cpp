@@ -27,21 +27,6 @@ void requireFit(const FaultRule& rule, const std::map<std::string, T>& things, c
     throw FaultRuleError(reason + inQuotes(rule.subject) + suggestion(rule.subject, names));
 }
 
-void refuseIdle(const Board& board, const FaultRule& rule) {
-    switch (rule.kind) {
-    case FaultKind::namedRead:
-        // Empty slots and instances without a table have named registers, too.
-        requireFit(rule, deriveCpldContents(board).named, "no register has a name like ");
-        break;
-    case FaultKind::halObject:
-    case FaultKind::halRead:
-        requireFit(rule, board.halObjects, "the HAL has no object ");
-        break;
-    default: // other rules may name things that the board does not have
-        break;
-    }
-}
-
 bool isOfBusDriver(const FaultRule& rule) {
     return rule.kind == FaultKind::i2cOpen || rule.kind == FaultKind::i2cIoctl;
 }
@@ -59,11 +44,33 @@ void refuseTooMany(const Board& board, const FaultRule& rule) {
 
 } // namespace
 
-void orderFault(Board& board, std::string_view text) {
+void FaultOrders::order(std::string_view text) {
     FaultRule rule = parseFaultRule(text);
-    refuseTooMany(board, rule);
-    refuseIdle(board, rule);
-    board.faults.push_back(std::move(rule));
+    refuseTooMany(*board_, rule);
+    refuseIdle(rule);
+    board_->faults.push_back(std::move(rule));
+}
+
+void FaultOrders::refuseIdle(const FaultRule& rule) {
+    switch (rule.kind) {
+    case FaultKind::namedRead:
+        // Empty slots and instances without a table have named registers, too.
+        if (registers_.empty()) {
+            registers_ = deriveCpldContents(*board_).named;
+        }
+        requireFit(rule, registers_, "no register has a name like ");
+        break;
+    case FaultKind::halObject:
+    case FaultKind::halRead:
+        requireFit(rule, board_->halObjects, "the HAL has no object ");
+        break;
+    default: // other rules may name things that the board does not have
+        break;
+    }
+}
+
+void orderFault(Board& board, std::string_view text) {
+    FaultOrders(board).order(text);
 }
 
 } // namespace standin

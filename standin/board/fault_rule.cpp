@@ -28,6 +28,16 @@ void takeSubject(FaultRule& rule, std::string_view word) {
     rule.subject = word;
 }
 
+// The comparison of a name with a pattern calls itself for each star.
+void takePattern(FaultRule& rule, std::string_view word) {
+    constexpr std::size_t longest = 255;
+    if (word.size() > longest) {
+        throw FaultRuleError("a name pattern has at most " + std::to_string(longest) +
+                             " characters");
+    }
+    rule.subject = word;
+}
+
 void takeObject(FaultRule& rule, std::string_view word) {
     rule.subject = word;
     if (!isObjectPath(fullPath(rule.subject))) {
@@ -96,7 +106,7 @@ struct Kind {
 };
 
 constexpr Kind kinds[] = {
-    {"named-read", FaultKind::namedRead, "a name pattern", takeSubject, status | once},
+    {"named-read", FaultKind::namedRead, "a name pattern", takePattern, status | once},
     {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses,
      status | once},
     {"hal-object", FaultKind::halObject, "an object's name", takeSubject, once},

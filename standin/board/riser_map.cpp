@@ -102,6 +102,13 @@ Bytes readRecord(TomlTable& table) {
 
 Bytes readRiserMap(TomlTable& table) {
     if (auto bytes = table.bytes("bytes")) {
+        constexpr std::string_view noBytes = "'bytes' is not given";
+        for (const BitField& field : headFields) {
+            table.onlyWhere(field.key, noBytes);
+        }
+        for (const char* const key : {"description", "record", "records", "checksum"}) {
+            table.onlyWhere(key, noBytes);
+        }
         return std::move(*bytes);
     }
     Bytes blob(headSize);

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,11 +20,13 @@ std::string repeated(const std::string& text, int count) {
     return all;
 }
 
-// A description that is refused for its size must be refused at once.
+// A large description must not take long. The bound leaves room for a sanitizer; other programs on
+// the machine do not count.
 std::string promptRefusal(const std::string& description) {
-    const auto start = std::chrono::steady_clock::now();
+    constexpr std::clock_t mostSeconds = 10;
+    const std::clock_t start = std::clock();
     std::string refusal = test::refusalOf(description);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_LT(std::clock() - start, mostSeconds * CLOCKS_PER_SEC);
     return refusal;
 }
 
@@ -89,6 +91,15 @@ TEST(DescriptionText, refusesAHugeUnknownKeyAtOnce) {
     const std::string key(5'000'000, 'k');
     EXPECT_EQ(promptRefusal(key + " = 1"),
               "b.toml:1: board: '" + key.substr(0, 200) + "...' is not a key here");
+}
+
+TEST(DescriptionText, checksManyFaultsAgainstManyNamesAtOnce) {
+    std::string text =
+        "faults = [" + repeated("'named-read PICPWR_*',", 1024) + "]\n[override.named]\n";
+    for (int i = 0; i < 60'000; ++i) {
+        text += "N" + std::to_string(i) + " = 1\n";
+    }
+    EXPECT_EQ(promptRefusal(text), "");
 }
 
 std::string reasonFor(const std::string& path) {

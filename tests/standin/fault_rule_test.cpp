@@ -72,11 +72,12 @@ TEST(FaultRule, refusesWithAReason) {
     const char* const noErrno = "'error' needs the name of an errno, like EIO";
     const char* const commands = "i2c-ioctl needs one of: plain, update-property, get-property, "
                                  "create-node, remove-device, recover-bus";
-    const std::pair<const char*, std::string> cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", kinds},
         {"  ", kinds},
         {"named", kinds},
         {"named-read", "named-read needs a name pattern"},
+        {"named-read " + std::string(256, '*'), "a name pattern has at most 255 characters"},
         {"raw-read", "raw-read needs an address or a range of addresses"},
         {"hal-read", "hal-read needs an object's name"},
         {"raw-read here", "'here' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
