@@ -50,4 +50,14 @@ struct BitField {
 /// Puts the fields that the table gives into the record. A field of one bit is a boolean.
 void readFields(TomlTable& table, std::span<const BitField> fields, std::span<std::uint8_t> record);
 
+/// The fields that a record has for one value of its key 'type'.
+struct FieldsOfType {
+    unsigned type;
+    std::span<const BitField> fields;
+};
+
+/// Puts the fields of the type into the record. Refuses fields that only other types have.
+void readFieldsOfType(TomlTable& table, unsigned type, std::span<const FieldsOfType> layouts,
+                      std::span<std::uint8_t> record);
+
 } // namespace standin

@@ -3,8 +3,10 @@
 #include "standin/board/control_registers.h"
 #include "standin/board/cpld_map.h"
 #include "standin/board/described_once.h"
+#include "standin/board/description_text.h"
 #include "standin/board/fault_order.h"
 #include "standin/board/i2c_description.h"
+#include "standin/board/message_text.h"
 #include "standin/board/module.h"
 #include "standin/board/module_type.h"
 #include "standin/board/number.h"
@@ -13,11 +15,9 @@
 #include "standin/board/service_description.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <array>
+#include <cstdio>
 #include <limits>
-#include <sstream>
 
 namespace standin {
 
@@ -55,7 +55,12 @@ void readObjectPath(TomlTable& module, Slot& slot, DescribedOnce& objects) {
         return;
     }
     if (std::ranges::find(moduleTypes, *type, &ModuleType::name) == std::end(moduleTypes)) {
-        module.place("type").refuse("module: '" + *type + "' is not a module type");
+        std::vector<std::string> names;
+        for (const ModuleType& known : moduleTypes) {
+            names.emplace_back(known.name);
+        }
+        module.place("type").refuse("module: " + inQuotes(*type) + " is not a module type" +
+                                    suggestion(*type, names));
     }
     if (!isPathElement(*object)) {
         module.place("object").refuse("module: 'object' must be letters, digits and underscores");
@@ -140,17 +145,26 @@ void readHalObjects(TomlTable& root, Board& board) {
     hal->finish();
 }
 
+std::string addressText(std::int64_t address) {
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "0x%04X", static_cast<unsigned>(address));
+    return text.data();
+}
+
 void readRawOverrides(TomlTable& table, Board& board) {
+    DescribedOnce described("raw"); // an address can be written in several ways
     for (const std::string& key : table.names()) {
         const auto address = numberIn(key, 0, highestWord);
         if (!address) {
-            table.place(key).refuse("raw: '" + key + "' is no raw address (0x0000 to 0xFFFF)");
+            table.place(key).refuse("raw: " + inQuotes(key) +
+                                    " is no raw address (0x0000 to 0xFFFF)");
         }
         std::int64_t next = *address;
         for (const std::uint8_t byte : table.bytes(key).value_or(Bytes{})) {
             if (next > highestWord) {
                 table.place(key).refuse("raw: the bytes at '" + key + "' run past 0xFFFF");
             }
+            described.note(addressText(next), table.place(key));
             board.rawOverrides[static_cast<std::uint16_t>(next++)] = byte;
         }
     }
@@ -173,11 +187,12 @@ void readOverrides(TomlTable& root, Board& board) {
 }
 
 void readFaults(TomlTable& root, Board& board) {
+    FaultOrders orders(board);
     root.eachText("faults", [&](const std::string& rule, const Place& place) {
         try {
-            orderFault(board, rule);
+            orders.order(rule);
         } catch (const FaultRuleError& error) {
-            place.refuse("fault '" + rule + "': " + error.what());
+            place.refuse("fault " + inQuotes(rule) + ": " + error.what());
         }
     });
 }
@@ -194,33 +209,43 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
     readFaults, // last: a rule must fit the parts above
 };
 
-} // namespace
-
-Board parseBoard(std::string_view description, const std::string& name) {
+// @param errors  if given, gets all errors; else the first error is thrown
+Board parse(std::string_view description, const std::string& name,
+            std::vector<std::string>* errors) {
+    checkBounds(description, name);
     try {
         const toml::table document = toml::parse(description, name);
-        TomlTable root(document, name, "board");
+        TomlTable root(document, name, "board", errors);
         Board board;
-        board.name = root.text("name").value_or("");
+        root.attempt([&] { board.name = root.text("name").value_or(""); });
         for (const auto& read : parts) {
-            read(root, board);
+            root.attempt([&] { read(root, board); });
         }
         root.finish();
         return board;
     } catch (const toml::parse_error& error) {
-        Place{name, error.source().begin.line}.refuse(error.description());
+        Place{name, error.source().begin.line}.refuse(shortened(error.description()));
     }
 }
 
+} // namespace
+
+Board parseBoard(std::string_view description, const std::string& name) {
+    return parse(description, name, nullptr);
+}
+
 Board loadBoard(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    // A directory can be opened, but not read. An empty file sets failbit too, but is no failure.
-    if (!file || !(content << file.rdbuf() || file.peek() == std::ifstream::traits_type::eof()) ||
-        file.bad()) {
-        Place{path}.refuse(std::strerror(errno));
+    return parseBoard(readDescription(path), path);
+}
+
+std::vector<std::string> errorsIn(std::string_view description, const std::string& name) {
+    std::vector<std::string> errors;
+    try {
+        (void)parse(description, name, &errors);
+    } catch (const BoardError& error) { // nothing behind such an error can be read
+        errors.emplace_back(error.what());
     }
-    return parseBoard(content.view(), path);
+    return errors;
 }
 
 } // namespace standin

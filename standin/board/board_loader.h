@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace standin {
 
@@ -15,5 +16,10 @@ namespace standin {
 
 /// Reads a board description from a text. Messages give @p name as the file.
 [[nodiscard]] Board parseBoard(std::string_view description, const std::string& name);
+
+/// Returns the errors of a description, part by part. Of each table there is the first error, and
+/// each unknown key if there is no other. An error may be the consequence of another one.
+[[nodiscard]] std::vector<std::string> errorsIn(std::string_view description,
+                                                const std::string& name);
 
 } // namespace standin

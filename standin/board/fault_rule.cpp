@@ -1,6 +1,8 @@
 #include "standin/board/fault_rule.h"
 
+#include "standin/board/bus_names.h"
 #include "standin/board/device_type.h"
+#include "standin/board/message_text.h"
 #include "standin/board/number.h"
 #include "standin/i2c_bus/core/bus_core.h"
 
@@ -26,6 +28,23 @@ void takeSubject(FaultRule& rule, std::string_view word) {
     rule.subject = word;
 }
 
+// The comparison of a name with a pattern calls itself for each star.
+void takePattern(FaultRule& rule, std::string_view word) {
+    constexpr std::size_t longest = 255;
+    if (word.size() > longest) {
+        throw FaultRuleError("a name pattern has at most " + std::to_string(longest) +
+                             " characters");
+    }
+    rule.subject = word;
+}
+
+void takeObject(FaultRule& rule, std::string_view word) {
+    rule.subject = word;
+    if (!isObjectPath(fullPath(rule.subject))) {
+        throw FaultRuleError(inQuotes(word) + " is no object path of D-Bus");
+    }
+}
+
 void takeAddresses(FaultRule& rule, std::string_view word) {
     constexpr auto highest = std::numeric_limits<std::uint16_t>::max();
     const std::size_t dash = word.find('-');
@@ -33,20 +52,19 @@ void takeAddresses(FaultRule& rule, std::string_view word) {
     const auto last =
         dash == std::string_view::npos ? first : numberIn(word.substr(dash + 1), 0, highest);
     if (!first || !last) {
-        throw FaultRuleError("'" + std::string(word) +
-                             "' is not a raw address or a range of addresses (0x0000 to 0xFFFF)");
+        throw FaultRuleError(inQuotes(word) +
+                             " is not a raw address or a range of addresses (0x0000 to 0xFFFF)");
     }
     rule.first = static_cast<std::uint16_t>(*first);
     rule.last = static_cast<std::uint16_t>(*last);
     if (rule.last < rule.first) {
-        throw FaultRuleError("address range '" + std::string(word) + "' runs backwards");
+        throw FaultRuleError("address range " + inQuotes(word) + " runs backwards");
     }
 }
 
 void takeAbsent(FaultRule& rule, std::string_view word) {
     if (word != "absent") {
-        throw FaultRuleError("'" + std::string(word) +
-                             "' is not understood here, only 'absent' is");
+        throw FaultRuleError(inQuotes(word) + " is not understood here, only 'absent' is");
     }
     rule.subject = word;
 }
@@ -54,7 +72,7 @@ void takeAbsent(FaultRule& rule, std::string_view word) {
 void takeBus(FaultRule& rule, std::string_view word) {
     const auto bus = numberIn(word, 0, BUS_CORE_HIGHEST_BUS);
     if (!bus) {
-        throw FaultRuleError("'" + std::string(word) + "' is no bus number");
+        throw FaultRuleError(inQuotes(word) + " is no bus number");
     }
     rule.bus = static_cast<std::uint32_t>(*bus);
     rule.operation = BUS_CORE_OPEN;
@@ -64,7 +82,7 @@ void takeBus(FaultRule& rule, std::string_view word) {
 void takeDeviceType(FaultRule& rule, std::string_view word) {
     const auto code = deviceTypeCode(word);
     if (!code) {
-        throw FaultRuleError("'" + std::string(word) + "' is no device type");
+        throw FaultRuleError(noDeviceType(word));
     }
     rule.deviceType = *code;
 }
@@ -88,14 +106,14 @@ struct Kind {
 };
 
 constexpr Kind kinds[] = {
-    {"named-read", FaultKind::namedRead, "a name pattern", takeSubject, status | once},
+    {"named-read", FaultKind::namedRead, "a name pattern", takePattern, status | once},
     {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses,
      status | once},
     {"hal-object", FaultKind::halObject, "an object's name", takeSubject, once},
     {"hal-read", FaultKind::halRead, "an object's name", takeSubject, status | once},
     {"bus", FaultKind::bus, "'absent'", takeAbsent, none},
     {"service", FaultKind::service, "'absent'", takeAbsent, none},
-    {"object", FaultKind::object, "an object's path", takeSubject, error},
+    {"object", FaultKind::object, "an object's path", takeObject, error},
     {"i2c-open", FaultKind::i2cOpen, "a bus number", takeBus, errnoName},
     {"i2c-ioctl", FaultKind::i2cIoctl, "a bus number", takeBus, errnoName | command},
     {"sysinfo", FaultKind::sysinfo, "a device type", takeDeviceType, status},
@@ -158,13 +176,19 @@ std::string errorOf(Words words) {
 
 int errnoNamed(Words words) {
     constexpr int last = EHWPOISON; // the highest errno of Linux
+    std::vector<std::string> names;
     for (int number = 1; words.size() >= 2 && number <= last; ++number) {
         const char* const name = strerrorname_np(number);
-        if (name != nullptr && words[1] == name) {
+        if (name == nullptr) {
+            continue;
+        }
+        if (words[1] == name) {
             return number;
         }
+        names.emplace_back(name);
     }
-    throw FaultRuleError("'error' needs the name of an errno, like EIO");
+    throw FaultRuleError("'error' needs the name of an errno, like EIO" +
+                         (names.empty() ? "" : suggestion(words[1], names)));
 }
 
 // Takes the command and, if it is given, the selector. Returns the words behind them.
@@ -209,10 +233,17 @@ void takeOptions(FaultRule& rule, Words words, unsigned options) {
             return option.word == words[0] && (options & option.option) != 0;
         });
         if (row == std::ranges::end(optionRows)) {
-            throw FaultRuleError("'" + std::string(words[0]) + "' is not understood here");
+            std::vector<std::string> understood;
+            for (const Option& option : optionRows) {
+                if ((options & option.option) != 0) {
+                    understood.emplace_back(option.word);
+                }
+            }
+            throw FaultRuleError(inQuotes(words[0]) + " is not understood here" +
+                                 suggestion(words[0], understood));
         }
         if ((taken & row->option) != 0) {
-            throw FaultRuleError("'" + std::string(words[0]) + "' is given twice");
+            throw FaultRuleError(inQuotes(words[0]) + " is given twice");
         }
         row->take(rule, words);
         taken |= row->option;
@@ -234,6 +265,9 @@ FaultRule parseFaultRule(std::string_view text) {
     FaultRule rule{.kind = kind->kind, .status = noAnswer};
     kind->takeSubject(rule, words[1]);
     takeOptions(rule, Words(words).subspan(2), kind->options);
+    if (!rule.error.empty() && !isInterfaceName(rule.error)) {
+        throw FaultRuleError(inQuotes(rule.error) + " is no error name of D-Bus");
+    }
     return rule;
 }
 

@@ -2,6 +2,8 @@
 
 #include "standin/board/described_once.h"
 #include "standin/board/device_type.h"
+#include "standin/board/driver_room.h"
+#include "standin/board/message_text.h"
 #include "standin/board/number.h"
 
 #include "i2c/device_types.h"
@@ -52,7 +54,7 @@ std::optional<std::uint8_t> deviceTypeAt(TomlTable& table, std::string_view key)
     }
     const auto code = deviceTypeCode(*table.text(key));
     if (!code) {
-        table.place(key).refuse("'" + *table.text(key) + "' is no device type");
+        table.place(key).refuse(noDeviceType(*table.text(key)));
     }
     return code;
 }
@@ -65,15 +67,19 @@ std::uint8_t requiredDeviceType(TomlTable& table) {
     return *code;
 }
 
-I2cProperties readProperties(TomlTable& owner) {
+I2cProperties readProperties(TomlTable& owner, DriverRoom& room) {
     constexpr auto highest = std::numeric_limits<std::uint32_t>::max();
     I2cProperties properties;
     if (auto table = owner.table("properties")) {
+        DescribedOnce described("property"); // 8 and 0x8 are the same property
         for (const std::string& key : table->names()) {
             const auto id = numberIn(key, 0, highest);
             if (!id) {
-                table->place(key).refuse("properties: '" + key + "' is no property number");
+                table->place(key).refuse("properties: " + inQuotes(key) +
+                                         " is no property number (0 to 4294967295)");
             }
+            described.note(*id, table->place(key));
+            room.addProperty(table->place(key));
             properties[static_cast<std::uint32_t>(*id)] =
                 static_cast<std::uint32_t>(table->requiredInteger(key, 0, highest));
         }
@@ -106,8 +112,9 @@ void readMemory(TomlTable& table, I2cDevice& device) {
     device.readOnly = table.boolean("read_only").value_or(false);
 }
 
-I2cDevice readDevice(TomlTable& table) {
+I2cDevice readDevice(TomlTable& table, DriverRoom& room) {
     I2cDevice device;
+    room.addDevice(table.place());
     device.address =
         static_cast<std::uint32_t>(table.requiredInteger("address", 1, BUS_CORE_HIGHEST_ADDRESS));
     readMemory(table, device);
@@ -117,21 +124,22 @@ I2cDevice readDevice(TomlTable& table) {
     } else if (device.memory.empty()) {
         table.place().refuse("device: needs 'memory', 'size' or 'node_type'");
     }
-    device.properties = readProperties(table);
+    device.properties = readProperties(table, room);
     return device;
 }
 
-void readBuses(TomlTable& i2c, I2cDescription& description) {
+void readBuses(TomlTable& i2c, I2cDescription& description, DriverRoom& room) {
     DescribedOnce buses("bus");
     i2c.eachTable("bus", [&](TomlTable& table) {
         I2cBus bus;
         bus.number =
             static_cast<std::uint32_t>(table.requiredInteger("number", 0, BUS_CORE_HIGHEST_BUS));
         buses.note(bus.number, table.place("number"));
-        bus.properties = readProperties(table);
+        room.addBus(bus.number, table.place("number"));
+        bus.properties = readProperties(table, room);
         DescribedOnce addresses("device");
         table.eachTable("device", [&](TomlTable& deviceTable) {
-            I2cDevice device = readDevice(deviceTable);
+            I2cDevice device = readDevice(deviceTable, room);
             addresses.note(device.address, deviceTable.place("address"));
             bus.devices.push_back(std::move(device));
         });
@@ -192,7 +200,7 @@ void checkParent(TomlTable& table, const IndexNode& node, const std::set<std::in
     }
 }
 
-void readIndexNodes(TomlTable& i2c, I2cDescription& description) {
+void readIndexNodes(TomlTable& i2c, I2cDescription& description, DriverRoom& room) {
     std::set<std::int64_t> known;
     std::set<std::int64_t> taken;
     for (const I2cBus& bus : description.buses) {
@@ -202,6 +210,7 @@ void readIndexNodes(TomlTable& i2c, I2cDescription& description) {
         IndexNode node = readIndexNode(table);
         checkParent(table, node, known, taken);
         if (node.physicalBus >= 0) {
+            room.addBus(node.physicalBus, table.place("physical_bus"));
             known.insert(node.physicalBus);
             taken.insert(node.physicalBus);
         }
@@ -240,8 +249,9 @@ void readI2c(TomlTable& root, Board& board) {
     if (!table) {
         return;
     }
-    readBuses(*table, board.i2c);
-    readIndexNodes(*table, board.i2c);
+    DriverRoom room;
+    readBuses(*table, board.i2c, room);
+    readIndexNodes(*table, board.i2c, room);
     readAnswers(*table, board.i2c);
     table->finish();
 }

@@ -71,16 +71,10 @@ constexpr BitField locationFields[] = {BitField::byte("bay_id", 2),
                                        BitField::byte("location", 4)};
 constexpr BitField presenceFields[] = {BitField::byte("slot_presence", 2)};
 
-// OEM descriptors, from type 1 on: their fields, and their length including type and length.
-struct OemDescriptor {
-    std::span<const BitField> fields;
-    std::size_t size;
-};
-constexpr OemDescriptor oemDescriptors[] = {
-    {connectionFields, 4},
-    {locationFields, 5},
-    {presenceFields, 3},
-};
+constexpr FieldsOfType oemFields[] = {
+    {1, connectionFields}, {2, locationFields}, {3, presenceFields}};
+// Lengths of these descriptors, from type 1 on, including type and length.
+constexpr std::size_t oemDescriptorSizes[] = {4, 5, 3};
 
 void append(Bytes& bytes, std::span<const std::uint8_t> more) {
     bytes.insert(bytes.end(), more.begin(), more.end());
@@ -97,6 +91,12 @@ void readEndPoints(TomlTable& table, Bytes& payload) {
         const bool indirect = endPoint.boolean("indirect").value_or(false);
         readFields(endPoint, indirect ? std::span<const BitField>(indirectFields) : directFields,
                    descriptor);
+        for (const BitField& field : indirectFields) {
+            endPoint.onlyWhere(field.key, "'indirect' is true");
+        }
+        for (const BitField& field : directFields) {
+            endPoint.onlyWhere(field.key, "'indirect' is not true");
+        }
         append(payload, descriptor);
     });
     countField.encode(static_cast<std::uint32_t>(count), payload);
@@ -126,11 +126,12 @@ Bytes readPayload(TomlTable& table) {
         break;
     case backplaneDeviceClass:
         readBackplane(table, payload);
-        readEndPoints(table, payload); // the service publishes a backplane's end points
         break;
     default:
         readEndPoints(table, payload);
     }
+    table.onlyWhere("backplane", "'device_class' is 0x2A");
+    table.onlyWhere("end_point", "'device_class' is not 0x1A, 0x1B or 0x2A");
     // Fill up to whole units, with the checksum as the last byte.
     const std::size_t units = payload.size() / payloadSizeUnit + 1;
     payload.resize(units * payloadSizeUnit - 1);
@@ -143,15 +144,13 @@ Bytes readPayload(TomlTable& table) {
 
 void readOemDescriptor(TomlTable& table, Bytes& area) {
     const auto type = table.requiredInteger("type", 0, 0xFF);
-    Bytes descriptor;
-    if (type >= 1 && static_cast<std::size_t>(type) <= std::size(oemDescriptors)) {
-        const OemDescriptor& layout = oemDescriptors[type - 1];
-        descriptor.resize(layout.size);
-        readFields(table, layout.fields, descriptor);
-    } else {
-        descriptor.resize(2);
+    const bool hasFields = type >= 1 && type <= std::ssize(oemDescriptorSizes);
+    Bytes descriptor(hasFields ? oemDescriptorSizes[type - 1] : 2);
+    readFieldsOfType(table, static_cast<unsigned>(type), oemFields, descriptor);
+    if (!hasFields) {
         append(descriptor, table.bytes("data").value_or(Bytes{}));
     }
+    table.onlyWhere("data", "'type' is not 1, 2 or 3");
     descriptor[0] = static_cast<std::uint8_t>(type);
     descriptor[1] = static_cast<std::uint8_t>(
         table.integer("size", 0, 0xFF)
@@ -169,6 +168,7 @@ Bytes readOemArea(TomlTable& table) {
     const auto givenCount = table.integer("oem_descriptors", 0, 0xFF);
     const auto givenSize = table.integer("oem_area_size", 0, 0xFF);
     if (count == 0 && !givenCount && !givenSize) {
+        table.onlyWhere("oem_checksum", "the module has an OEM area");
         return {};
     }
     if (area.size() + 1 > longestOemArea) {

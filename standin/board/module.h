@@ -4,8 +4,8 @@
 //   0 format version, 1 device class, 2 its own length in units of 8 bytes, 4..5 device ID and 6..7
 //   vendor ID (high byte first), 8 device version, 10 wires, 11 target type and number of end
 //   points, 12 target address. From byte 13 on, classes 0x1A and 0x1B have nothing, class 0x2A has
-//   a backplane descriptor of 7 bytes, then end point descriptors of 6 bytes each, and all other
-//   classes have end point descriptors. The checksum is the last byte.
+//   a backplane descriptor of 7 bytes, and all other classes have end point descriptors of 6 bytes
+//   each. The checksum is the last byte.
 // OEM area, directly behind the payload:
 //   0 its own length, 1 number of descriptors, 2.. descriptors, then the checksum.
 #pragma once

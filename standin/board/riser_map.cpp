@@ -37,8 +37,7 @@ constexpr BitField ocpFields[] = {BitField::byte("ocp_index", 1),
                                   BitField::byte("ocp_lane_index", 2)};
 constexpr BitField switchedFields[] = {BitField::byte("switched_riser_index", 1),
                                        BitField::byte("sl_index", 2)};
-// By the link's type, from type 1 on.
-constexpr std::span<const BitField> dslPayloadFields[] = {slFields, ocpFields, switchedFields};
+constexpr FieldsOfType dslPayloadFields[] = {{1, slFields}, {2, ocpFields}, {3, switchedFields}};
 
 void readText(TomlTable& table, std::string_view key, std::span<std::uint8_t> field) {
     std::ranges::copy(table.text(key, field.size()).value_or(""), field.begin());
@@ -75,9 +74,7 @@ Dsls readDsls(TomlTable& table) {
         dsls.ids.push_back(static_cast<std::uint8_t>(dsl.integer("id", 0, 0xFF).value_or(0)));
         std::array<std::uint8_t, dslPayloadSize> payload{};
         const auto type = dsl.requiredInteger("type", 0, 0xFF);
-        if (type >= 1 && static_cast<std::size_t>(type) <= std::size(dslPayloadFields)) {
-            readFields(dsl, dslPayloadFields[type - 1], payload);
-        }
+        readFieldsOfType(dsl, static_cast<unsigned>(type), dslPayloadFields, payload);
         payload[0] = static_cast<std::uint8_t>(type);
         dsls.payloads.insert(dsls.payloads.end(), payload.begin(), payload.end());
     });
@@ -105,6 +102,13 @@ Bytes readRecord(TomlTable& table) {
 
 Bytes readRiserMap(TomlTable& table) {
     if (auto bytes = table.bytes("bytes")) {
+        constexpr std::string_view noBytes = "'bytes' is not given";
+        for (const BitField& field : headFields) {
+            table.onlyWhere(field.key, noBytes);
+        }
+        for (const char* const key : {"description", "record", "records", "checksum"}) {
+            table.onlyWhere(key, noBytes);
+        }
         return std::move(*bytes);
     }
     Bytes blob(headSize);

@@ -1,10 +1,13 @@
 #include "standin/board/service_description.h"
 
+#include "standin/board/bus_names.h"
+#include "standin/board/message_text.h"
 #include "standin/service/value_message.h"
 
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <tuple>
 #include <utility>
 
 namespace standin {
@@ -32,21 +35,33 @@ std::optional<Value> valueOf(const toml::node& node) {
     if (const auto number = node.value_exact<double>()) {
         return Value(*number);
     }
-    if (auto text = node.value_exact<std::string>()) {
+    auto text = node.value_exact<std::string>();
+    if (text && text->find('\0') == std::string::npos) { // no text of the bus has a NUL
         return Value(std::move(*text));
     }
     return std::nullopt;
 }
 
 // Reads `signature` and `value` of a table, and refuses a value that does not fit the signature.
-std::pair<std::string, Value> readTyped(TomlTable& table) {
-    std::string signature = table.text("signature").value_or("");
+// @param what  what the table describes, for messages
+std::pair<std::string, Value> readTyped(TomlTable& table, const std::string& what) {
+    const auto signature = table.text("signature");
     const auto* const node = table.node("value");
-    auto value = node == nullptr ? std::nullopt : valueOf(*node);
-    if (!value || !valueFits(signature, *value)) {
-        table.place().refuse("'value' does not fit the signature '" + signature + "'");
+    if (!signature || node == nullptr) {
+        table.place().refuse(what + ": " + (signature ? "'value'" : "'signature'") +
+                             " is missing beside " + (signature ? "'signature'" : "'value'"));
     }
-    return {std::move(signature), std::move(*value)};
+    if (!isCompleteType(*signature)) {
+        table.place("signature")
+            .refuse(what + ": 'signature' must be one complete D-Bus type, not " +
+                    inQuotes(*signature));
+    }
+    auto value = valueOf(*node);
+    if (!value || !valueFits(*signature, *value)) {
+        table.place("value").refuse(what + ": 'value' does not fit the signature " +
+                                    inQuotes(*signature));
+    }
+    return {*signature, std::move(*value)};
 }
 
 // A plain value is a boolean (b), a number (q) or a text (s). Any other type is written out, like
@@ -54,7 +69,7 @@ std::pair<std::string, Value> readTyped(TomlTable& table) {
 Property readProperty(TomlTable& table, const std::string& name) {
     if (table.node(name)->is_table()) {
         auto described = table.table(name);
-        auto [signature, value] = readTyped(*described);
+        auto [signature, value] = readTyped(*described, name);
         described->finish();
         return {name, std::move(signature), std::move(value)};
     }
@@ -66,30 +81,55 @@ Property readProperty(TomlTable& table, const std::string& name) {
             }
         }
     }
-    table.place(name).refuse("'" + name +
-                             "' must be true, false, a number from 0 to 65535 or a text; " +
+    table.place(name).refuse(inQuotes(name) +
+                             " must be true, false, a number from 0 to 65535 or a text; " +
                              "write any other type as { signature = ..., value = ... }");
 }
 
+// Refuses a name that the bus does not allow.
+// @param kind  what the name must be
+void requireName(bool isName, const std::string& name, const char* kind, const Place& place) {
+    if (!isName) {
+        place.refuse(inQuotes(name) + " is no " + kind + " of D-Bus");
+    }
+}
+
 std::vector<Property> readProperties(TomlTable& table) {
+    std::vector<std::string> names = table.names();
+    std::ranges::sort(names); // the service lists properties by name
     std::vector<Property> properties;
-    for (const std::string& name : table.names()) {
+    for (const std::string& name : names) {
+        requireName(isPropertyName(name), name, "property name", table.place(name));
         properties.push_back(readProperty(table, name));
     }
     return properties;
 }
 
-// Paths and interfaces may be written without the prefix that all of the service's have.
+// Returns an empty text when the key is not given.
 std::string readPath(TomlTable& table) {
-    std::string path = table.text("path").value_or("");
-    return path.empty() || path.starts_with('/') ? path : std::string(servicePathPrefix) + path;
+    const auto path = table.text("path");
+    if (!path) {
+        return {};
+    }
+    requireName(!path->empty() && isObjectPath(fullPath(*path)), *path, "object path",
+                table.place("path"));
+    return fullPath(*path);
 }
 
 std::string readInterface(TomlTable& table) {
-    std::string name = table.text("interface").value_or("");
-    return name.empty() || name.find('.') != std::string::npos
-               ? name
-               : std::string(serviceInterfacePrefix) + name;
+    const auto interface = table.text("interface");
+    if (!interface) {
+        return {};
+    }
+    requireName(isInterfaceName(fullInterface(*interface)), *interface, "interface name",
+                table.place("interface"));
+    return fullInterface(*interface);
+}
+
+std::string readErrorName(TomlTable& table) {
+    std::string name = table.text("error").value_or("org.freedesktop.DBus.Error.Failed");
+    requireName(isInterfaceName(name), name, "error name", table.place("error"));
+    return name;
 }
 
 void readObject(TomlTable& table, ServiceDescription& service) {
@@ -98,7 +138,8 @@ void readObject(TomlTable& table, ServiceDescription& service) {
         table.place().refuse("object: needs 'path' and 'interface'");
     }
     PublishedInterface removal = changed;
-    table.eachText("without", [&](const std::string& name, const Place&) {
+    table.eachText("without", [&](const std::string& name, const Place& place) {
+        requireName(isPropertyName(name), name, "property name", place);
         removal.properties.push_back({name, "", false});
     });
     if (table.boolean("empty").value_or(false) || !removal.properties.empty()) {
@@ -133,12 +174,15 @@ void readOrder(TomlTable& table, ServiceDescription& service) {
             table.integer("after", 0, std::numeric_limits<int>::max()).value_or(0)),
         .delay = std::chrono::milliseconds(table.integer("delay_ms", 0, longestDelay).value_or(0)),
         .action = readAction(table),
-        .name = table.text("error").value_or("org.freedesktop.DBus.Error.Failed"),
+        .name = readErrorName(table),
         .text = table.text("text").value_or("ordered by the board description"),
     };
-    if (order.action == ServiceOrder::Action::reply && table.node("value") != nullptr) {
-        std::tie(order.signature, order.value) = readTyped(table);
+    const bool isReply = order.action == ServiceOrder::Action::reply;
+    if (isReply && (table.node("value") != nullptr || table.node("signature") != nullptr)) {
+        std::tie(order.signature, order.value) = readTyped(table, "order");
     }
+    table.onlyWhere("signature", "'action' is 'reply'");
+    table.onlyWhere("value", "'action' is 'reply'");
     service.orders.push_back(std::move(order));
 }
 

@@ -1,36 +1,17 @@
 #include "standin/board/toml_table.h"
 
-#include "standin/board/number.h"
+#include "standin/board/byte_text.h"
+#include "standin/board/message_text.h"
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 
 namespace standin {
 
 namespace {
 
-std::string quoted(std::string_view key) {
-    return std::string("'").append(key).append("'");
-}
-
 std::string range(std::int64_t lowest, std::int64_t highest) {
     return std::to_string(lowest) + " to " + std::to_string(highest);
-}
-
-// The number of letters to change, add or remove to turn one word into the other.
-std::size_t distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
 }
 
 } // namespace
@@ -40,14 +21,28 @@ void Place::refuse(std::string_view reason) const {
     if (line != 0) {
         where += ":" + std::to_string(line);
     }
-    throw BoardError(where.append(": ").append(reason));
+    throw BoardError(printable(where.append(": ").append(reason)));
 }
 
-TomlTable::TomlTable(const toml::table& table, std::string file, std::string what)
-    : table_(&table), file_(std::move(file)), what_(std::move(what)) {}
+TomlTable::TomlTable(const toml::table& table, std::string file, std::string what,
+                     std::vector<std::string>* errors)
+    : table_(&table), file_(std::move(file)), what_(std::move(what)), errors_(errors) {}
+
+void TomlTable::attempt(const std::function<void()>& read) const {
+    try {
+        read();
+    } catch (const BoardError& error) {
+        if (errors_ == nullptr) {
+            throw;
+        }
+        if (errors_->size() < mostErrors) {
+            errors_->emplace_back(error.what());
+        }
+    }
+}
 
 const toml::node* TomlTable::find(std::string_view key) {
-    known_.emplace_back(key);
+    known_.emplace(key);
     return table_->get(key);
 }
 
@@ -68,7 +63,7 @@ std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, 
                                   std::int64_t highest) const {
     const auto value = node.value_exact<std::int64_t>();
     if (!value || *value < lowest || *value > highest) {
-        placeOf(node).refuse(what_ + ": " + quoted(key) + " must be a whole number from " +
+        placeOf(node).refuse(what_ + ": " + inQuotes(key) + " must be a whole number from " +
                              range(lowest, highest));
     }
     return *value;
@@ -87,7 +82,7 @@ std::int64_t TomlTable::requiredInteger(std::string_view key, std::int64_t lowes
                                         std::int64_t highest) {
     const auto value = integer(key, lowest, highest);
     if (!value) {
-        place().refuse(what_ + ": " + quoted(key) + " is missing");
+        place().refuse(what_ + ": " + inQuotes(key) + " is missing");
     }
     return *value;
 }
@@ -99,7 +94,7 @@ std::optional<bool> TomlTable::boolean(std::string_view key) {
     }
     const auto value = node->value_exact<bool>();
     if (!value) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be true or false");
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be true or false");
     }
     return value;
 }
@@ -111,10 +106,13 @@ std::optional<std::string> TomlTable::text(std::string_view key, std::size_t lon
     }
     auto value = node->value_exact<std::string>();
     if (!value) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be a text");
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a text");
+    }
+    if (longest == std::string::npos) {
+        refuseNul(*value, key, placeOf(*node));
     }
     if (value->size() > longest) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " has more than " +
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " has more than " +
                               std::to_string(longest) + " characters");
     }
     return value;
@@ -132,18 +130,9 @@ std::optional<Bytes> TomlTable::bytes(std::string_view key) {
             bytes.push_back(static_cast<std::uint8_t>(integerIn(element, key, 0, highest)));
         }
     } else if (const auto text = node->value_exact<std::string_view>()) {
-        constexpr std::string_view blanks = " \t\r\n";
-        std::string_view rest = *text;
-        while (rest.remove_prefix(std::min(rest.find_first_not_of(blanks), rest.size())),
-               !rest.empty()) {
-            const std::string_view word = rest.substr(0, rest.find_first_of(blanks));
-            const auto byte = numberIn("0x" + std::string(word), 0, highest);
-            if (word.size() != 2 || !byte) {
-                placeOf(*node).refuse(what_ + ": " + quoted(key) + ": " + quoted(word) +
-                                      " is not a byte of two hexadecimal digits");
-            }
-            bytes.push_back(static_cast<std::uint8_t>(*byte));
-            rest.remove_prefix(word.size());
+        if (const auto wrong = appendBytes(*text, bytes)) {
+            placeOf(*node).refuse(what_ + ": " + inQuotes(key) + ": " + inQuotes(*wrong) +
+                                  " is not a byte of two hexadecimal digits");
         }
     } else {
         bytes.push_back(static_cast<std::uint8_t>(integerIn(*node, key, 0, highest)));
@@ -159,14 +148,15 @@ void TomlTable::eachText(std::string_view key,
     }
     const auto* array = node->as_array();
     if (array == nullptr) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be an array of texts");
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
     }
     for (const auto& element : *array) {
         const auto text = element.value_exact<std::string>();
         if (!text) {
-            placeOf(element).refuse(what_ + ": " + quoted(key) + " must be an array of texts");
+            placeOf(element).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
         }
-        use(*text, placeOf(element));
+        refuseNul(*text, key, placeOf(element));
+        attempt([&] { use(*text, placeOf(element)); });
     }
 }
 
@@ -177,13 +167,15 @@ void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTab
     }
     const auto* array = node->as_array();
     if (array == nullptr || !array->is_array_of_tables()) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be an array of tables, [[" +
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be an array of tables, [[" +
                               std::string(key) + "]]");
     }
     for (const auto& element : *array) {
-        TomlTable table(*element.as_table(), file_, std::string(key));
-        use(table);
-        table.finish();
+        attempt([&] {
+            TomlTable table(*element.as_table(), file_, std::string(key), errors_);
+            use(table);
+            table.finish();
+        });
     }
 }
 
@@ -193,34 +185,56 @@ std::optional<TomlTable> TomlTable::table(std::string_view key) {
         return std::nullopt;
     }
     if (node->as_table() == nullptr) {
-        placeOf(*node).refuse(what_ + ": " + quoted(key) + " must be a table, [" +
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a table, [" +
                               std::string(key) + "]");
     }
-    return TomlTable(*node->as_table(), file_, std::string(key));
+    return TomlTable(*node->as_table(), file_, std::string(key), errors_);
 }
 
 std::vector<std::string> TomlTable::names() {
+    std::vector<const toml::key*> keys;
     for (const auto& [key, value] : *table_) {
-        known_.emplace_back(key.str());
+        keys.push_back(&key);
     }
-    return known_;
+    std::ranges::sort(keys, [](const toml::key* one, const toml::key* other) {
+        const auto start = [](const toml::key* key) { return key->source().begin; };
+        return start(one) < start(other);
+    });
+    std::vector<std::string> names;
+    for (const toml::key* const key : keys) {
+        refuseNul(key->str(), key->str(), {file_, key->source().begin.line});
+        names.emplace_back(key->str());
+        known_.insert(names.back());
+    }
+    return names;
+}
+
+void TomlTable::onlyWhere(std::string_view key, std::string_view condition) const {
+    if (!known_.contains(key) && table_->contains(key)) {
+        place(key).refuse(
+            (what_ + ": " + inQuotes(key) + " is a key only where ").append(condition));
+    }
+}
+
+// The hardware's libraries, the bus and the kernel take texts that end with a NUL character.
+void TomlTable::refuseNul(std::string_view text, std::string_view key, const Place& place) const {
+    if (text.find('\0') != std::string_view::npos) {
+        place.refuse(what_ + ": " + inQuotes(key) + " has a NUL character");
+    }
 }
 
 void TomlTable::finish() const {
     for (const auto& [key, value] : *table_) {
-        if (std::ranges::find(known_, key.str()) != known_.end()) {
-            continue;
+        if (!known_.contains(key.str())) {
+            attempt([&, &key = key] { refuseUnknown(key); });
         }
-        std::string reason = what_ + ": " + quoted(key.str()) + " is not a key here";
-        const auto nearest =
-            std::ranges::min_element(known_, {}, [&key = key](const std::string& known) {
-                return distance(known, key.str());
-            });
-        if (nearest != known_.end() && distance(*nearest, key.str()) <= 2) {
-            reason += "; did you mean " + quoted(*nearest) + "?";
-        }
-        Place{file_, key.source().begin.line}.refuse(reason);
     }
+}
+
+void TomlTable::refuseUnknown(const toml::key& key) const {
+    const std::vector<std::string> known(known_.begin(), known_.end());
+    Place{file_, key.source().begin.line}.refuse(
+        what_ + ": " + inQuotes(key.str()) + " is not a key here" + suggestion(key.str(), known));
 }
 
 } // namespace standin

@@ -13,16 +13,18 @@ enum Letter : int {
     debugLog = 'd',
     callLog = 'c',
     i2cLog = 'i',
+    check = 'k',
     help = 'h',
     version = 'v'
 };
 
-constexpr std::array<option, 8> longOptions{{
+constexpr std::array<option, 9> longOptions{{
     {"board", required_argument, nullptr, Letter::board},
     {"fault", required_argument, nullptr, Letter::fault},
     {"debug-log", required_argument, nullptr, Letter::debugLog},
     {"call-log", required_argument, nullptr, Letter::callLog},
     {"i2c-log", required_argument, nullptr, Letter::i2cLog},
+    {"check", no_argument, nullptr, Letter::check},
     {"help", no_argument, nullptr, Letter::help},
     {"version", no_argument, nullptr, Letter::version},
     {nullptr, 0, nullptr, 0},
@@ -62,6 +64,9 @@ Arguments parseArguments(int argc, char* const argv[]) {
         case Letter::i2cLog:
             arguments.i2cLog = named("i2c-log");
             break;
+        case Letter::check:
+            arguments.check = true;
+            break;
         case Letter::help:
             arguments.help = true;
             return arguments;
@@ -75,7 +80,11 @@ Arguments parseArguments(int argc, char* const argv[]) {
         }
     }
     if (optind >= argc) {
-        throw ArgumentsError("there is no command to run");
+        throw ArgumentsError(arguments.check ? "there is no board to check"
+                                             : "there is no command to run");
+    }
+    if (arguments.check && !arguments.faults.empty()) {
+        throw ArgumentsError("--check takes no --fault");
     }
     arguments.command = argv + optind;
     return arguments;
@@ -83,6 +92,7 @@ Arguments parseArguments(int argc, char* const argv[]) {
 
 const char* usage() {
     return "usage: zolt_sim [option]... [--] command [argument]...\n"
+           "       zolt_sim --check BOARD...\n"
            "\n"
            "Runs a command on a described board: the platform's libraries, the system bus\n"
            "and the I2C buses answer from a board description. The exit status is the\n"
@@ -104,6 +114,7 @@ const char* usage() {
            "  --debug-log FILE  write the platform's debug log to a file\n"
            "  --call-log FILE   write every call of the platform's libraries to a file\n"
            "  --i2c-log FILE    write every transaction on the I2C buses to a file\n"
+           "  --check           run nothing: print all errors of the board descriptions\n"
            "  --help            print this and exit\n"
            "  --version         print the version and exit\n"
            "\n"

@@ -13,9 +13,11 @@ struct Arguments {
     std::string debugLog;            ///< file for the debug log; empty: no log
     std::string callLog;             ///< file for a log of the platform calls; empty: no log
     std::string i2cLog;              ///< file for a log of the control transactions; empty: no log
+    bool check = false;              ///< check boards instead of running a command
     bool help = false;
     bool version = false;
-    char* const* command = nullptr; ///< the command with its arguments, null-terminated
+    char* const* command = nullptr; ///< the command with its arguments, or the boards to check;
+                                    ///< null-terminated
 };
 
 /// A wrong command line; what() says what is wrong.

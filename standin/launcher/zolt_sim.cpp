@@ -3,9 +3,11 @@
 // All files of a run lie in one private directory. The command finds the directory and the
 // platform's libraries through its environment.
 #include "standin/board/board_loader.h"
+#include "standin/board/description_text.h"
 #include "standin/board/fault_order.h"
 #include "standin/board/image.h"
 #include "standin/board/image_writer.h"
+#include "standin/board/message_text.h"
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
 #include "standin/launcher/i2c_side.h"
@@ -23,9 +25,11 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <system_error>
 #include <systemd/sd-event.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -40,7 +44,7 @@ Board boardFor(const Arguments& arguments) {
         try {
             orderFault(board, rule);
         } catch (const FaultRuleError& error) {
-            throw ArgumentsError("--fault '" + rule + "': " + error.what());
+            throw ArgumentsError("--fault " + inQuotes(rule) + ": " + error.what());
         }
     }
     return board;
@@ -101,6 +105,26 @@ Ended runOnBoard(const Board& board, const Arguments& arguments) {
     return superviseCommand(loop, command.pid, inherited);
 }
 
+std::vector<std::string> errorsOf(const std::string& path) {
+    try {
+        return errorsIn(readDescription(path), path);
+    } catch (const BoardError& error) { // the file cannot be read
+        return {error.what()};
+    }
+}
+
+// Prints the errors of each board. Returns the exit status.
+int checkBoards(char* const* boards) {
+    int status = EXIT_SUCCESS;
+    for (; *boards != nullptr; ++boards) {
+        for (const std::string& error : errorsOf(boardFile(*boards))) {
+            std::fprintf(stderr, "zolt_sim: %s\n", error.c_str());
+            status = exitWrongInput;
+        }
+    }
+    return status;
+}
+
 int run(int argc, char* argv[]) {
     const Arguments arguments = parseArguments(argc, argv);
     if (arguments.help) {
@@ -110,6 +134,9 @@ int run(int argc, char* argv[]) {
     if (arguments.version) {
         std::puts("zolt_sim " PROJECT_VERSION);
         return EXIT_SUCCESS;
+    }
+    if (arguments.check) {
+        return checkBoards(arguments.command);
     }
     const Ended ended = runOnBoard(boardFor(arguments), arguments);
     if (ended.interrupted) {

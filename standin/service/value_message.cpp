@@ -11,6 +11,7 @@ namespace standin {
 namespace {
 
 constexpr int misfit = -EINVAL;
+constexpr std::size_t longestSignature = 255;
 constexpr int deepestNesting = 32; // arrays and structs together; the bus allows 32 of each
 
 // Length of the complete type that a signature starts with; 0 when it starts with none.
@@ -47,15 +48,25 @@ std::size_t typeLength(std::string_view signature, bool inArray = false, int dep
     return at < signature.size() && shape ? at + 1 : 0;
 }
 
-bool isCompleteType(std::string_view signature) {
-    return !signature.empty() && typeLength(signature) == signature.size();
+// Whether a text is a sequence of complete types, which may be empty.
+bool isSignature(std::string_view text) {
+    bool isValid = text.size() <= longestSignature;
+    while (isValid && !text.empty()) {
+        const std::size_t length = typeLength(text);
+        isValid = length != 0;
+        text.remove_prefix(length);
+    }
+    return isValid;
 }
 
 // Takes the place of a message when a value is only checked.
 struct NoMessage {
     static int basic(char code, const void* value) {
         const auto* text = static_cast<const char*>(value);
-        return code == 'o' && sd_bus_object_path_is_valid(text) <= 0 ? misfit : 0;
+        const bool isValid = code == 'o'   ? sd_bus_object_path_is_valid(text) > 0
+                             : code == 'g' ? isSignature(text)
+                                           : true;
+        return isValid ? 0 : misfit;
     }
     static int open(char, std::string_view) { return 0; }
     static int close() { return 0; }
@@ -193,19 +204,31 @@ private:
         });
     }
 
+    // A variant's contents nest anew, so the depth of the value counts as well.
     template <typename AddContents>
     int inside(char kind, std::string_view contents, AddContents addContents) {
+        if (depth_ == deepestNesting) {
+            return misfit;
+        }
         int result = sink_.open(kind, contents);
         if (result >= 0) {
+            ++depth_;
             result = addContents();
+            --depth_;
         }
         return result < 0 ? result : sink_.close();
     }
 
     Sink sink_;
+    int depth_ = 0;
 };
 
 } // namespace
+
+bool isCompleteType(std::string_view signature) {
+    return !signature.empty() && signature.size() <= longestSignature &&
+           typeLength(signature) == signature.size();
+}
 
 bool valueFits(std::string_view signature, const Value& value) {
     return isCompleteType(signature) && Walk(NoMessage()).add(signature, value) >= 0;

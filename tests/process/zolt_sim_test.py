@@ -335,13 +335,18 @@ class Refuses(SimTest):
                 "--fault 'raw-read 5 once more': 'more' is not understood here",
             ),
             (
+                ["--fault", "bus \x1b[31m", "true"],
+                "--fault 'bus \\x1B[31m': '\\x1B[31m' is not understood here, only 'absent' is",
+            ),
+            (
                 ["--fault", "hal-object NOPE", "true"],
                 "--fault 'hal-object NOPE': the HAL has no object 'NOPE'",
             ),
             (
                 ["--fault", "named-read PICPWR_X_DSTAT", "true"],
                 "--fault 'named-read PICPWR_X_DSTAT': "
-                "no register has a name like 'PICPWR_X_DSTAT'",
+                "no register has a name like 'PICPWR_X_DSTAT'; did you mean 'PICPWR_1_DSTAT' or "
+                "'PICPWR_2_DSTAT' or 'PICPWR_3_DSTAT'?",
             ),
         ):
             with self.subTest(arguments):
@@ -359,6 +364,47 @@ class Refuses(SimTest):
         path = str(self.scratch.path) + "/"
         self.assert_refused(
             self.sim("--board", path, "true"), 2, f"zolt_sim: {path}: Is a directory\n"
+        )
+
+    def test_a_board_that_is_no_regular_file(self):
+        fifo = str(self.scratch.path / "fifo")
+        os.mkfifo(fifo)
+        for path in ("/dev/zero", fifo):
+            self.assert_refused(
+                self.sim("--board", path, "true"),
+                2,
+                f"zolt_sim: {path}: is not a regular file\n",
+            )
+
+    def test_a_board_that_is_nested_too_deeply(self):
+        path = self.scratch.file("deep.toml", "a." * 40000 + "a = 1\n")
+        self.assert_refused(
+            self.sim("--board", path, "true"),
+            2,
+            f"zolt_sim: {path}:1: a key has more than 16 parts\n",
+        )
+
+    def test_all_errors_of_the_boards_to_check(self):
+        one = self.scratch.file("one.toml", "[[slot]]\nid = 64\n[[slot]]\nid = 1\ndstat = 4\n")
+        none = str(self.scratch.path / "none.toml")
+        two = self.scratch.file("two.toml", "name = 7\n")
+        self.assert_refused(
+            self.sim("--check", one, "demo", none, two),
+            2,
+            f"zolt_sim: {one}:2: slot: 'id' must be a whole number from 1 to 63\n"
+            f"zolt_sim: {one}:5: slot: 'dstat' must be a whole number from 0 to 3\n"
+            f"zolt_sim: {none}: No such file or directory\n"
+            f"zolt_sim: {two}:1: board: 'name' must be a text\n",
+        )
+        self.assert_refused(self.sim("--check", "demo", "hostile", "raw_only"), 0, "")
+
+    def test_a_board_with_too_many_buses(self):
+        buses = "".join(f"[[i2c.bus]]\nnumber = {number}\n" for number in range(257))
+        path = self.scratch.file("buses.toml", buses)
+        self.assert_refused(
+            self.sim("--board", path, "sh", "-c", "echo started"),
+            2,
+            f"zolt_sim: {path}:514: i2c: the bus driver has room for 256 buses\n",
         )
 
     def test_a_wrong_board_before_the_command_starts(self):

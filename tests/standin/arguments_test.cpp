@@ -43,6 +43,13 @@ TEST(Arguments, everyOption) {
     EXPECT_EQ(command(arguments), Words{"-tool"});
 }
 
+TEST(Arguments, checkTakesBoards) {
+    const Arguments arguments = parse({"--check", "demo", "b.toml"});
+    EXPECT_TRUE(arguments.check);
+    EXPECT_EQ(command(arguments), (Words{"demo", "b.toml"}));
+    EXPECT_FALSE(parse({"tool", "--check"}).check);
+}
+
 TEST(Arguments, helpAndVersionNeedNoCommand) {
     EXPECT_TRUE(parse({"--help"}).help);
     EXPECT_TRUE(parse({"--version"}).version);
@@ -52,6 +59,8 @@ TEST(Arguments, refusesWithAReason) {
     const std::pair<std::vector<const char*>, const char*> cases[] = {
         {{}, "there is no command to run"},
         {{"--board", "x"}, "there is no command to run"},
+        {{"--check"}, "there is no board to check"},
+        {{"--check", "--fault", "bus absent", "demo"}, "--check takes no --fault"},
         {{"--board"}, "--board needs a value"},
         {{"--nothing", "x"}, "--nothing is not an option"},
         {{"--board", "", "x"}, "--board: the name is empty"},

@@ -135,6 +135,10 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         {"[override.raw]\nx = 1", "b.toml:2: raw: 'x' is no raw address (0x0000 to 0xFFFF)"},
         {"[override.raw]\n0x10000 = 1",
          "b.toml:2: raw: '0x10000' is no raw address (0x0000 to 0xFFFF)"},
+        {"[override.raw]\n0x1000 = 1\n4096 = 2",
+         "b.toml:3: raw: 0x1000 is described already, at line 2"},
+        {"[override.raw]\n0x2A02 = 1\n0x2A01 = [1, 2]",
+         "b.toml:3: raw: 0x2A02 is described already, at line 2"},
         {"[override.raw]\n0xFFFF = [1, 2]", "b.toml:2: raw: the bytes at '0xFFFF' run past 0xFFFF"},
         {"[override.named]\nX = 1.5", "b.toml:2: named: 'X' must be a whole number from 0 to 255"},
         {"faults = [\n'raw-read x']",
@@ -146,6 +150,125 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
     for (const auto& [description, message] : cases) {
         EXPECT_EQ(test::refusalOf(description), message) << description;
     }
+}
+
+TEST(BoardLoader, refusesNulInTexts) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"name = \"a\\u0000b\"", "b.toml:1: board: 'name' has a NUL character"},
+        {"faults = [\n\"named-read *\\u0000\"]", "b.toml:2: board: 'faults' has a NUL character"},
+        {"[override.named]\n\"A\\u0000\" = 1", "b.toml:2: named: 'A\\x00' has a NUL character"},
+    };
+    for (const auto& [description, message] : cases) {
+        EXPECT_EQ(test::refusalOf(description), message) << description;
+    }
+}
+
+TEST(BoardLoader, acceptsNulInTheRiserMap) {
+    const Board board = parseBoard("[[riser_map.record]]\nlocation = \"A\\u0000B\"", "b");
+    EXPECT_EQ(board.riserMap[61], 'A');
+    EXPECT_EQ(board.riserMap[62], 0);
+    EXPECT_EQ(board.riserMap[63], 'B');
+}
+
+// The dump of the tool, with its header, pastes into a text.
+TEST(BoardLoader, readsBytesFromADump) {
+    const Board board = parseBoard(R"(
+[[slot]]
+id = 1
+payload = """
+
++             0  1  2  3  4  5  6  7 :  8  9  A  B  C  D  E  F
+--------------------------------------------------------------
+0x00002a01 = 01 2a 03 04 05 06 07 08 : 09 0a 0b 0c 0d 0e 0f 10 
+0x00002a11 = ff 12 
+
+"""
+)",
+                                   "b");
+    EXPECT_EQ(board.slots[0].payload,
+              (Bytes{1, 0x2A, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0xFF, 0x12}));
+    const std::pair<const char*, const char*> cases[] = {
+        {"0x00002a01 01", "'0x00002a01'"}, {"0x = 01", "'0x'"},  {"01 = 02", "'='"},
+        {"0x12 = 0x13 = 1", "'0x13'"},     {"01:02", "'01:02'"}, {"-- 01", "'--'"},
+    };
+    for (const auto& [bytes, wrong] : cases) {
+        EXPECT_EQ(test::refusalOf(std::string("[[slot]]\nid = 1\npayload = '") + bytes + "'"),
+                  std::string("b.toml:3: slot: 'payload': ") + wrong +
+                      " is not a byte of two hexadecimal digits");
+    }
+}
+
+TEST(BoardLoader, collectsTheErrorsOfAllTables) {
+    using Errors = std::vector<std::string>;
+    EXPECT_EQ(errorsIn("[[slot]]\nid = 1", "b"), Errors());
+    EXPECT_EQ(errorsIn(R"(name = 7
+colour = 1
+faults = ["bus present", "raw-read 1", "hal-object NOPE"]
+[[slot]]
+id = 64
+dstat = 9
+[[slot]]
+id = 2
+[slot.module]
+xwires = 16
+[[slot]]
+id = 2
+color = 1
+dsatt = 1
+[riser_map]
+config_major = 256
+[[i2c.bus]]
+number = 1
+[[i2c.bus.device]]
+address = 0
+[[i2c.bus.device]]
+address = 1
+)",
+                       "b"),
+              (Errors{
+                  "b:1: board: 'name' must be a text",
+                  "b:5: slot: 'id' must be a whole number from 1 to 63",
+                  "b:10: module: 'xwires' must be a whole number from 0 to 15",
+                  "b:12: slot: 2 is described already, at line 8",
+                  "b:16: riser_map: 'config_major' must be a whole number from 0 to 255",
+                  "b:20: device: 'address' must be a whole number from 1 to 127",
+                  "b:21: device: needs 'memory', 'size' or 'node_type'",
+                  "b:3: fault 'bus present': 'present' is not understood here, only 'absent' is",
+                  "b:3: fault 'hal-object NOPE': the HAL has no object 'NOPE'",
+                  "b:2: board: 'colour' is not a key here",
+              }));
+    EXPECT_EQ(errorsIn("[[slot]]\nid = 2\ncolor = 1\ndsatt = 1", "b"),
+              (Errors{"b:3: slot: 'color' is not a key here",
+                      "b:4: slot: 'dsatt' is not a key here; did you mean 'dstat'?"}));
+    EXPECT_EQ(errorsIn("a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a = 1", "b"),
+              Errors{"b:1: a key has more than 16 parts"});
+    EXPECT_EQ(errorsIn(repeated("[[slot]]\n", 200), "b").size(), 100U);
+}
+
+TEST(BoardLoader, showsNoControlCharactersInMessages) {
+    const std::string escape = "\x1B[31m";
+    EXPECT_EQ(test::refusalOf("nmae = 1", "b" + escape + "\n.toml"),
+              "b\\x1B[31m\\n.toml:1: board: 'nmae' is not a key here; did you mean 'name'?");
+    const std::pair<std::string, const char*> cases[] = {
+        {"\"\\u001B[2J\" = 1", "b.toml:1: board: '\\x1B[2J' is not a key here"},
+        {"[[slot]]\nid = 1\nmodule = { type = \"\\u0007\", object = 'x' }",
+         "b.toml:3: module: '\\x07' is not a module type"},
+        {"[[slot]]\nid = 1\npayload = \"\\u001B\"",
+         "b.toml:3: slot: 'payload': '\\x1B' is not a byte of two hexadecimal digits"},
+        {"faults = [\"bus \\u001B\"]",
+         "b.toml:1: fault 'bus \\x1B': '\\x1B' is not understood here, only 'absent' is"},
+        {"[i2c.bus.\"\\u009B\"]", "b.toml:1: i2c: 'bus' must be an array of tables, [[bus]]"},
+        {"[service.info]\n\"\\u009B\" = 1", "b.toml:2: '\\xC2\\x9B' is no property name of D-Bus"},
+    };
+    for (const auto& [description, message] : cases) {
+        EXPECT_EQ(test::refusalOf(description), message) << description;
+    }
+    // The parser quotes the text in its own messages.
+    const std::string refusal =
+        test::refusalOf("a = 1\n\"\\u001B" + std::string(5000, 'x') + "\" = 1\n\"\\u001B" +
+                        std::string(5000, 'x') + "\" = 1\n");
+    EXPECT_EQ(refusal.find('\x1B'), std::string::npos) << refusal;
+    EXPECT_LT(refusal.size(), 300U);
 }
 
 // The message for invalid TOML is the place, followed by the parser's own words.

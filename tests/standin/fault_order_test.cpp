@@ -39,8 +39,14 @@ TEST(FaultOrder, acceptsFaultsThatCanHappen) {
 
 TEST(FaultOrder, refusesFaultsThatCanNeverHappen) {
     const std::pair<const char*, const char*> cases[] = {
-        {"named-read PICPWR_64_DSTAT", "no register has a name like 'PICPWR_64_DSTAT'"},
-        {"named-read PICPWR_X_DSTAT once", "no register has a name like 'PICPWR_X_DSTAT'"},
+        {"named-read PICPWR_64_DSTAT", "no register has a name like 'PICPWR_64_DSTAT'; did you "
+                                       "mean 'PICPWR_14_DSTAT' or 'PICPWR_24_DSTAT' or "
+                                       "'PICPWR_34_DSTAT'?"},
+        {"named-read PICPWR_X_DSTAT once", "no register has a name like 'PICPWR_X_DSTAT'; did you "
+                                           "mean 'PICPWR_1_DSTAT' or 'PICPWR_2_DSTAT' or "
+                                           "'PICPWR_3_DSTAT'?"},
+        {"hal-read PICPWR_PAYLOAD",
+         "the HAL has no object 'PICPWR_PAYLOAD'; did you mean 'PICPWR_PAYLOADS'?"},
         {"named-read picpwr_*", "no register has a name like 'picpwr_*'"},
         {"named-read [", "no register has a name like '['"},
         {"hal-object NOPE", "the HAL has no object 'NOPE'"},
@@ -58,6 +64,30 @@ TEST(FaultOrder, refusesFaultsThatCanNeverHappen) {
         }
     }
     EXPECT_TRUE(board.faults.empty());
+}
+
+std::string refusalOf(Board& board, const std::string& text) {
+    try {
+        orderFault(board, text);
+        return {};
+    } catch (const FaultRuleError& error) {
+        return error.what();
+    }
+}
+
+TEST(FaultOrder, boundsTheNumberOfFaults) {
+    Board board = parseBoard("", "b");
+    for (int i = 0; i < 256; ++i) {
+        ASSERT_EQ(refusalOf(board, i % 2 == 0 ? "i2c-open 5" : "i2c-ioctl 5 plain"), "") << i;
+    }
+    const char* const full = "the bus driver has room for 256 faults of i2c-open and i2c-ioctl";
+    EXPECT_EQ(refusalOf(board, "i2c-open 5"), full);
+    EXPECT_EQ(refusalOf(board, "i2c-ioctl 5 plain"), full);
+    while (board.faults.size() < 1024) {
+        ASSERT_EQ(refusalOf(board, "raw-read 1"), "");
+    }
+    EXPECT_EQ(refusalOf(board, "raw-read 1"), "a board has at most 1024 faults");
+    EXPECT_EQ(board.faults.size(), 1024U);
 }
 
 } // namespace

@@ -55,6 +55,8 @@ TEST(FaultRule, everyKind) {
         {"i2c-ioctl 5 recover-bus 96", busRule(i2cIoctl, 5, 8, EIO, 96)},
         {"sysinfo PICPWR", typeRule(16, -1)},
         {"sysinfo 164 status 3", typeRule(164, 3)},
+        {"sysinfo Backplane", typeRule(19, -1)},
+        {"sysinfo FSCP", typeRule(0, -1)},
         {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0, 3, false)},
     };
     for (const auto& [text, expected] : cases) {
@@ -70,11 +72,12 @@ TEST(FaultRule, refusesWithAReason) {
     const char* const noErrno = "'error' needs the name of an errno, like EIO";
     const char* const commands = "i2c-ioctl needs one of: plain, update-property, get-property, "
                                  "create-node, remove-device, recover-bus";
-    const std::pair<const char*, std::string> cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", kinds},
         {"  ", kinds},
         {"named", kinds},
         {"named-read", "named-read needs a name pattern"},
+        {"named-read " + std::string(256, '*'), "a name pattern has at most 255 characters"},
         {"raw-read", "raw-read needs an address or a range of addresses"},
         {"hal-read", "hal-read needs an object's name"},
         {"raw-read here", "'here' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
@@ -100,6 +103,12 @@ TEST(FaultRule, refusesWithAReason) {
         {"service gone", "'gone' is not understood here, only 'absent' is"},
         {"object", "object needs an object's path"},
         {"object X error", "'error' needs a name"},
+        {"object X error Failed", "'Failed' is no error name of D-Bus"},
+        {"object X error a..b", "'a..b' is no error name of D-Bus"},
+        {"object bp/bp-1", "'bp/bp-1' is no object path of D-Bus"},
+        {"object bp//bp1", "'bp//bp1' is no object path of D-Bus"},
+        {"object bp/", "'bp/' is no object path of D-Bus"},
+        {"named-read X onec", "'onec' is not understood here; did you mean 'once'?"},
         {"object X once", "'once' is not understood here"},
         {"service absent once", "'once' is not understood here"},
         {"named-read X error E", "'error' is not understood here"},
@@ -109,7 +118,8 @@ TEST(FaultRule, refusesWithAReason) {
         {"i2c-open 1048576", "'1048576' is no bus number"},
         {"i2c-open 5 error", noErrno},
         {"i2c-open 5 error 2", noErrno},
-        {"i2c-open 5 error ENOSUCH", noErrno},
+        {"i2c-open 5 error ENOSUCHTHING", noErrno},
+        {"i2c-open 5 error EACES", std::string(noErrno) + "; did you mean 'EACCES'?"},
         {"i2c-open 5 status 2", "'status' is not understood here"},
         {"i2c-open 5 plain", "'plain' is not understood here"},
         {"i2c-ioctl 5", commands},
@@ -118,7 +128,8 @@ TEST(FaultRule, refusesWithAReason) {
         {"i2c-ioctl 5 plain 1 2", "'2' is not understood here"},
         {"sysinfo", "sysinfo needs a device type"},
         {"sysinfo 165", "'165' is no device type"},
-        {"sysinfo Backplane", "'Backplane' is no device type"},
+        {"sysinfo Backplanes", "'Backplanes' is no device type; did you mean 'Backplane'?"},
+        {"sysinfo puk", "'puk' is no device type; did you mean 'PUCK'?"},
         {"sysinfo BP error EIO", "'error' is not understood here"},
     };
     for (const auto& [text, reason] : cases) {

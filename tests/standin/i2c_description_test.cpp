@@ -151,6 +151,58 @@ root = "empty"
     }
 }
 
+// Repeats a table. A '#' in it stands for the number of the repetition.
+std::string numbered(const std::string& table, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) {
+        std::string each = table;
+        for (std::size_t at = 0; (at = each.find('#', at)) != std::string::npos;) {
+            each.replace(at, 1, std::to_string(i));
+        }
+        all += each;
+    }
+    return all;
+}
+
+TEST(I2cDescription, fillsTheBusDriver) {
+    const std::string buses = numbered("[[i2c.bus]]\nnumber = #\n", 255);
+    // The bus of the second index node is a bus already.
+    const std::string nodes =
+        numbered("[[i2c.index_node]]\ndevice_type = 1\nphysical_bus = 255\n", 2);
+    EXPECT_NO_THROW((void)read(buses + nodes));
+    std::string devices = "[[i2c.bus]]\nnumber = 1\n";
+    for (int bus = 2; bus < 10; ++bus) { // 8 * 127 devices
+        for (int address = 1; address < 128; ++address) {
+            devices += "[[i2c.bus.device]]\nsize = 1\naddress = " + std::to_string(address) + "\n";
+        }
+        devices += "[[i2c.bus]]\nnumber = " + std::to_string(bus) + "\n";
+    }
+    devices += numbered("[[i2c.bus.device]]\nsize = 1\naddress = 10#\n", 8);
+    EXPECT_NO_THROW((void)read(devices));
+    const std::string properties = "[[i2c.bus]]\nnumber = 1\n[[i2c.bus.device]]\naddress = 1\n"
+                                   "size = 1\n[i2c.bus.device.properties]\n" +
+                                   numbered("# = 1\n", 4095) +
+                                   "[[i2c.bus]]\nnumber = 2\n[i2c.bus.properties]\n0 = 1\n";
+    EXPECT_NO_THROW((void)read(properties));
+    const std::pair<std::string, const char*> cases[] = {
+        {buses + "[[i2c.bus]]\nnumber = 256\n[[i2c.bus]]\nnumber = 257\n",
+         "b:514: i2c: the bus driver has room for 256 buses"},
+        {buses + nodes + "[[i2c.index_node]]\ndevice_type = 1\nphysical_bus = 256\n",
+         "b:519: i2c: the bus driver has room for 256 buses"},
+        {devices + "[[i2c.bus.device]]\nsize = 1\naddress = 1\n",
+         "b:3091: i2c: the bus driver has room for 1024 devices"},
+        {properties + "1 = 1\n", "b:4106: i2c: the bus driver has room for 4096 properties"},
+    };
+    for (const auto& [description, reason] : cases) {
+        try {
+            (void)read(description);
+            ADD_FAILURE() << "accepted: " << reason;
+        } catch (const BoardError& error) {
+            EXPECT_STREQ(error.what(), reason);
+        }
+    }
+}
+
 TEST(I2cDescription, refusesWithFileLineAndReason) {
     const std::string bus = "[[i2c.bus]]\nnumber = 1\n";
     const std::string device = bus + "[[i2c.bus.device]]\n";
@@ -161,7 +213,10 @@ TEST(I2cDescription, refusesWithFileLineAndReason) {
         {"[[i2c.bus]]\nnumber = 1048576\n",
          "b:2: bus: 'number' must be a whole number from 0 to 1048575"},
         {bus + bus, "b:4: bus: 1 is described already, at line 2"},
-        {bus + "properties = { x = 1 }\n", "b:3: properties: 'x' is no property number"},
+        {bus + "properties = { x = 1 }\n",
+         "b:3: properties: 'x' is no property number (0 to 4294967295)"},
+        {bus + "[i2c.bus.properties]\n8 = 1\n0x8 = 1\n",
+         "b:5: property: 8 is described already, at line 4"},
         {bus + "properties = { 1 = -1 }\n",
          "b:3: properties: '1' must be a whole number from 0 to 4294967295"},
         {device, "b:3: device: 'address' is missing"},
@@ -174,7 +229,9 @@ TEST(I2cDescription, refusesWithFileLineAndReason) {
          "b:5: device: a 'pointer_width' of 1 does not reach 257 bytes"},
         {device + "address = 1\nsize = 65537\n",
          "b:5: device: 'size' must be a whole number from 0 to 65536"},
-        {device + "address = 1\nnode_type = \"Backplane\"\n", "b:5: 'Backplane' is no device type"},
+        {device + "address = 1\nnode_type = \"Plane\"\n", "b:5: 'Plane' is no device type"},
+        {device + "address = 1\nnode_type = \"PUK\"\n",
+         "b:5: 'PUK' is no device type; did you mean 'PUCK'?"},
         {device + "address = 1\nnode_type = \"\"\n", "b:5: '' is no device type"},
         {device + "address = 1\nsize = 1\n[[i2c.bus.device]]\naddress = 1\nsize = 1\n",
          "b:7: device: 1 is described already, at line 4"},

@@ -89,6 +89,26 @@ struct Pair {
     Value value;
 };
 
+// Variants in each other, with a number in the innermost one.
+Value nestedVariants(int count) {
+    Value value = listOf("y", 1);
+    while (count-- > 0) {
+        value = listOf("v", std::move(value));
+    }
+    return value;
+}
+
+// A service that sends deeper values loses its connection.
+TEST_F(ValueMessage, variantsNestThirtyTwoDeep) {
+    EXPECT_TRUE(valueFits("v", nestedVariants(31)));
+    EXPECT_FALSE(valueFits("v", nestedVariants(32)));
+    EXPECT_TRUE(valueFits("g", "a{sv}y(ii)"));
+    EXPECT_TRUE(valueFits("g", ""));
+    EXPECT_TRUE(valueFits("g", std::string(255, 'y')));
+    EXPECT_FALSE(valueFits("g", std::string(256, 'y')));
+    EXPECT_FALSE(valueFits("(" + std::string(255, 'y') + ")", Value::List(255, Value(1))));
+}
+
 // valueFits(), which needs no message, and appendValue() refuse the same values.
 TEST_F(ValueMessage, valuesThatDoNotFitTheirSignatureAreRefused) {
     const std::vector<Pair> pairs{
@@ -115,6 +135,9 @@ TEST_F(ValueMessage, valuesThatDoNotFitTheirSignatureAreRefused) {
         {"v", listOf(1, 1)},
         {"v", listOf("yy", 1)},
         {"v", listOf("y", 256)},
+        {"g", "a"},
+        {"g", "y)"},
+        {"v", nestedVariants(32)},
     };
     for (const auto& [signature, value] : pairs) {
         EXPECT_FALSE(valueFits(signature, value)) << signature;
