@@ -9,6 +9,7 @@
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
 #include "standin/launcher/i2c_side.h"
+#include "standin/launcher/loader_path.h"
 #include "standin/launcher/places.h"
 #include "standin/launcher/private_directory.h"
 #include "standin/launcher/service_side.h"
@@ -59,8 +60,8 @@ void addLog(Environment& environment, const char* variable, const std::string& p
     environment.emplace_back(variable, std::filesystem::absolute(path));
 }
 
-std::string librarySearchPath() {
-    std::string path = libraryDirectory();
+std::string librarySearchPath(const std::string& directory) {
+    std::string path = loaderPath(libraryDirectory(), directory, "lib");
     const char* const inherited = std::getenv("LD_LIBRARY_PATH");
     if (inherited != nullptr && *inherited != '\0') {
         path.append(":").append(inherited);
@@ -73,7 +74,7 @@ void add(Environment& environment, const Environment& more) {
 }
 
 Ended runOnBoard(const Board& board, const Arguments& arguments) {
-    Environment environment{{"LD_LIBRARY_PATH", librarySearchPath()}};
+    Environment environment;
     addLog(environment, debugLogVariable, arguments.debugLog);
     addLog(environment, callLogVariable, arguments.callLog);
 
@@ -88,6 +89,7 @@ Ended runOnBoard(const Board& board, const Arguments& arguments) {
     const ServiceSide service(loop, directory.path(), board);
     const I2cSide i2c(loop, directory.path(), board, arguments.i2cLog);
 
+    environment.emplace_back("LD_LIBRARY_PATH", librarySearchPath(directory.path()));
     environment.emplace_back(boardDirectoryVariable, directory.path());
     add(environment, service.environment());
     add(environment, i2c.environment());
