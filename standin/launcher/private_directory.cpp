@@ -115,7 +115,12 @@ PrivateDirectory::PrivateDirectory() {
 
 PrivateDirectory::~PrivateDirectory() {
     close(lifeline_);
-    while (waitpid(keeper_, nullptr, 0) < 0 && errno == EINTR) {
+    int status = 0;
+    while (waitpid(keeper_, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS) { // the keeper was killed
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
     }
 }
 

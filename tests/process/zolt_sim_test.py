@@ -318,6 +318,30 @@ class Signals(SimTest):
         self.assertEqual(process.stdout.read(), "")  # the command has ended, too
         self.assert_nothing_left()
 
+    def test_that_kill_the_keeper_of_the_directory_leave_the_directory_to_zolt_sim(self):
+        process = self.start("sh", "-c", "echo ready; read end; exit 7")
+        keeper = self.keeper_of(process.pid)
+        os.kill(keeper, signal.SIGKILL)
+        self.assertEqual(len(self.scratch.left_behind()), 1)
+        process.stdin.write("\n")
+        process.stdin.flush()
+        self.assertEqual(process.wait(TIMEOUT_SECONDS), 7)
+        self.assertEqual(self.scratch.left_behind(), [])
+
+    def keeper_of(self, sim):
+        """Returns the process of zolt_sim that leads a session of its own."""
+        found = []
+        for stat_file in pathlib.Path("/proc").glob("[0-9]*/stat"):
+            try:
+                pid, _, fields = stat_file.read_text().partition(" (")
+            except OSError:  # the process has ended
+                continue
+            _, parent, _, session = fields.rpartition(") ")[2].split()[:4]
+            if int(parent) == sim and session == pid:
+                found.append(int(pid))
+        self.assertEqual(len(found), 1)
+        return found[0]
+
 
 class Refuses(SimTest):
     ADVICE = "'zolt_sim --help' tells more.\n"
