@@ -1,6 +1,6 @@
 #include "standin/launcher/machine_buses.h"
 
-#include "standin/i2c_bus/device.h"
+#include "standin/launcher/bus_nodes.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +15,6 @@
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/sysmacros.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -37,25 +36,6 @@ constexpr std::array<unsigned, 4> waysRound{
 void check(long result) {
     if (result < 0) {
         throw std::system_error(errno, std::generic_category());
-    }
-}
-
-bool isBus(const struct stat& status) {
-    return S_ISCHR(status.st_mode) && major(status.st_rdev) == I2C_DEVICE_MAJOR;
-}
-
-void addNodesBelow(const fs::path& directory, std::vector<std::string>& nodes) {
-    std::error_code closed; // ignored: the directory is unreadable, or gone by now
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory, closed)) {
-        struct stat status {};
-        if (lstat(entry.path().c_str(), &status) != 0) {
-            continue;
-        }
-        if (S_ISDIR(status.st_mode)) {
-            addNodesBelow(entry.path(), nodes);
-        } else if (isBus(status)) {
-            nodes.push_back(entry.path());
-        }
     }
 }
 
@@ -103,7 +83,10 @@ void getOwnMounts() {
 void closeNode(const std::string& node) {
     mount_attr noDevices{};
     noDevices.attr_set = MOUNT_ATTR_NODEV;
-    check(mount(node.c_str(), node.c_str(), nullptr, MS_BIND, nullptr));
+    // A removed node that is still mounted alone takes no cover. Its own mount is closed then.
+    if (mount(node.c_str(), node.c_str(), nullptr, MS_BIND, nullptr) != 0 && errno != ENOENT) {
+        check(-1);
+    }
     check(mount_setattr(AT_FDCWD, node.c_str(), 0, &noDevices, sizeof noDevices));
 }
 
@@ -124,9 +107,8 @@ void giveUpWaysRound() {
 } // namespace
 
 void keepFromMachineBuses() {
-    closeDescriptors(isBus);
-    std::vector<std::string> nodes;
-    addNodesBelow("/dev", nodes);
+    closeDescriptors(isBusNode);
+    std::vector<std::string> nodes = busNodes();
     if (nodes.empty()) {
         return;
     }
