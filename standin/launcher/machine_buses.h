@@ -15,7 +15,7 @@ namespace standin {
 ///   - When the process could open such a node, it gets mounts of its own, in which it cannot. Its
 ///     open directories and four capabilities would lead round these mounts, so it loses them.
 ///
-/// @throw std::system_error when the kernel refuses one of these steps
+/// @throw std::system_error when the kernel refuses one of these steps; what() names the step
 void keepFromMachineBuses();
 
 } // namespace standin

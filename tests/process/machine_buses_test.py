@@ -241,7 +241,7 @@ class MachineBuses(unittest.TestCase):
                 125,
                 "",
                 "zolt_sim: cannot keep the command away from the machine's I2C buses: "
-                "Operation not permitted\n",
+                "cannot get mounts of its own: Operation not permitted\n",
             ),
         )
         # The modes of the nodes keep this user out anyway.

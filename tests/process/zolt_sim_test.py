@@ -117,7 +117,8 @@ class Status(SimTest):
         self.assert_refused(
             self.sim("true"),
             125,
-            "zolt_sim: cannot make a private directory: No such file or directory\n",
+            f"zolt_sim: cannot make the private directory '{self.scratch.path}/missing/"
+            "zolt_sim.XXXXXX': No such file or directory\n",
         )
 
     def test_is_125_when_the_place_is_too_deep_for_a_socket(self):
@@ -127,8 +128,8 @@ class Status(SimTest):
         self.assert_refused(
             self.sim("true"),
             125,
-            f"zolt_sim: TMPDIR is too long: '{deep}/zolt_sim.XXXXXX' leaves no room for the name "
-            "of a socket\n",
+            f"zolt_sim: TMPDIR is too long: '{deep}/zolt_sim.XXXXXX' has {len(deep) + 16} bytes, "
+            "and 95 leave room for the name of a socket\n",
         )
 
     @unittest.skipUnless(serves_others(), "no other user can run the programs here")
@@ -415,6 +416,40 @@ class Tells(SimTest):
 
     def test_its_version(self):
         self.assertRegex(self.sim("--version").stdout, r"^zolt_sim \d+\.\d+\.\d+\n$")
+
+    def test_in_its_manual_page_every_variable_that_it_sets(self):
+        options = ("--debug-log", "--call-log", "--i2c-log")
+        logs = sum(((option, str(self.scratch.path / option)) for option in options), ())
+        shown = self.sim(*logs, "env", "-0").stdout.split("\0")
+        theirs = dict(line.split("=", 1) for line in shown if line)
+        changed = {
+            name for name, value in theirs.items() if self.scratch.environment.get(name) != value
+        }
+        page = pathlib.Path(__file__).parents[2] / "docs" / "zolt_sim.1"
+        told = {
+            name
+            for line in page.read_text().splitlines() if line.startswith(".It Ev ")
+            for name in line.removeprefix(".It Ev ").replace(",", " ").split()
+        }
+        self.assertEqual(changed - told, set())
+        self.assertEqual(told - changed, {"PATH", "TMPDIR"})
+
+    def test_logs_in_files_with_the_callers_umask(self):
+        for umask in (0o022, 0o027, 0o000):
+            logs = [self.scratch.path / f"{name}{umask}" for name in ("debug", "call", "i2c")]
+            options = zip(("--debug-log", "--call-log", "--i2c-log"), map(str, logs))
+            self.assertEqual(self.sim(*sum(options, ()), "true", umask=umask).stderr, "")
+            self.assertEqual([log.stat().st_mode & 0o777 for log in logs], 3 * [0o666 & ~umask])
+
+    def test_logs_of_several_tools_to_the_reader_of_a_pipe(self):
+        log = self.scratch.path / "pipe"
+        os.mkfifo(log)
+        reader = subprocess.Popen(["cat", log], stdout=subprocess.PIPE, text=True)
+        self.addCleanup(reader.kill)
+        done = self.sim("--call-log", str(log), "sh", "-c", 2 * f"{TOOL} -o 1 -p 42; ")
+        self.assertEqual(done.stderr, "")
+        shown, _ = reader.communicate(timeout=TIMEOUT_SECONDS)
+        self.assertEqual(shown, 2 * "ReadIO_Str PICPWR_42_DSTAT = 0\n")
 
     def test_logs_that_start_empty_and_work_from_any_directory(self):
         self.scratch.file("calls", "from an earlier run\n")
