@@ -132,16 +132,6 @@ class Status(SimTest):
             "and 95 leave room for the name of a socket\n",
         )
 
-    @unittest.skipUnless(serves_others(), "no other user can run the programs here")
-    def test_is_125_for_a_user_without_a_name(self):
-        self.scratch.path.chmod(0o777)
-        self.assert_refused(
-            run(*other_user("54321"), SIM, "--", "true", env=self.scratch.environment),
-            125,
-            "zolt_sim: the bus daemon serves only users of the user database, and user 54321 is "
-            "not in it\n",
-        )
-
     def test_is_the_commands_in_the_deepest_place_for_a_socket(self):
         # The longest path of the bus has 99 bytes, 20 of them in "/zolt_sim.XXXXXX/bus".
         place = str(self.scratch.path).ljust(79, "d")
@@ -151,6 +141,39 @@ class Status(SimTest):
         self.assertEqual(self.sim("sh", "-c", "exit 7").returncode, 7)
         self.scratch.environment["TMPDIR"] += "d"
         self.assertEqual(self.sim("true").returncode, 125)
+
+
+class WithoutABus(SimTest):
+    WAY_OUT = (
+        "Registers and I2C work without a system bus: give zolt_sim the option "
+        "--fault 'bus absent', or\nthe board description the line faults = [\"bus absent\"].\n"
+    )
+    # The command and the platform's answers, which need neither a daemon nor a name.
+    ASK = ("/bin/sh", "-c", f"{TOOL} -o 1 -p 42; test -c /dev/i2c-0 && echo bus")
+    ANSWER = "\nPICPWR 42 DSTAT              = 00b\nbus\n"
+
+    def assert_tells_a_way_that_works(self, reason, *user):
+        def sim(*arguments):
+            return run(*user, SIM, *arguments, *self.ASK, env=self.scratch.environment)
+
+        self.assert_refused(sim(), 125, f"zolt_sim: {reason}\n{self.WAY_OUT}")
+        board = self.scratch.file("board.toml", 'faults = ["bus absent"]\n[[i2c.bus]]\nnumber = 0\n')
+        for way in (("--fault", "bus absent"), ("--board", board)):
+            done = sim(*way)
+            self.assertEqual((done.stdout, done.stderr, done.returncode), (self.ANSWER, "", 0))
+            self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_daemon(self):
+        self.scratch.environment["PATH"] = str(self.scratch.path)
+        self.assert_tells_a_way_that_works("dbus-daemon does not start: No such file or directory")
+
+    @unittest.skipUnless(serves_others(), "no other user can run the programs here")
+    def test_that_serves_a_user_without_a_name(self):
+        self.scratch.path.chmod(0o777)
+        self.assert_tells_a_way_that_works(
+            "the bus daemon serves only users of the user database, and user 54321 is not in it",
+            shutil.which("setpriv"), *other_user("54321")[1:],
+        )
 
 
 class Command(SimTest):
