@@ -116,7 +116,7 @@ std::vector<std::string> busNodes() {
         addNodesOf(mount, nodes);
     }
     std::ranges::sort(nodes);
-    nodes.erase(std::ranges::unique(nodes).begin(), nodes.end());
+    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
     return nodes;
 }
 
