@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
+#include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
@@ -43,8 +44,8 @@ void check(int result, const char* what) {
 
 // The child's report of why it did not become the command.
 struct Obstacle {
-    bool isBuses; ///< true: the machine's buses could not be shut off; false: exec failed
-    int error;
+    int error;                      // errno; 0: there is none
+    std::array<char, 1024> buses{}; // the step that failed to shut off the machine's buses
 };
 
 [[noreturn]] void giveUp(int failure, const Obstacle& obstacle) {
@@ -80,7 +81,9 @@ void holdSignalsBack() {
     try {
         keepFromMachineBuses();
     } catch (const std::system_error& error) {
-        giveUp(failure, {true, error.code().value()});
+        Obstacle obstacle{.error = error.code().value()};
+        std::string(error.what()).copy(obstacle.buses.data(), obstacle.buses.size() - 1);
+        giveUp(failure, obstacle);
     }
     prctl(PR_SET_PDEATHSIG, SIGHUP);
     if (getppid() != parent) { // the parent ended before prctl()
@@ -92,7 +95,7 @@ void holdSignalsBack() {
     umask(inherited.umask);
     sigaction(SIGCHLD, &inherited.children, nullptr);
     execvp(command[0], command);
-    giveUp(failure, {false, errno});
+    giveUp(failure, {.error = errno});
 }
 
 // The kernel sends a signal of the keyboard to the command as well as to this process. It tells the
@@ -156,22 +159,23 @@ Started startCommand(char* const* command, const Environment& additions,
         awaitPermission(permission);
         become(command, additions, inherited, parent, failure.writeEnd);
     }
-    Obstacle obstacle{false, errno};
+    Obstacle obstacle{.error = started.pid < 0 ? errno : 0};
     holdSignalsBack();
     (void)!write(permission.writeEnd, "", 1);
     close(permission.readEnd);
     close(permission.writeEnd);
     close(failure.writeEnd);
     if (started.pid > 0 && read(failure.readEnd, &obstacle, sizeof obstacle) != sizeof obstacle) {
-        obstacle = {}; // exec succeeded and closed the pipe
+        obstacle.error = 0; // exec succeeded and closed the pipe
     }
     close(failure.readEnd);
     if (obstacle.error != 0 && started.pid > 0) {
         waitpid(started.pid, nullptr, 0);
     }
-    if (obstacle.isBuses) {
-        throw std::system_error(obstacle.error, std::generic_category(),
-                                "cannot keep the command away from the machine's I2C buses");
+    if (obstacle.error != 0 && obstacle.buses.front() != '\0') {
+        throw std::runtime_error(
+            std::string("cannot keep the command away from the machine's I2C buses: ") +
+            obstacle.buses.data());
     }
     if (obstacle.error != 0) {
         started = {.failure = {obstacle.error == ENOENT ? 127 : 126, obstacle.error}};

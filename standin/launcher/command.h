@@ -53,7 +53,7 @@ void holdStandardStreams();
 ///
 /// Each signal does its work once: it ends this process before the command exists. From then on
 /// this process holds the signals back for superviseCommand().
-/// @throw std::system_error when the machine's buses cannot be shut off, or for lack of a pipe
+/// @throw std::runtime_error when the machine's buses cannot be shut off, or for lack of a pipe
 [[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
                                    const Inherited& inherited);
 

@@ -1,5 +1,6 @@
 #include "standin/launcher/i2c_side.h"
 
+#include "standin/launcher/loader_path.h"
 #include "standin/launcher/places.h"
 #include "standin/launcher/topology_file.h"
 
@@ -113,6 +114,7 @@ I2cSide::I2cSide(sd_event* loop, const std::string& directory, const Board& boar
                  const std::string& log)
     : board_(&board),
       socket_(directory + "/i2c"),
+      preload_(loaderPath(preloadLibrary(), directory, "libzolt_sim_i2c.so")),
       topology_(directory + "/" + topologyFileName),
       server_(loop, socket_, busStateOf(board), log) {
     publishChanges();
@@ -132,8 +134,7 @@ void I2cSide::publishChanges() {
 Environment I2cSide::environment() const {
     Environment environment{{WIRE_ENVIRONMENT, socket_}};
     const std::string libraries = inherited("LD_PRELOAD");
-    environment.emplace_back("LD_PRELOAD",
-                             preloadLibrary() + (libraries.empty() ? "" : ":" + libraries));
+    environment.emplace_back("LD_PRELOAD", preload_ + (libraries.empty() ? "" : ":" + libraries));
     // AddressSanitizer's shared runtime otherwise demands to be the first library.
     const std::string options = inherited("ASAN_OPTIONS");
     environment.emplace_back("ASAN_OPTIONS",

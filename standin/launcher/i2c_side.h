@@ -18,7 +18,8 @@ public:
     /// @param board  must outlive this object.
     /// @param log    file that gets a line for each control transaction; empty: no log
     /// @throw std::system_error when socket, log or topology file cannot be made
-    /// @throw std::runtime_error when the board does not fit the driver's tables
+    /// @throw std::runtime_error when the board does not fit the driver's tables, or the dynamic
+    ///        loader cannot find the preload library
     I2cSide(sd_event* loop, const std::string& directory, const Board& board,
             const std::string& log);
     I2cSide(const I2cSide&) = delete;
@@ -32,6 +33,7 @@ private:
 
     const Board* board_;
     std::string socket_;
+    std::string preload_; ///< path of the preload library
     std::string topology_;
     BusServer server_;
     std::uint64_t published_ = 0; ///< number of nodes in the file, plus 1; 0: no file yet

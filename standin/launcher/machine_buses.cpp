@@ -1,6 +1,6 @@
 #include "standin/launcher/machine_buses.h"
 
-#include "standin/i2c_bus/device.h"
+#include "standin/launcher/bus_nodes.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +15,6 @@
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/sysmacros.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -34,28 +33,9 @@ constexpr std::array<unsigned, 4> waysRound{
     CAP_DAC_READ_SEARCH, // opens a file by its handle, past any mount
 };
 
-void check(long result) {
+void check(long result, const std::string& step) {
     if (result < 0) {
-        throw std::system_error(errno, std::generic_category());
-    }
-}
-
-bool isBus(const struct stat& status) {
-    return S_ISCHR(status.st_mode) && major(status.st_rdev) == I2C_DEVICE_MAJOR;
-}
-
-void addNodesBelow(const fs::path& directory, std::vector<std::string>& nodes) {
-    std::error_code closed; // ignored: the directory is unreadable, or gone by now
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory, closed)) {
-        struct stat status {};
-        if (lstat(entry.path().c_str(), &status) != 0) {
-            continue;
-        }
-        if (S_ISDIR(status.st_mode)) {
-            addNodesBelow(entry.path(), nodes);
-        } else if (isBus(status)) {
-            nodes.push_back(entry.path());
-        }
+        throw std::system_error(errno, std::generic_category(), step);
     }
 }
 
@@ -81,20 +61,20 @@ void closeDescriptors(Condition toBeClosed) {
 
 void writeFile(const char* path, const std::string& text) {
     const int file = open(path, O_WRONLY | O_CLOEXEC);
-    check(file);
-    check(write(file, text.data(), text.size()));
+    check(file, path);
+    check(write(file, text.data(), text.size()), path);
     close(file);
 }
 
 // An ordinary user can mount only in a user namespace. User and group keep their numbers in it.
 void getOwnMounts() {
     if (unshare(CLONE_NEWNS) == 0) {
-        check(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr));
+        check(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr), "cannot detach its mounts");
         return;
     }
     const std::string user = std::to_string(geteuid());
     const std::string group = std::to_string(getegid());
-    check(unshare(CLONE_NEWUSER | CLONE_NEWNS));
+    check(unshare(CLONE_NEWUSER | CLONE_NEWNS), "cannot get mounts of its own");
     writeFile("/proc/self/uid_map", user + " " + user + " 1");
     writeFile("/proc/self/setgroups", "deny");
     writeFile("/proc/self/gid_map", group + " " + group + " 1");
@@ -103,34 +83,36 @@ void getOwnMounts() {
 void closeNode(const std::string& node) {
     mount_attr noDevices{};
     noDevices.attr_set = MOUNT_ATTR_NODEV;
-    check(mount(node.c_str(), node.c_str(), nullptr, MS_BIND, nullptr));
-    check(mount_setattr(AT_FDCWD, node.c_str(), 0, &noDevices, sizeof noDevices));
+    // A removed node that is still mounted alone takes no cover. Its own mount is closed then.
+    if (mount(node.c_str(), node.c_str(), nullptr, MS_BIND, nullptr) != 0 && errno != ENOENT) {
+        check(-1, node);
+    }
+    check(mount_setattr(AT_FDCWD, node.c_str(), 0, &noDevices, sizeof noDevices), node);
 }
 
 // The loss is final, because PR_SET_NO_NEW_PRIVS keeps later programs from gaining privileges.
 void giveUpWaysRound() {
     __user_cap_header_struct header{.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
     std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
-    check(syscall(SYS_capget, &header, sets.data()));
+    check(syscall(SYS_capget, &header, sets.data()), "cannot get its capabilities");
     for (const unsigned capability : waysRound) {
         __user_cap_data_struct& set = sets.at(CAP_TO_INDEX(capability));
         set.effective &= ~CAP_TO_MASK(capability);
         set.permitted &= ~CAP_TO_MASK(capability);
         set.inheritable &= ~CAP_TO_MASK(capability);
     }
-    check(syscall(SYS_capset, &header, sets.data()));
+    check(syscall(SYS_capset, &header, sets.data()), "cannot give up capabilities");
 }
 
 } // namespace
 
 void keepFromMachineBuses() {
-    closeDescriptors(isBus);
-    std::vector<std::string> nodes;
-    addNodesBelow("/dev", nodes);
+    closeDescriptors(isBusNode);
+    std::vector<std::string> nodes = busNodes();
     if (nodes.empty()) {
         return;
     }
-    check(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0));
+    check(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "cannot refuse privileges");
     std::erase_if(nodes, [](const std::string& node) { return !canBeOpened(node); });
     if (nodes.empty()) {
         return;

@@ -10,11 +10,12 @@ namespace standin {
 /// Takes the machine's I2C buses away from the process that is about to become the command.
 ///
 ///   - Inherited descriptors of buses are closed.
-///   - When /dev has nodes of buses, the process can no longer gain privileges from a program.
+///   - When busNodes() finds nodes of buses, the process can no longer gain privileges from a
+///   program.
 ///   - When the process could open such a node, it gets mounts of its own, in which it cannot. Its
 ///     open directories and four capabilities would lead round these mounts, so it loses them.
 ///
-/// @throw std::system_error when the kernel refuses one of these steps
+/// @throw std::system_error when the kernel refuses one of these steps; what() names the step
 void keepFromMachineBuses();
 
 } // namespace standin

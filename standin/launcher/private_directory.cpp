@@ -18,7 +18,7 @@ namespace standin {
 
 namespace {
 
-[[noreturn]] void fail(const char* what) {
+[[noreturn]] void fail(const std::string& what) {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
@@ -43,8 +43,9 @@ std::string directoryPattern() {
     std::string pattern = std::filesystem::absolute(given ? base : "/tmp") / "zolt_sim.XXXXXX";
     constexpr std::size_t room = 99 - std::string_view("/bus").size(); // dbus-daemon's limit
     if (pattern.size() > room) {
-        throw std::runtime_error("TMPDIR is too long: '" + pattern +
-                                 "' leaves no room for the name of a socket");
+        throw std::runtime_error("TMPDIR is too long: '" + pattern + "' has " +
+                                 std::to_string(pattern.size()) + " bytes, and " +
+                                 std::to_string(room) + " leave room for the name of a socket");
     }
     return pattern;
 }
@@ -101,7 +102,7 @@ PrivateDirectory::PrivateDirectory() {
         path_ = path.data();
         return;
     }
-    int error = errno;
+    int error = length == 0 ? ECHILD : errno; // the keeper was killed, or a call failed
     if (length == sizeof error) {
         std::memcpy(&error, path.data(), sizeof error);
     }
@@ -110,12 +111,17 @@ PrivateDirectory::PrivateDirectory() {
         waitpid(keeper_, nullptr, 0);
     }
     errno = error;
-    fail("cannot make a private directory");
+    fail("cannot make the private directory '" + pattern + "'");
 }
 
 PrivateDirectory::~PrivateDirectory() {
     close(lifeline_);
-    while (waitpid(keeper_, nullptr, 0) < 0 && errno == EINTR) {
+    int status = 0;
+    while (waitpid(keeper_, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS) { // the keeper was killed
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
     }
 }
 

@@ -9,7 +9,8 @@ namespace standin {
 /// A new directory of mode 0700 below $TMPDIR (or /tmp).
 ///
 /// A child process, the keeper, makes the directory, waits for the end of this object, and removes
-/// the directory. So the directory goes even when the program is killed. The keeper inherits open
+/// the directory. So the directory goes even when the program is killed. If the keeper is
+/// killed, the end of this object removes the directory. The keeper inherits open
 /// files: construct this object before opening a file that must not stay open.
 class PrivateDirectory {
 public:

@@ -3,6 +3,8 @@
 #include "standin/launcher/published_board.h"
 
 #include <algorithm>
+#include <exception>
+#include <stdexcept>
 
 namespace standin {
 
@@ -19,6 +21,17 @@ ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const Boa
     if (isAbsent(board, FaultKind::bus)) {
         return; // nothing listens there, and the command cannot fall back to the machine's bus
     }
+    try {
+        start(loop, directory, board);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(std::string(error.what()) +
+                                 "\nRegisters and I2C work without a system bus: give zolt_sim "
+                                 "the option --fault 'bus absent', or\nthe board description the "
+                                 "line faults = [\"bus absent\"].");
+    }
+}
+
+void ServiceSide::start(sd_event* loop, const std::string& directory, const Board& board) {
     daemon_.emplace(directory);
     address_ = daemon_->address();
     if (!isAbsent(board, FaultKind::service)) {

@@ -8,14 +8,17 @@
 #include "standin/board/image.h"
 #include "standin/board/image_writer.h"
 #include "standin/board/message_text.h"
+#include "standin/i2c_bus/server/bus_server.h"
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
 #include "standin/launcher/i2c_side.h"
+#include "standin/launcher/loader_path.h"
 #include "standin/launcher/places.h"
 #include "standin/launcher/private_directory.h"
 #include "standin/launcher/service_side.h"
 #include "standin/lib/log_file.h"
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -50,21 +53,28 @@ Board boardFor(const Arguments& arguments) {
     return board;
 }
 
-// Creates an empty log. Its path is absolute, because the command may change directories.
-void addLog(Environment& environment, const char* variable, const std::string& path) {
+// Empties a log, or creates it with the caller's umask. The log stays open for the whole run, so
+// that the reader of a named pipe gets everything.
+Descriptor openLog(const std::string& path) {
     if (path.empty()) {
-        return;
+        return Descriptor();
     }
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (file < 0) {
+    Descriptor log(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (log.number() < 0) {
         throw std::system_error(errno, std::generic_category(), path);
     }
-    close(file);
-    environment.emplace_back(variable, std::filesystem::absolute(path));
+    return log;
 }
 
-std::string librarySearchPath() {
-    std::string path = libraryDirectory();
+// Tells the command of a log. The path is absolute, because the command may change directories.
+void addLog(Environment& environment, const char* variable, const std::string& path) {
+    if (!path.empty()) {
+        environment.emplace_back(variable, std::filesystem::absolute(path));
+    }
+}
+
+std::string librarySearchPath(const std::string& directory) {
+    std::string path = loaderPath(libraryDirectory(), directory, "lib");
     const char* const inherited = std::getenv("LD_LIBRARY_PATH");
     if (inherited != nullptr && *inherited != '\0') {
         path.append(":").append(inherited);
@@ -77,7 +87,9 @@ void add(Environment& environment, const Environment& more) {
 }
 
 Ended runOnBoard(const Board& board, const Arguments& arguments) {
-    Environment environment{{"LD_LIBRARY_PATH", librarySearchPath()}};
+    const std::array logs{openLog(arguments.debugLog), openLog(arguments.callLog),
+                          openLog(arguments.i2cLog)};
+    Environment environment;
     addLog(environment, debugLogVariable, arguments.debugLog);
     addLog(environment, callLogVariable, arguments.callLog);
 
@@ -92,6 +104,7 @@ Ended runOnBoard(const Board& board, const Arguments& arguments) {
     const ServiceSide service(loop, directory.path(), board);
     const I2cSide i2c(loop, directory.path(), board, arguments.i2cLog);
 
+    environment.emplace_back("LD_LIBRARY_PATH", librarySearchPath(directory.path()));
     environment.emplace_back(boardDirectoryVariable, directory.path());
     add(environment, service.environment());
     add(environment, i2c.environment());

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
@@ -57,16 +58,30 @@ std::string configuration(const std::string& address, std::string_view policy) {
 void writeFile(const std::filesystem::path& path, const std::string& text) {
     std::ofstream file(path);
     if (!(file << text << std::flush)) {
-        throw std::runtime_error("cannot write " + path.string());
+        throw std::system_error(errno, std::generic_category(), path.string());
     }
 }
 
-// Says why the daemon did not start, with its own error output.
-std::string complaint(const std::filesystem::path& log) {
+// How the daemon ended, by the status of waitpid().
+std::string endOf(int status) {
+    if (WIFEXITED(status)) {
+        return "it ended with status " + std::to_string(WEXITSTATUS(status));
+    }
+    const int signal = WTERMSIG(status);
+    return signal == SIGKILL ? "it was killed, or it closed its output"
+                             : "signal " + std::to_string(signal) + " ended it";
+}
+
+// Says why the daemon did not start: with its own error output, else with the failed step of its
+// start or with its end.
+std::string complaint(const std::filesystem::path& log, const std::string& failedStep, int status) {
     std::ifstream file(log);
     std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     text.erase(text.find_last_not_of('\n') + 1);
-    return "dbus-daemon does not start" + (text.empty() ? "; is it installed?" : ": " + text);
+    if (text.empty()) {
+        text = failedStep.empty() ? endOf(status) : failedStep;
+    }
+    return "dbus-daemon does not start: " + text;
 }
 
 // Runs in the child after fork(), where only certain calls are safe.
@@ -86,25 +101,30 @@ std::string complaint(const std::filesystem::path& log) {
         execlp("dbus-daemon", "dbus-daemon", configurationFile, "--nofork", "--nopidfile",
                "--nosyslog", "--print-address=1", nullptr);
     }
+    const char* const reason = strerrordesc_np(errno);
+    (void)!write(addressPipe, reason, std::strlen(reason));
     _exit(127);
 }
 
 enum class Start { listens, ended, late };
 
-// Waits until the daemon prints a line, its address.
-Start startOf(int descriptor, std::chrono::milliseconds patience) {
+// Waits until the daemon prints a line, its address. What it prints is added to @p output.
+Start startOf(int descriptor, std::chrono::milliseconds patience, std::string& output) {
     using std::chrono::steady_clock;
     const steady_clock::time_point end = steady_clock::now() + patience;
     std::array<char, 256> piece;
     while (true) {
-        pollfd output{.fd = descriptor, .events = POLLIN, .revents = 0};
+        pollfd waiting{.fd = descriptor, .events = POLLIN, .revents = 0};
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
-        const int ready = left.count() < 0 ? 0 : poll(&output, 1, static_cast<int>(left.count()));
+        const int ready = left.count() < 0 ? 0 : poll(&waiting, 1, static_cast<int>(left.count()));
         if (ready == 0) {
             return Start::late;
         }
         const ssize_t count = ready < 0 ? -1 : read(descriptor, piece.data(), piece.size());
-        if (count > 0 && piece[static_cast<std::size_t>(count) - 1] == '\n') {
+        if (count > 0) {
+            output.append(piece.data(), static_cast<std::size_t>(count));
+        }
+        if (output.ends_with('\n')) {
             return Start::listens;
         }
         if (count == 0 || (count < 0 && errno != EINTR)) {
@@ -136,31 +156,32 @@ BusDaemon::BusDaemon(const std::filesystem::path& directory, std::string_view po
     close(pipe[1]);
     // The daemon prints its address once it listens. address_ lacks the daemon's identifier, so it
     // also fits a daemon that is started later in the same place.
-    const Start start = process_ > 0 ? startOf(pipe[0], patience) : Start::ended;
+    std::string output;
+    const Start start = process_ > 0 ? startOf(pipe[0], patience, output) : Start::ended;
     close(pipe[0]);
     if (process_ < 0) {
         throw std::system_error(failure, std::generic_category(), "cannot start a process");
     }
-    if (start != Start::listens) {
-        stop();
-    }
     if (start == Start::late) {
+        stop();
         throw std::runtime_error("dbus-daemon has not printed its address within " +
                                  std::to_string(patience.count()) + " ms");
     }
     if (start == Start::ended) {
-        throw std::runtime_error(complaint(log));
+        throw std::runtime_error(complaint(log, output, stop()));
     }
 }
 
-void BusDaemon::stop() {
+int BusDaemon::stop() {
+    int status = 0;
     if (process_ > 0) {
         // The daemon has nothing to tidy up: its files lie in the caller's directory.
         kill(process_, SIGKILL);
-        while (waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
+        while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
         }
         process_ = -1;
     }
+    return status;
 }
 
 } // namespace standin

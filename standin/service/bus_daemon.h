@@ -28,7 +28,8 @@ public:
     [[nodiscard]] const std::string& address() const { return address_; }
 
     /// Ends the daemon and all connections to it. A second call does nothing.
-    void stop();
+    /// @return how the daemon ended, in the form of waitpid()
+    int stop();
 
 private:
     pid_t process_ = -1;

@@ -56,6 +56,12 @@ devices = os.open("/dev", os.O_RDONLY)
 print(named, libc.open_by_handle_at(devices, handle, os.O_RDONLY), os.strerror(ctypes.get_errno()))
 """
 
+
+def quoted(paths):
+    """Returns paths as cat writes them into its messages."""
+    return [f"'{path}'" if " " in path else path for path in paths]
+
+
 HAS_MACHINE = os.geteuid() == 0 and run(*ON_MACHINE, "true").returncode == 0
 
 
@@ -93,6 +99,38 @@ class MachineBuses(unittest.TestCase):
         for user in ((), MEMBER, STRANGER):
             done = self.board(user, f"{CAT} /dev/i2c-77; {CAT} /dev/bus/other")
             self.assert_refuses(done, "/dev/i2c-77", "/dev/bus/other")
+
+    def test_are_closed_below_every_mount_of_a_dev(self):
+        place = self.scratch.path / "a \\ place"
+        place.mkdir()
+        more = f"""mkdir -p '{place}/own' '{place}/same'; : > '{place}/one'
+            mount -t tmpfs none '{place}/own'
+            mknod -m 666 '{place}/own/bus' c 89 5
+            mount --bind /dev '{place}/same'
+            mount --bind /dev/i2c-77 '{place}/one'
+            exec"""
+        nodes = [f"{place}/{name}" for name in ("own/bus", "same/i2c-77", "same/bus/other", "one")]
+        for user in ((), MEMBER):
+            if user and not serves_others():
+                continue
+            # Once the machine has lost its own nodes, two of the others are left.
+            for shown, removed in (nodes, ""), ([nodes[0], nodes[3]], "rm -r /dev/i2c-77 /dev/bus;"):
+                script = more.replace("exec", removed + "exec")
+                reached = self.machine("cat", *shown, script=script)
+                self.assertEqual(reached.stderr, "".join(REACHED.format(n) for n in quoted(shown)))
+                command = ("env", "-u", "LD_PRELOAD", "cat", *shown)
+                done = self.machine(*user, SIM, "--", *command, script=script)
+                self.assert_refuses(done, *quoted(shown))
+
+    def test_do_not_hide_what_else_is_mounted(self):
+        place = self.scratch.path / "place"
+        place.mkdir()
+        more = f"""mount -t tmpfs none '{place}'
+            mknod -m 666 '{place}/bus' c 89 5
+            echo kept > '{place}/file'
+            exec"""
+        done = self.machine(SIM, "--", "cat", f"{place}/file", script=more)
+        self.assertEqual((done.stdout, done.stderr), ("kept\n", ""))
 
     def test_are_closed_to_writers(self):
         for user in ((), MEMBER):
@@ -203,7 +241,7 @@ class MachineBuses(unittest.TestCase):
                 125,
                 "",
                 "zolt_sim: cannot keep the command away from the machine's I2C buses: "
-                "Operation not permitted\n",
+                "cannot get mounts of its own: Operation not permitted\n",
             ),
         )
         # The modes of the nodes keep this user out anyway.

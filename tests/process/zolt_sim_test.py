@@ -115,7 +115,8 @@ class Status(SimTest):
         self.assert_refused(
             self.sim("true"),
             125,
-            "zolt_sim: cannot make a private directory: No such file or directory\n",
+            f"zolt_sim: cannot make the private directory '{self.scratch.path}/missing/"
+            "zolt_sim.XXXXXX': No such file or directory\n",
         )
 
     def test_is_125_when_the_place_is_too_deep_for_a_socket(self):
@@ -125,18 +126,8 @@ class Status(SimTest):
         self.assert_refused(
             self.sim("true"),
             125,
-            f"zolt_sim: TMPDIR is too long: '{deep}/zolt_sim.XXXXXX' leaves no room for the name "
-            "of a socket\n",
-        )
-
-    @unittest.skipUnless(serves_others(), "no other user can run the programs here")
-    def test_is_125_for_a_user_without_a_name(self):
-        self.scratch.path.chmod(0o777)
-        self.assert_refused(
-            run(*other_user("54321"), SIM, "--", "true", env=self.scratch.environment),
-            125,
-            "zolt_sim: the bus daemon serves only users of the user database, and user 54321 is "
-            "not in it\n",
+            f"zolt_sim: TMPDIR is too long: '{deep}/zolt_sim.XXXXXX' has {len(deep) + 16} bytes, "
+            "and 95 leave room for the name of a socket\n",
         )
 
     def test_is_the_commands_in_the_deepest_place_for_a_socket(self):
@@ -148,6 +139,39 @@ class Status(SimTest):
         self.assertEqual(self.sim("sh", "-c", "exit 7").returncode, 7)
         self.scratch.environment["TMPDIR"] += "d"
         self.assertEqual(self.sim("true").returncode, 125)
+
+
+class WithoutABus(SimTest):
+    WAY_OUT = (
+        "Registers and I2C work without a system bus: give zolt_sim the option "
+        "--fault 'bus absent', or\nthe board description the line faults = [\"bus absent\"].\n"
+    )
+    # The command and the platform's answers, which need neither a daemon nor a name.
+    ASK = ("/bin/sh", "-c", f"{TOOL} -o 1 -p 42; test -c /dev/i2c-0 && echo bus")
+    ANSWER = "\nPICPWR 42 DSTAT              = 00b\nbus\n"
+
+    def assert_tells_a_way_that_works(self, reason, *user):
+        def sim(*arguments):
+            return run(*user, SIM, *arguments, *self.ASK, env=self.scratch.environment)
+
+        self.assert_refused(sim(), 125, f"zolt_sim: {reason}\n{self.WAY_OUT}")
+        board = self.scratch.file("board.toml", 'faults = ["bus absent"]\n[[i2c.bus]]\nnumber = 0\n')
+        for way in (("--fault", "bus absent"), ("--board", board)):
+            done = sim(*way)
+            self.assertEqual((done.stdout, done.stderr, done.returncode), (self.ANSWER, "", 0))
+            self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_daemon(self):
+        self.scratch.environment["PATH"] = str(self.scratch.path)
+        self.assert_tells_a_way_that_works("dbus-daemon does not start: No such file or directory")
+
+    @unittest.skipUnless(serves_others(), "no other user can run the programs here")
+    def test_that_serves_a_user_without_a_name(self):
+        self.scratch.path.chmod(0o777)
+        self.assert_tells_a_way_that_works(
+            "the bus daemon serves only users of the user database, and user 54321 is not in it",
+            shutil.which("setpriv"), *other_user("54321")[1:],
+        )
 
 
 class Command(SimTest):
@@ -316,6 +340,30 @@ class Signals(SimTest):
         self.assertEqual(process.stdout.read(), "")  # the command has ended, too
         self.assert_nothing_left()
 
+    def test_that_kill_the_keeper_of_the_directory_leave_the_directory_to_zolt_sim(self):
+        process = self.start("sh", "-c", "echo ready; read end; exit 7")
+        keeper = self.keeper_of(process.pid)
+        os.kill(keeper, signal.SIGKILL)
+        self.assertEqual(len(self.scratch.left_behind()), 1)
+        process.stdin.write("\n")
+        process.stdin.flush()
+        self.assertEqual(process.wait(TIMEOUT_SECONDS), 7)
+        self.assertEqual(self.scratch.left_behind(), [])
+
+    def keeper_of(self, sim):
+        """Returns the process of zolt_sim that leads a session of its own."""
+        found = []
+        for stat_file in pathlib.Path("/proc").glob("[0-9]*/stat"):
+            try:
+                pid, _, fields = stat_file.read_text().partition(" (")
+            except OSError:  # the process has ended
+                continue
+            _, parent, _, session = fields.rpartition(") ")[2].split()[:4]
+            if int(parent) == sim and session == pid:
+                found.append(int(pid))
+        self.assertEqual(len(found), 1)
+        return found[0]
+
 
 class Refuses(SimTest):
     ADVICE = "'zolt_sim --help' tells more.\n"
@@ -435,6 +483,40 @@ class Tells(SimTest):
 
     def test_its_version(self):
         self.assertRegex(self.sim("--version").stdout, r"^zolt_sim \d+\.\d+\.\d+\n$")
+
+    def test_in_its_manual_page_every_variable_that_it_sets(self):
+        options = ("--debug-log", "--call-log", "--i2c-log")
+        logs = sum(((option, str(self.scratch.path / option)) for option in options), ())
+        shown = self.sim(*logs, "env", "-0").stdout.split("\0")
+        theirs = dict(line.split("=", 1) for line in shown if line)
+        changed = {
+            name for name, value in theirs.items() if self.scratch.environment.get(name) != value
+        }
+        page = pathlib.Path(__file__).parents[2] / "docs" / "zolt_sim.1"
+        told = {
+            name
+            for line in page.read_text().splitlines() if line.startswith(".It Ev ")
+            for name in line.removeprefix(".It Ev ").replace(",", " ").split()
+        }
+        self.assertEqual(changed - told, set())
+        self.assertEqual(told - changed, {"PATH", "TMPDIR"})
+
+    def test_logs_in_files_with_the_callers_umask(self):
+        for umask in (0o022, 0o027, 0o000):
+            logs = [self.scratch.path / f"{name}{umask}" for name in ("debug", "call", "i2c")]
+            options = zip(("--debug-log", "--call-log", "--i2c-log"), map(str, logs))
+            self.assertEqual(self.sim(*sum(options, ()), "true", umask=umask).stderr, "")
+            self.assertEqual([log.stat().st_mode & 0o777 for log in logs], 3 * [0o666 & ~umask])
+
+    def test_logs_of_several_tools_to_the_reader_of_a_pipe(self):
+        log = self.scratch.path / "pipe"
+        os.mkfifo(log)
+        reader = subprocess.Popen(["cat", log], stdout=subprocess.PIPE, text=True)
+        self.addCleanup(reader.kill)
+        done = self.sim("--call-log", str(log), "sh", "-c", 2 * f"{TOOL} -o 1 -p 42; ")
+        self.assertEqual(done.stderr, "")
+        shown, _ = reader.communicate(timeout=TIMEOUT_SECONDS)
+        self.assertEqual(shown, 2 * "ReadIO_Str PICPWR_42_DSTAT = 0\n")
 
     def test_logs_that_start_empty_and_work_from_any_directory(self):
         self.scratch.file("calls", "from an earlier run\n")

@@ -7,10 +7,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <optional>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
 #include <systemd/sd-bus.h>
+#include <utility>
 
 namespace standin {
 namespace {
@@ -98,21 +99,6 @@ TEST(BusDaemon, reportsAFailedStartInTheDaemonsWords) {
     }
 }
 
-TEST(BusDaemon, reportsAMissingDaemon) {
-    const PrivateDirectory directory;
-    const char* const inherited = getenv("PATH");
-    const std::optional<std::string> path =
-        inherited != nullptr ? std::optional(std::string(inherited)) : std::nullopt;
-    setenv("PATH", "/nonexistent", 1);
-    try {
-        const BusDaemon daemon(directory.path());
-        ADD_FAILURE();
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "dbus-daemon does not start; is it installed?");
-    }
-    path ? setenv("PATH", path->c_str(), 1) : unsetenv("PATH");
-}
-
 // Puts a shell script into the path in place of the daemon, for as long as the object lives.
 class OtherDaemon {
 public:
@@ -132,7 +118,7 @@ private:
 };
 
 // The message of the daemon that does not start.
-std::string refusal(std::chrono::milliseconds patience) {
+std::string refusal(std::chrono::milliseconds patience = std::chrono::seconds(30)) {
     const PrivateDirectory directory;
     try {
         const BusDaemon daemon(directory.path(), {}, patience);
@@ -140,6 +126,25 @@ std::string refusal(std::chrono::milliseconds patience) {
         return error.what();
     }
     return "it starts";
+}
+
+TEST(BusDaemon, reportsAMissingDaemon) {
+    const std::string path = getenv("PATH");
+    setenv("PATH", "/nonexistent", 1);
+    EXPECT_EQ(refusal(), "dbus-daemon does not start: No such file or directory");
+    setenv("PATH", path.c_str(), 1);
+}
+
+TEST(BusDaemon, reportsTheEndOfTheDaemon) {
+    for (const auto& [script, cause] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"exit 3", "it ended with status 3"},
+             {"echo no room >&2; exit 1", "no room"},
+             {"ulimit -c 0; kill -SEGV $$", "signal 11 ended it"},
+             {"exec >&-; exec sleep 60", "it was killed, or it closed its output"},
+         }) {
+        const OtherDaemon other(script);
+        EXPECT_EQ(refusal(), std::string("dbus-daemon does not start: ") + cause) << script;
+    }
 }
 
 TEST(BusDaemon, reportsADaemonThatDoesNotGetReady) {
@@ -153,7 +158,12 @@ TEST(BusDaemon, reportsADaemonThatDoesNotGetReady) {
 }
 
 TEST(BusDaemon, reportsAMissingDirectory) {
-    EXPECT_THROW(BusDaemon("/nonexistent"), std::runtime_error);
+    try {
+        const BusDaemon daemon("/nonexistent");
+        ADD_FAILURE();
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "/nonexistent/bus.conf: No such file or directory");
+    }
 }
 
 } // namespace
