@@ -117,7 +117,7 @@ class Interrupt(TerminalTest):
         daemon = programs / "dbus-daemon"
         daemon.write_text(f"#!/bin/sh\n: > {started}\nexec sleep 60\n")
         daemon.chmod(0o755)
-        self.scratch.environment["PATH"] = f"{programs}:{os.environ['PATH']}"
+        self.scratch.environment["PATH"] = f"{programs}:{os.defpath}"
         return started
 
     def wait_for(self, path):

@@ -286,7 +286,7 @@ class Signals(SimTest):
         daemon = pathlib.Path(self.scratch.file("dbus-daemon"))
         daemon.write_text(f"#!/bin/sh\n: > {started}\nexec sleep 60\n")
         daemon.chmod(0o755)
-        self.scratch.environment["PATH"] = f"{self.scratch.path}:{os.environ['PATH']}"
+        self.scratch.environment["PATH"] = f"{self.scratch.path}:{os.defpath}"
         for name in ("HUP", "INT", "QUIT", "TERM", "USR1", "USR2"):
             with self.subTest(name):
                 process = subprocess.Popen(

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <initializer_list>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <systemd/sd-bus.h>
@@ -99,22 +100,36 @@ TEST(BusDaemon, reportsAFailedStartInTheDaemonsWords) {
     }
 }
 
+// Another PATH for as long as the object lives.
+class OtherPath {
+public:
+    explicit OtherPath(const std::string& path) {
+        if (const char* const inherited = getenv("PATH"); inherited != nullptr) {
+            inherited_ = inherited;
+        }
+        setenv("PATH", path.c_str(), 1);
+    }
+    OtherPath(const OtherPath&) = delete;
+    OtherPath& operator=(const OtherPath&) = delete;
+    ~OtherPath() { inherited_ ? setenv("PATH", inherited_->c_str(), 1) : unsetenv("PATH"); }
+
+private:
+    std::optional<std::string> inherited_;
+};
+
 // Puts a shell script into the path in place of the daemon, for as long as the object lives.
 class OtherDaemon {
 public:
-    explicit OtherDaemon(const std::string& script) : path_(getenv("PATH")) {
+    explicit OtherDaemon(const std::string& script)
+        : path_(directory_.path().string() + ":/usr/bin:/bin") {
         const std::filesystem::path file = directory_.path() / "dbus-daemon";
         std::ofstream(file) << "#!/bin/sh\n" << script << '\n';
         std::filesystem::permissions(file, std::filesystem::perms::owner_all);
-        setenv("PATH", (directory_.path().string() + ":" + path_).c_str(), 1);
     }
-    OtherDaemon(const OtherDaemon&) = delete;
-    OtherDaemon& operator=(const OtherDaemon&) = delete;
-    ~OtherDaemon() { setenv("PATH", path_.c_str(), 1); }
 
 private:
     const PrivateDirectory directory_;
-    const std::string path_;
+    const OtherPath path_;
 };
 
 // The message of the daemon that does not start.
@@ -129,10 +144,8 @@ std::string refusal(std::chrono::milliseconds patience = std::chrono::seconds(30
 }
 
 TEST(BusDaemon, reportsAMissingDaemon) {
-    const std::string path = getenv("PATH");
-    setenv("PATH", "/nonexistent", 1);
+    const OtherPath nowhere("/nonexistent");
     EXPECT_EQ(refusal(), "dbus-daemon does not start: No such file or directory");
-    setenv("PATH", path.c_str(), 1);
 }
 
 TEST(BusDaemon, reportsTheEndOfTheDaemon) {
