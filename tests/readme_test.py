@@ -179,6 +179,14 @@ class Readme(unittest.TestCase):
         self.assertIn("libhal.so.1", built)  # to link with
         self.assertEqual(built & {"zolt_sim", "standin", "boards", "libzolt_sim_i2c.so"}, set())
 
+    def test_page_names_the_packages_of_the_build_for_a_board(self):
+        script = 'source scripts/lib.sh; printf "%s\\n" "${board_packages[@]}"'
+        listed = subprocess.run(
+            ["bash", "-c", script], cwd=self.tree, check=True, text=True, stdout=subprocess.PIPE
+        ).stdout.split()
+        named = self.page.split("`scripts/sysroot` installs the packages", 1)[1].split("Debian", 1)[0]
+        self.assertEqual(re.findall(r"`([^`]+)`", named), listed)
+
     def test_every_file_that_the_page_names_is_there(self):
         named = set(re.findall(r"\]\(([^)]+)\)", self.page))
         named |= set(re.findall(r"`((?:bench|cross|docs|scripts)/[^` ]*)`", self.page))
