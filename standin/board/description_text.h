@@ -7,10 +7,10 @@
 
 namespace standin {
 
-constexpr std::size_t longestDescription = 8 * 1024 * 1024; ///< bytes
-constexpr std::size_t mostEntries = 65'536;                 ///< keys and tables together
-constexpr std::size_t deepestBrackets = 64;                 ///< arrays and inline tables
-constexpr std::size_t mostKeyParts = 16;                    ///< of a dotted key or header
+constexpr std::size_t longestDescription = 16 * 1024 * 1024; ///< bytes
+constexpr std::size_t mostEntries = 262'144;                 ///< keys and tables together
+constexpr std::size_t deepestBrackets = 64;                  ///< arrays and inline tables
+constexpr std::size_t mostKeyParts = 16;                     ///< of a dotted key or header
 
 /// Reads a file. @throw BoardError when the file cannot be read, is too long or is no regular file
 [[nodiscard]] std::string readDescription(const std::string& path);

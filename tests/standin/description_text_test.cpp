@@ -72,19 +72,19 @@ TEST(DescriptionText, boundsTheNumberOfEntries) {
         }
         return text;
     };
-    EXPECT_EQ(promptRefusal(names(65'535)), "");
-    EXPECT_EQ(promptRefusal(names(65'536)),
-              "b.toml:65537: the description has more than 65536 keys and tables");
-    EXPECT_EQ(promptRefusal(repeated("[[slot]]\n", 65'537)),
-              "b.toml:65537: the description has more than 65536 keys and tables");
-    EXPECT_EQ(promptRefusal("slot = [\n" + repeated("{},", 65'536)),
-              "b.toml:2: the description has more than 65536 keys and tables");
+    EXPECT_NO_THROW(checkBounds(names(262'143), "b.toml"));
+    EXPECT_EQ(promptRefusal(names(262'144)),
+              "b.toml:262145: the description has more than 262144 keys and tables");
+    EXPECT_EQ(promptRefusal(repeated("[[slot]]\n", 262'145)),
+              "b.toml:262145: the description has more than 262144 keys and tables");
+    EXPECT_EQ(promptRefusal("slot = [\n" + repeated("{},", 262'144)),
+              "b.toml:2: the description has more than 262144 keys and tables");
 }
 
 TEST(DescriptionText, boundsTheLength) {
     const std::string line = "# " + std::string(1021, 'x') + "\n";
-    EXPECT_EQ(promptRefusal(repeated(line, 8192)), "");
-    EXPECT_EQ(promptRefusal(repeated(line, 8192) + " "), "b.toml: has more than 8388608 bytes");
+    EXPECT_EQ(promptRefusal(repeated(line, 16'384)), "");
+    EXPECT_EQ(promptRefusal(repeated(line, 16'384) + " "), "b.toml: has more than 16777216 bytes");
 }
 
 TEST(DescriptionText, refusesAHugeUnknownKeyAtOnce) {
@@ -95,8 +95,8 @@ TEST(DescriptionText, refusesAHugeUnknownKeyAtOnce) {
 
 TEST(DescriptionText, checksManyFaultsAgainstManyNamesAtOnce) {
     std::string text =
-        "faults = [" + repeated("'named-read PICPWR_*',", 1024) + "]\n[override.named]\n";
-    for (int i = 0; i < 60'000; ++i) {
+        "faults = [" + repeated("'named-read PICPWR_*',", 256) + "]\n[override.named]\n";
+    for (int i = 0; i < 20'000; ++i) {
         text += "N" + std::to_string(i) + " = 1\n";
     }
     EXPECT_EQ(promptRefusal(text), "");
@@ -123,9 +123,9 @@ TEST(DescriptionText, readsOnlyRegularFiles) {
     const std::string huge = place + "/huge";
     EXPECT_EQ(close(creat(huge.c_str(), 0600)), 0);
     EXPECT_EQ(truncate(huge.c_str(), 1'000'000'000'000), 0);
-    EXPECT_EQ(reasonFor(huge), huge + ": has more than 8388608 bytes");
-    EXPECT_EQ(truncate(huge.c_str(), 8'388'608), 0);
-    EXPECT_EQ(readDescription(huge), std::string(8'388'608, '\0'));
+    EXPECT_EQ(reasonFor(huge), huge + ": has more than 16777216 bytes");
+    EXPECT_EQ(truncate(huge.c_str(), 16'777'216), 0);
+    EXPECT_EQ(readDescription(huge), std::string(16'777'216, '\0'));
     EXPECT_EQ(truncate(huge.c_str(), 0), 0);
     EXPECT_EQ(readDescription(huge), "");
     unlink(huge.c_str());
