@@ -94,7 +94,7 @@ std::string shortened(std::string_view text) {
 }
 
 std::string inQuotes(std::string_view text) {
-    return "'" + shortened(text) + "'";
+    return std::string("'").append(shortened(text)).append("'");
 }
 
 std::string suggestion(std::string_view wrong, std::span<const std::string> right) {

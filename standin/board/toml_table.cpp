@@ -19,7 +19,7 @@ std::string range(std::int64_t lowest, std::int64_t highest) {
 void Place::refuse(std::string_view reason) const {
     std::string where = file;
     if (line != 0) {
-        where += ":" + std::to_string(line);
+        where.append(":").append(std::to_string(line));
     }
     throw BoardError(printable(where.append(": ").append(reason)));
 }

@@ -40,10 +40,10 @@ public:
     // index stays whole. If another node has that name, the type ends with "~2", "~3" and so on.
     // 15 bytes hold the longest index behind "~256_", and there are at most 256 created nodes.
     std::string add(const std::string& type, std::uint32_t index) {
-        const std::string end = "_" + std::to_string(index);
+        const std::string end = std::string("_").append(std::to_string(index));
         std::string name = type.substr(0, longest - end.size()) + end;
         for (int number = 2; !taken_.insert(name).second; ++number) {
-            const std::string tail = "~" + std::to_string(number) + end;
+            const std::string tail = std::string("~").append(std::to_string(number)).append(end);
             name = type.substr(0, longest - std::min(longest, tail.size())) + tail;
         }
         return name;

@@ -71,9 +71,13 @@ std::string quoted(std::span<const std::uint8_t> bytes) {
     std::string text = "\"";
     for (const std::uint8_t byte : bytes) {
         const bool isPlain = byte >= 0x20 && byte < 0x7F && byte != '"' && byte != '\\';
-        text += isPlain ? std::string(1, static_cast<char>(byte)) : "\\x" + hex(byte, 2);
+        if (isPlain) {
+            text += static_cast<char>(byte);
+        } else {
+            text.append("\\x").append(hex(byte, 2));
+        }
     }
-    return text + '"';
+    return text.append("\"");
 }
 
 using Seen = std::bitset<CONTROL_RECORD_SIZE>;
@@ -98,14 +102,15 @@ std::string valueText(const Field& field, const std::uint8_t* bytes) {
         return std::to_string(controlNumber(bytes, field.offset));
     case Look::hexByte: {
         const std::uint32_t value = controlNumber(bytes, field.offset);
-        return "0x" + hex(value, value > 0xFF ? 8 : 2);
+        return std::string("0x").append(hex(value, value > 0xFF ? 8 : 2));
     }
     case Look::hexWord:
-        return "0x" + hex(controlNumber(bytes, field.offset), 8);
+        return std::string("0x").append(hex(controlNumber(bytes, field.offset), 8));
     case Look::list: {
         std::string text;
         for (std::uint32_t i = 0; i < size; i += 4) {
-            text += (i == 0 ? "" : ",") + std::to_string(controlNumber(bytes, field.offset + i));
+            text.append(i == 0 ? "" : ",")
+                .append(std::to_string(controlNumber(bytes, field.offset + i)));
         }
         return text;
     }
@@ -137,7 +142,8 @@ std::string strayText(std::span<const Field> fields, const std::uint8_t* record)
     std::string text;
     for (std::uint32_t offset = 0; offset < CONTROL_RECORD_SIZE; ++offset) {
         if (!seen[offset] && record[offset] != 0) {
-            text += " +" + std::to_string(offset) + ":" + hex(record[offset], 2);
+            text.append(" +").append(std::to_string(offset));
+            text.append(":").append(hex(record[offset], 2));
         }
     }
     return text;
@@ -173,12 +179,13 @@ std::string messagesText(std::span<const i2c_msg> messages, bool succeeded) {
     std::string text = std::ranges::any_of(messages, isControl) ? " control" : " transfer";
     for (const i2c_msg& message : messages) {
         const bool isWritten = (message.flags & I2C_M_RD) == 0;
-        text += " [0x" + hex(message.addr, 4) + " 0x" + hex(message.flags, 4) + " " +
-                std::to_string(message.len);
+        text.append(" [0x").append(hex(message.addr, 4));
+        text.append(" 0x").append(hex(message.flags, 4));
+        text.append(" ").append(std::to_string(message.len));
         if ((isWritten || succeeded) && message.len > 0) {
             text += ":";
             for (std::uint32_t i = 0; i < message.len; ++i) {
-                text += " " + hex(message.buf[i], 2);
+                text.append(" ").append(hex(message.buf[i], 2));
             }
         }
         text += "]";
