@@ -17,8 +17,8 @@ constexpr std::uint8_t exitOption = 100;
 
 /// The arguments of an option. The defaults mean "not given".
 struct OptionArgs {
-    std::uint8_t option = 0;   ///< operation, 1 to 15
-    std::uint8_t picpwrId = 0; ///< options 1, 2, 3, 6; typed in options 1 and 6, 0 means all
+    std::uint8_t option = 0;                         ///< operation, 1 to 15
+    std::uint8_t picpwrId = 0;                       ///< options 1, 2, 3, 6; 0: the option asks
     std::uint8_t deviceType = DEVICE_TYPE_NOT_GIVEN; ///< options 7 and 8
     std::uint8_t moduleSelector = 0; ///< module class of option 5, module type of option 12
     std::uint8_t format = 0;         ///< options 2, 3, 4: 1 raw dump, 2 human readable

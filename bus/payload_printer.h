@@ -1,9 +1,9 @@
 // Reports of CIR properties: the part that all classes of modules share.
 //
 // A report is a table with its rows in printing order. A row names a label, the property, the type
-// that the property must have, and the bits to show. A missing property counts as an endpoint of
-// six zero bytes. The row of an endpoint prints these bytes. The row of a number finds the wrong
-// type, which ends the report before any of it is printed.
+// that the property must have, and the bits to show. A missing property has the value of an
+// endpoint of six zero bytes. A row that shows an endpoint prints the zeros. A row that shows a
+// number finds the wrong type: the printer throws, and prints nothing of the report.
 #pragma once
 
 #include "bus/property_value.h"

@@ -14,7 +14,8 @@
 #include <variant>
 #include <vector>
 
-// The lookup below needs this namespace, also where sdbusplus has none of this name.
+// The using-directive below names this namespace. This declaration creates the namespace where
+// sdbusplus does not have it.
 namespace sdbusplus::message {}
 
 namespace zolt {

@@ -1,7 +1,7 @@
 // Reads registers of the CPLD: by name through the HAL, else raw through the CPLD driver.
 //
-// The tool never reports a named read that fails: the raw read that follows decides. Every view
-// reads its named registers through readField().
+// When a named read fails, the tool prints nothing and reads the register raw. It reports only a
+// raw read that fails. Every view reads its named registers through readField().
 #pragma once
 
 #include <array>

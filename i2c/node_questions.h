@@ -1,8 +1,8 @@
 // Asks the operator the questions of the node operations.
 //
 // Each function prints its prompt, reads the answer, and prints a complaint when the answer is not
-// a number. At the end of input the answer keeps its initial value. The operations set all its bits
-// at first, and send even this value to the driver.
+// a number. At the end of input the answer keeps its initial value. Each operation initialises its
+// answers with all bits set, and goes on with this value.
 #pragma once
 
 #include <cstdint>

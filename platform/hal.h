@@ -37,7 +37,7 @@ public:
     /// UnregisterInterruptCallback() before it destroys the object.
     [[nodiscard]] virtual bool IsInterruptCallbackRegistered() const = 0;
 
-    /// Removes the interrupt callback. @return 0, or a status that only a log needs.
+    /// Removes the interrupt callback. @return 0, or a status that callers may log.
     virtual std::int32_t UnregisterInterruptCallback() = 0;
 
     /// The name of the object's own configuration entry.

@@ -17,9 +17,8 @@ class FaultOrders {
 public:
     explicit FaultOrders(Board& board) : board_(&board) {}
 
-    /// @throw FaultRuleError when the rule is malformed, names a HAL object that does not exist,
-    /// has
-    ///        a pattern that fits no register's name, or is one too many
+    /// @throw FaultRuleError when the rule is malformed, names an unknown HAL object, has a pattern
+    ///        that fits no register's name, or is one too many
     void order(std::string_view text);
 
 private:

@@ -1,7 +1,7 @@
 // Encodes the fields of the riser slot mapping blob as its bytes.
 //
-// By byte: 0 and 1 number of the riser configuration, 2..49 its description, 50..54 boot-storage
-// card, 55..57 embedded OCP NIC, 58 number of records, 59.. records, then the checksum. A record
+// By byte: 0 and 1 number of the riser configuration, 2..49 its description, 50..54 KARN card,
+// 55..57 embedded OCP NIC, 58 number of records, 59.. records, then the checksum. A record
 // starts with the PICPWR and its own length.
 #pragma once
 

@@ -2,9 +2,9 @@
 //
 // One connection stands for one open /dev/i2c-N. Each request is one datagram, and each reply is
 // one. Both ends run on one machine, so numbers are in its byte order. A request begins with
-// WireRequest, a reply with WireReply. A reply repeats the ticket of its request, because several
-// processes may share a connection: a process that ends early leaves its reply to the next one,
-// which must not take it for its own. The requests are:
+// WireRequest, a reply with WireReply. A reply repeats the ticket of its request: several
+// processes may share a connection, and one that ends early leaves its reply to the next process.
+// The ticket shows that the reply is not for that process. The requests are:
 //
 //   WIRE_OPEN         opens the bus of number `argument`; only WIRE_LOOK may come before
 //   WIRE_LOOK         asks whether the bus of number `argument` exists; only before WIRE_OPEN

@@ -12,7 +12,7 @@ struct Arguments {
     std::vector<std::string> faults; ///< rules, added after those of the board description
     std::string debugLog;            ///< file for the debug log; empty: no log
     std::string callLog;             ///< file for a log of the platform calls; empty: no log
-    std::string i2cLog;              ///< file for a log of the control transactions; empty: no log
+    std::string i2cLog;              ///< file for a log of the I2C transactions; empty: no log
     bool check = false;              ///< check boards instead of running a command
     bool help = false;
     bool version = false;

@@ -192,7 +192,7 @@ Ended superviseCommand(sd_event* loop, pid_t pid, const Inherited& inherited) {
     check(sd_event_add_child(loop, &raw, pid, WEXITED, noteEnd, &ended),
           "cannot watch the command");
     const std::unique_ptr<sd_event_source, UnrefSource> child(raw);
-    // A signal that the command has handled at its end must be taken before the end.
+    // Handle pending signals before the child's exit event.
     check(sd_event_source_set_priority(raw, SD_EVENT_PRIORITY_NORMAL + 1),
           "cannot watch the command");
     check(sd_event_loop(loop), "the event loop failed");

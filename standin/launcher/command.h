@@ -51,8 +51,8 @@ void holdStandardStreams();
 /// Starts a command with additions to this process's environment. The command cannot reach the
 /// machine's I2C buses, and it gets SIGHUP when this process ends first.
 ///
-/// Each signal does its work once: it ends this process before the command exists. From then on
-/// this process holds the signals back for superviseCommand().
+/// A signal that arrives before the command exists ends this process. Later signals stay blocked
+/// until superviseCommand() passes them on.
 /// @throw std::runtime_error when the machine's buses cannot be shut off, or for lack of a pipe
 [[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
                                    const Inherited& inherited);

@@ -16,7 +16,7 @@ public:
     /// to date.
     ///
     /// @param board  must outlive this object.
-    /// @param log    file that gets a line for each control transaction; empty: no log
+    /// @param log    file that gets a line for each transaction; empty: no log
     /// @throw std::system_error when socket, log or topology file cannot be made
     /// @throw std::runtime_error when the board does not fit the driver's tables, or the dynamic
     ///        loader cannot find the preload library

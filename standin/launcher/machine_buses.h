@@ -11,9 +11,10 @@ namespace standin {
 ///
 ///   - Inherited descriptors of buses are closed.
 ///   - When busNodes() finds nodes of buses, the process can no longer gain privileges from a
-///   program.
-///   - When the process could open such a node, it gets mounts of its own, in which it cannot. Its
-///     open directories and four capabilities would lead round these mounts, so it loses them.
+///     program.
+///   - When the process could open such a node, it gets its own mounts, which hide the node. It
+///   also
+///     loses its open directories and four capabilities, because they could bypass these mounts.
 ///
 /// @throw std::system_error when the kernel refuses one of these steps; what() names the step
 void keepFromMachineBuses();

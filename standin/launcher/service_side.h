@@ -16,9 +16,8 @@ class ServiceSide {
 public:
     /// Starts the bus in @p directory and puts the service on it. A fault of the board can leave
     /// out the service, or both. The loop serves the calls.
-    /// @throw std::runtime_error when the bus or the service does not start. what() also says how
-    /// the
-    ///        board works without them.
+    /// @throw std::runtime_error when the bus or the service does not start; what() also says how
+    ///        the board works without them
     ServiceSide(sd_event* loop, const std::string& directory, const Board& board);
 
     /// The environment variable with the bus's address.

@@ -13,8 +13,7 @@ namespace standin {
 [[nodiscard]] bool isCompleteType(std::string_view signature);
 
 /// Whether @p signature is one complete type and @p value fits it: numbers are within the type's
-/// range, lists have the right shape and length,
-/// object paths and signatures are valid.
+/// range, lists have the right shape and length, object paths and signatures are valid.
 [[nodiscard]] bool valueFits(std::string_view signature, const Value& value);
 
 /// Appends @p value as the type @p signature.

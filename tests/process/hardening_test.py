@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The programs and libraries, as they are built and as they are installed, have every property that
-keeps a fault from becoming a way in, and offer no symbol that nobody looks up."""
+"""Programs and libraries, as built and as installed, have the security properties of hardened.py and
+export no symbol that nobody looks up."""
 
 import json
 import os

@@ -1,5 +1,5 @@
-// A preload library for programs that wait: their clock runs a hundred times as fast as the
-// machine's. sd-bus gives a bus 90 seconds to authenticate, and nothing tells it to give less.
+// A preload library that makes a program's clock run a hundred times as fast. sd-bus waits 90
+// seconds for authentication, and no setting shortens this time.
 #undef _FORTIFY_SOURCE
 
 #include <dlfcn.h>

@@ -1,9 +1,9 @@
-// Goes between the tool and its surroundings, as a preload library. It writes down every call of the
-// platform's libraries, of a bus device and of the system bus, and stops the tool at one of them:
-// the call hangs, aborts, or throws an exception that is none of the standard library's.
+// A preload library that records each call of the platform's libraries, of a bus device and of the
+// system bus. It makes one chosen call hang, abort, or throw a type that does not derive from
+// std::exception.
 //
 //     CALL_LIST  file that receives the name of every call, one a line
-//     STOP_AT    number of the call that does not come back, from 1; none when absent
+//     STOP_AT    number of the call to stop at, counted from 1; without it no call stops
 //     STOP_HOW   hang, abort or throw
 //     STOPPED    file that is made when a call hangs
 #undef _FILE_OFFSET_BITS // open and open64 are two functions here

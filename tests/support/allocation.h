@@ -1,4 +1,4 @@
-// Lets the allocations fail that the tool checks for failure.
+// Makes the allocations fail whose failure the tool handles: new (std::nothrow).
 #pragma once
 
 namespace zolt::test {

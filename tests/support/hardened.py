@@ -1,4 +1,4 @@
-"""What a program or a library must have so that a fault in it does not become a way in."""
+"""The security properties of a built program or library."""
 
 from elf import (FUNCTION_SYMBOL, LOCAL_BINDING, UNDEFINED_SECTION, Dynamic, Machine,
                  SectionFlag, SegmentFlag, SegmentType)

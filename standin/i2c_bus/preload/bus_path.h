@@ -2,8 +2,9 @@
 //
 // The kernel would resolve many paths to /dev/i2c-N. A path leads to bus N when its last component
 // is "i2c-N" and the components in front of it lead to /dev, however many they are, and even
-// through ".." or a symbolic link. A symbolic link as the last component is not followed, because
-// every call for any file would have to look for one: a link to a bus leads nowhere.
+// through ".." or a symbolic link. A symbolic link as the last component is not followed: the look
+// would cost a system call for every file that a program opens. Such a link to a bus does not open
+// it.
 #pragma once
 
 #ifdef __cplusplus

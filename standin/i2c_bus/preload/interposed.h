@@ -7,7 +7,8 @@
 //
 // The machine's buses stay out of reach. Opening an I2C device by another path fails with ENOENT.
 // If another process hands over an open device, I2C ioctls on it fail with ENODEV, but reads and
-// writes do not. zolt_sim itself stops programs that bypass the C library.
+// writes do not. For programs that bypass the C library, zolt_sim shuts off the device nodes that
+// it finds when the command starts.
 //
 // Where possible, the replacements make system calls directly. They then work in every process at
 // any time, before or behind a sanitizer's wrappers for the same functions.

@@ -50,7 +50,7 @@ public:
     /// @param path   absolute path of the socket, which must not exist yet. The server leaves the
     ///               socket there at its end.
     /// @param state  the buses as they are at the start.
-    /// @param log    file that gets a line for each control transaction, before the reply. The
+    /// @param log    file that gets a line for each transaction, before the reply. The
     ///               server empties the file first. An empty path means no log.
     /// @throw std::system_error when socket or log cannot be made
     BusServer(sd_event* loop, const std::string& path, BusState state, const std::string& log = {});
