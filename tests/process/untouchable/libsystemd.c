@@ -3,10 +3,10 @@
  * them are bound at the start. */
 #include <stdlib.h>
 
-#define UNTOUCHABLE(function) \
-    void function(void);      \
-    void function(void) {     \
-        abort();              \
+#define UNTOUCHABLE(function)                                                                      \
+    void function(void);                                                                           \
+    void function(void) {                                                                          \
+        abort();                                                                                   \
     }
 
 UNTOUCHABLE(sd_bus_call)
