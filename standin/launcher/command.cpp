@@ -1,6 +1,7 @@
 #include "standin/launcher/command.h"
 
 #include "standin/launcher/machine_buses.h"
+#include "standin/launcher/pipe.h"
 
 #include <array>
 #include <cerrno>
@@ -21,20 +22,6 @@ namespace standin {
 namespace {
 
 constexpr std::array passedOn{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2};
-
-struct Pipe {
-    int readEnd = -1;
-    int writeEnd = -1;
-
-    Pipe() {
-        std::array<int, 2> ends{};
-        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
-        }
-        readEnd = ends[0];
-        writeEnd = ends[1];
-    }
-};
 
 void check(int result, const char* what) {
     if (result < 0) {

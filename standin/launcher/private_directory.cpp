@@ -1,5 +1,7 @@
 #include "standin/launcher/private_directory.h"
 
+#include "standin/launcher/pipe.h"
+
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -21,20 +23,6 @@ namespace {
 [[noreturn]] void fail(const std::string& what) {
     throw std::system_error(errno, std::generic_category(), what);
 }
-
-struct Pipe {
-    int readEnd = -1;
-    int writeEnd = -1;
-
-    Pipe() {
-        std::array<int, 2> ends{};
-        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            fail("cannot make a pipe");
-        }
-        readEnd = ends[0];
-        writeEnd = ends[1];
-    }
-};
 
 // The path must be absolute, because programs change directories, and short enough for a socket.
 std::string directoryPattern() {
