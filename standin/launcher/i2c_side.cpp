@@ -5,7 +5,7 @@
 #include "standin/launcher/topology_file.h"
 
 #include "i2c/device_types.h"
-#include "standin/board/topology.h"
+#include "standin/image/topology.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -25,17 +25,17 @@ void add(int result, const char* what) {
     }
 }
 
-void addBuses(BusCore& core, const I2cDescription& i2c) {
+void addBuses(BusCore& core, const board::I2cDescription& i2c) {
     // The bus of an index node with a parent must be added as an index node, not as a plain bus.
-    for (const I2cBus& bus : i2c.buses) {
-        const bool isNode = std::ranges::any_of(i2c.indexNodes, [&](const IndexNode& node) {
+    for (const board::I2cBus& bus : i2c.buses) {
+        const bool isNode = std::ranges::any_of(i2c.indexNodes, [&](const board::IndexNode& node) {
             return node.parent && node.physicalBus == std::int64_t{bus.number};
         });
         if (!isNode) {
             add(busCoreAddBus(&core, bus.number), "buses");
         }
     }
-    for (const IndexNode& node : i2c.indexNodes) {
+    for (const board::IndexNode& node : i2c.indexNodes) {
         if (node.parent) {
             add(busCoreAddIndexNode(&core, static_cast<std::uint32_t>(node.physicalBus),
                                     *node.parent, static_cast<std::uint32_t>(node.index),
@@ -48,13 +48,13 @@ void addBuses(BusCore& core, const I2cDescription& i2c) {
 }
 
 void addProperties(BusCore& core, std::uint32_t bus, std::uint32_t target,
-                   const I2cProperties& properties) {
+                   const board::I2cProperties& properties) {
     for (const auto& [id, value] : properties) {
         add(busCoreSetProperty(&core, bus, target, id, value), "properties");
     }
 }
 
-void addDevice(BusState& state, std::uint32_t bus, const I2cDevice& device) {
+void addDevice(BusState& state, std::uint32_t bus, const board::I2cDevice& device) {
     if (!device.memory.empty()) {
         add(state.addMemory(bus, device.address, device.memory, device.pointerWidth,
                             device.readOnly),
@@ -68,9 +68,9 @@ void addDevice(BusState& state, std::uint32_t bus, const I2cDevice& device) {
     addProperties(state.core(), bus, device.address, device.properties);
 }
 
-void addFaults(BusCore& core, const Board& board) {
-    for (const FaultRule& rule : board.faults) {
-        if (rule.kind == FaultKind::i2cOpen || rule.kind == FaultKind::i2cIoctl) {
+void addFaults(BusCore& core, const board::Board& board) {
+    for (const board::FaultRule& rule : board.faults) {
+        if (rule.kind == board::FaultKind::i2cOpen || rule.kind == board::FaultKind::i2cIoctl) {
             const BusCoreFault fault{.bus = rule.bus,
                                      .operation = rule.operation,
                                      .anySelector = !rule.selector,
@@ -97,12 +97,12 @@ std::string inherited(const char* variable) {
 
 } // namespace
 
-BusState busStateOf(const Board& board) {
+BusState busStateOf(const board::Board& board) {
     BusState state;
     addBuses(state.core(), board.i2c);
-    for (const I2cBus& bus : board.i2c.buses) {
+    for (const board::I2cBus& bus : board.i2c.buses) {
         addProperties(state.core(), bus.number, BUS_CORE_BUS_NODE, bus.properties);
-        for (const I2cDevice& device : bus.devices) {
+        for (const board::I2cDevice& device : bus.devices) {
             addDevice(state, bus.number, device);
         }
     }
@@ -110,7 +110,7 @@ BusState busStateOf(const Board& board) {
     return state;
 }
 
-I2cSide::I2cSide(sd_event* loop, const std::string& directory, const Board& board,
+I2cSide::I2cSide(sd_event* loop, const std::string& directory, const board::Board& board,
                  const std::string& log)
     : board_(&board),
       socket_(directory + "/i2c"),

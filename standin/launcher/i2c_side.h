@@ -1,7 +1,7 @@
 // The I2C side of a running board: its buses and its topology file.
 #pragma once
 
-#include "standin/board/board.h"
+#include "board/board.h"
 #include "standin/i2c_bus/server/bus_server.h"
 #include "standin/launcher/command.h"
 
@@ -20,7 +20,7 @@ public:
     /// @throw std::system_error when socket, log or topology file cannot be made
     /// @throw std::runtime_error when the board does not fit the driver's tables, or the dynamic
     ///        loader cannot find the preload library
-    I2cSide(sd_event* loop, const std::string& directory, const Board& board,
+    I2cSide(sd_event* loop, const std::string& directory, const board::Board& board,
             const std::string& log);
     I2cSide(const I2cSide&) = delete;
     I2cSide& operator=(const I2cSide&) = delete;
@@ -31,7 +31,7 @@ public:
 private:
     void publishChanges();
 
-    const Board* board_;
+    const board::Board* board_;
     std::string socket_;
     std::string preload_; ///< path of the preload library
     std::string topology_;
@@ -41,6 +41,6 @@ private:
 
 /// Builds the bus driver's state from a board.
 /// @throw std::runtime_error when the board does not fit the driver's tables
-[[nodiscard]] BusState busStateOf(const Board& board);
+[[nodiscard]] BusState busStateOf(const board::Board& board);
 
 } // namespace standin

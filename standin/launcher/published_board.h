@@ -1,14 +1,14 @@
 // Derives from a board what its service publishes.
 #pragma once
 
-#include "standin/board/board.h"
-#include "standin/service/model.h"
+#include "board/board.h"
+#include "board/service_model.h"
 
 namespace standin {
 
 /// Returns the information object, an object manager for each module type, and an object for each
 /// module that has a type. A module's properties come from the bytes of its payload; then the
 /// description's changes are applied. Orders come from faults and from the description.
-[[nodiscard]] ServiceModel publishBoard(const Board& board);
+[[nodiscard]] board::ServiceModel publishBoard(const board::Board& board);
 
 } // namespace standin

@@ -10,15 +10,15 @@ namespace standin {
 
 namespace {
 
-bool isAbsent(const Board& board, FaultKind kind) {
-    return std::ranges::find(board.faults, kind, &FaultRule::kind) != board.faults.end();
+bool isAbsent(const board::Board& board, board::FaultKind kind) {
+    return std::ranges::find(board.faults, kind, &board::FaultRule::kind) != board.faults.end();
 }
 
 } // namespace
 
-ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const Board& board)
+ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const board::Board& board)
     : address_("unix:path=" + directory + "/absent_bus") {
-    if (isAbsent(board, FaultKind::bus)) {
+    if (isAbsent(board, board::FaultKind::bus)) {
         return; // nothing listens there, and the command cannot fall back to the machine's bus
     }
     try {
@@ -31,10 +31,10 @@ ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const Boa
     }
 }
 
-void ServiceSide::start(sd_event* loop, const std::string& directory, const Board& board) {
+void ServiceSide::start(sd_event* loop, const std::string& directory, const board::Board& board) {
     daemon_.emplace(directory);
     address_ = daemon_->address();
-    if (!isAbsent(board, FaultKind::service)) {
+    if (!isAbsent(board, board::FaultKind::service)) {
         service_.emplace(loop, address_, publishBoard(board));
     }
 }

@@ -1,7 +1,7 @@
 // The system bus of a board, and the service on it.
 #pragma once
 
-#include "standin/board/board.h"
+#include "board/board.h"
 #include "standin/launcher/command.h"
 #include "standin/service/bus_daemon.h"
 #include "standin/service/service.h"
@@ -18,13 +18,13 @@ public:
     /// out the service, or both. The loop serves the calls.
     /// @throw std::runtime_error when the bus or the service does not start; what() also says how
     ///        the board works without them
-    ServiceSide(sd_event* loop, const std::string& directory, const Board& board);
+    ServiceSide(sd_event* loop, const std::string& directory, const board::Board& board);
 
     /// The environment variable with the bus's address.
     [[nodiscard]] Environment environment() const;
 
 private:
-    void start(sd_event* loop, const std::string& directory, const Board& board);
+    void start(sd_event* loop, const std::string& directory, const board::Board& board);
 
     std::string address_;
     std::optional<BusDaemon> daemon_;

@@ -1,7 +1,7 @@
 #include "standin/launcher/topology_file.h"
 
-#include "standin/board/device_type.h"
-#include "standin/board/topology.h"
+#include "board/device_type.h"
+#include "standin/image/topology.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -30,8 +30,8 @@ std::span<const BusCoreBus> busesOf(const BusCore& core) {
 // described node.
 class NodeNames {
 public:
-    explicit NodeNames(const std::vector<IndexNode>& described) {
-        for (const IndexNode& node : described) {
+    explicit NodeNames(const std::vector<board::IndexNode>& described) {
+        for (const board::IndexNode& node : described) {
             taken_.insert(node.name);
         }
     }
@@ -56,15 +56,15 @@ private:
 };
 
 // The index nodes that were created at run time, in the form of described ones.
-std::vector<IndexNode> createdNodes(const Board& board, const BusCore& core) {
+std::vector<board::IndexNode> createdNodes(const board::Board& board, const BusCore& core) {
     std::set<std::int64_t> described;
-    for (const IndexNode& node : board.i2c.indexNodes) {
+    for (const board::IndexNode& node : board.i2c.indexNodes) {
         described.insert(node.physicalBus);
     }
-    std::vector<IndexNode> nodes;
+    std::vector<board::IndexNode> nodes;
     NodeNames names(board.i2c.indexNodes);
     for (const BusCoreBus& bus : busesOf(core)) {
-        const auto type = deviceTypeCode(bus.typeName);
+        const auto type = board::deviceTypeCode(bus.typeName);
         if (bus.isIndexNode && type && !described.contains(bus.number)) {
             nodes.push_back({
                 .deviceType = *type,
@@ -78,14 +78,14 @@ std::vector<IndexNode> createdNodes(const Board& board, const BusCore& core) {
 }
 
 // The device nodes of a bus by address, each under its Linux name, like "20-0050".
-std::vector<SubNode> deviceNodes(const BusCore& core, std::int32_t bus) {
+std::vector<board::SubNode> deviceNodes(const BusCore& core, std::int32_t bus) {
     std::vector<BusCoreDevice> devices;
     std::ranges::copy_if(std::span(core.devices, core.deviceCount), std::back_inserter(devices),
                          [&](const BusCoreDevice& device) {
                              return device.hasNode && std::int64_t{device.bus} == bus;
                          });
     std::ranges::sort(devices, {}, &BusCoreDevice::address);
-    std::vector<SubNode> nodes;
+    std::vector<board::SubNode> nodes;
     for (const BusCoreDevice& device : devices) {
         std::array<char, sizeof(TopologySub::name)> name{};
         std::snprintf(name.data(), name.size(), "%u-%04x", device.bus, device.address);
@@ -99,10 +99,10 @@ class Layout {
 public:
     explicit Layout(const BusCore& core) : core_(&core) {}
 
-    void addType(std::uint8_t type, const std::vector<IndexNode>& all) {
+    void addType(std::uint8_t type, const std::vector<board::IndexNode>& all) {
         TopologyType& entry = header_.types[type];
         entry.firstNode = static_cast<std::uint32_t>(nodes_.size());
-        for (const IndexNode& node : all) {
+        for (const board::IndexNode& node : all) {
             if (node.deviceType == type) {
                 addNode(node);
             }
@@ -110,11 +110,11 @@ public:
         entry.nodeCount = static_cast<std::uint32_t>(nodes_.size()) - entry.firstNode;
     }
 
-    void setAnswer(std::uint8_t type, const TypeAnswer& answer) {
+    void setAnswer(std::uint8_t type, const board::TypeAnswer& answer) {
         TopologyType& entry = header_.types[type];
         entry.status = answer.status;
-        entry.hasRoot = answer.root == TypeAnswer::Root::none ? 0 : 1;
-        if (answer.root == TypeAnswer::Root::empty) {
+        entry.hasRoot = answer.root == board::TypeAnswer::Root::none ? 0 : 1;
+        if (answer.root == board::TypeAnswer::Root::empty) {
             entry.nodeCount = 0;
         }
     }
@@ -137,8 +137,8 @@ public:
     }
 
 private:
-    void addNode(const IndexNode& node) {
-        std::vector<SubNode> subNodes = node.subNodes;
+    void addNode(const board::IndexNode& node) {
+        std::vector<board::SubNode> subNodes = node.subNodes;
         // Several described nodes may share a bus; the first one lists its device nodes.
         if (node.physicalBus >= 0 && shownBuses_.insert(node.physicalBus).second) {
             std::ranges::move(deviceNodes(*core_, node.physicalBus), std::back_inserter(subNodes));
@@ -162,7 +162,7 @@ private:
         };
         setName(record.name, node.name);
         nodes_.push_back(record);
-        for (const SubNode& sub : subNodes) {
+        for (const board::SubNode& sub : subNodes) {
             TopologySub subRecord{.discoverable = sub.discoverable,
                                   .unused = {},
                                   .subIndex = sub.subIndex,
@@ -180,16 +180,17 @@ private:
     std::set<std::int32_t> shownBuses_;
 };
 
-constexpr TypeAnswer unknownType{.status = -2, .root = TypeAnswer::Root::none}; // ENOENT
+constexpr board::TypeAnswer unknownType{.status = -2,
+                                        .root = board::TypeAnswer::Root::none}; // ENOENT
 
-TypeAnswer answerFor(const Board& board, std::uint8_t type, bool hasNodes) {
-    TypeAnswer answer = hasNodes ? TypeAnswer{} : unknownType;
+board::TypeAnswer answerFor(const board::Board& board, std::uint8_t type, bool hasNodes) {
+    board::TypeAnswer answer = hasNodes ? board::TypeAnswer{} : unknownType;
     if (const auto found = board.i2c.answers.find(type); found != board.i2c.answers.end()) {
         answer = found->second;
     }
-    for (const FaultRule& rule : board.faults) {
-        if (rule.kind == FaultKind::sysinfo && rule.deviceType == type) {
-            answer = {.status = rule.status, .root = TypeAnswer::Root::none};
+    for (const board::FaultRule& rule : board.faults) {
+        if (rule.kind == board::FaultKind::sysinfo && rule.deviceType == type) {
+            answer = {.status = rule.status, .root = board::TypeAnswer::Root::none};
         }
     }
     return answer;
@@ -197,8 +198,8 @@ TypeAnswer answerFor(const Board& board, std::uint8_t type, bool hasNodes) {
 
 } // namespace
 
-std::vector<std::byte> topologyOf(const Board& board, const BusCore& core) {
-    std::vector<IndexNode> nodes = board.i2c.indexNodes;
+std::vector<std::byte> topologyOf(const board::Board& board, const BusCore& core) {
+    std::vector<board::IndexNode> nodes = board.i2c.indexNodes;
     std::ranges::move(createdNodes(board, core), std::back_inserter(nodes));
     Layout layout(core);
     for (std::uint8_t type = 0; type < topologyTypes; ++type) {

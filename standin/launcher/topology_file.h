@@ -1,7 +1,7 @@
 // Builds the topology file of the running board from its description and the driver's nodes.
 #pragma once
 
-#include "standin/board/board.h"
+#include "board/board.h"
 #include "standin/i2c_bus/core/bus_core.h"
 
 #include <cstddef>
@@ -16,7 +16,7 @@ namespace standin {
 /// created at run time. A created node is named after its type and index, like "PUCK_3"; its name
 /// differs from those of all other nodes. Each index node lists its described sub nodes, then the
 /// device nodes of its bus. A fault rule takes all data of a device type away.
-[[nodiscard]] std::vector<std::byte> topologyOf(const Board& board, const BusCore& core);
+[[nodiscard]] std::vector<std::byte> topologyOf(const board::Board& board, const BusCore& core);
 
 /// Replaces the file in one step: a reader finds the old content or the new, never a part.
 /// @throw std::system_error when it cannot be written

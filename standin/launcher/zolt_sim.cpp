@@ -2,13 +2,13 @@
 //
 // All files of a run lie in one private directory. The command finds the directory and the
 // platform's libraries through its environment.
-#include "standin/board/board_loader.h"
-#include "standin/board/description_text.h"
-#include "standin/board/fault_order.h"
-#include "standin/board/image.h"
-#include "standin/board/image_writer.h"
-#include "standin/board/message_text.h"
+#include "board/board_loader.h"
+#include "board/description_text.h"
+#include "board/fault_order.h"
+#include "board/message_text.h"
 #include "standin/i2c_bus/server/bus_server.h"
+#include "standin/image/image.h"
+#include "standin/image/image_writer.h"
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
 #include "standin/launcher/i2c_side.h"
@@ -41,13 +41,13 @@ using namespace standin;
 constexpr int exitWrongInput = 2;
 constexpr int exitOwnFailure = 125;
 
-Board boardFor(const Arguments& arguments) {
-    Board board = loadBoard(boardFile(arguments.board));
+board::Board boardFor(const Arguments& arguments) {
+    board::Board board = board::loadBoard(boardFile(arguments.board));
     for (const std::string& rule : arguments.faults) {
         try {
-            orderFault(board, rule);
-        } catch (const FaultRuleError& error) {
-            throw ArgumentsError("--fault " + inQuotes(rule) + ": " + error.what());
+            board::orderFault(board, rule);
+        } catch (const board::FaultRuleError& error) {
+            throw ArgumentsError("--fault " + board::inQuotes(rule) + ": " + error.what());
         }
     }
     return board;
@@ -86,7 +86,7 @@ void add(Environment& environment, const Environment& more) {
     environment.insert(environment.end(), more.begin(), more.end());
 }
 
-Ended runOnBoard(const Board& board, const Arguments& arguments) {
+Ended runOnBoard(const board::Board& board, const Arguments& arguments) {
     const std::array logs{openLog(arguments.debugLog), openLog(arguments.callLog),
                           openLog(arguments.i2cLog)};
     Environment environment;
@@ -120,8 +120,8 @@ Ended runOnBoard(const Board& board, const Arguments& arguments) {
 
 std::vector<std::string> errorsOf(const std::string& path) {
     try {
-        return errorsIn(readDescription(path), path);
-    } catch (const BoardError& error) { // the file cannot be read
+        return board::errorsIn(board::readDescription(path), path);
+    } catch (const board::BoardError& error) { // the file cannot be read
         return {error.what()};
     }
 }
@@ -167,7 +167,7 @@ int main(int argc, char* argv[]) {
     } catch (const ArgumentsError& error) {
         std::fprintf(stderr, "zolt_sim: %s\n'zolt_sim --help' tells more.\n", error.what());
         return exitWrongInput;
-    } catch (const BoardError& error) {
+    } catch (const board::BoardError& error) {
         std::fprintf(stderr, "zolt_sim: %s\n", error.what());
         return exitWrongInput;
     } catch (const std::exception& error) {

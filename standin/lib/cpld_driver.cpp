@@ -1,7 +1,7 @@
 // The stand-in's CPLD driver library: reads the board's raw registers.
 #include "platform/cpld_driver.h"
 
-#include "standin/board/image_reader.h"
+#include "standin/image/image_reader.h"
 #include "standin/lib/log_file.h"
 
 #include <algorithm>
@@ -27,7 +27,7 @@ std::int32_t read(std::uint8_t* buffer, std::uint32_t address, std::uint32_t len
         return noBoard;
     }
     const auto first = registerAt(address);
-    if (!first || length == 0 || length > standin::rawAddressCount - *first) {
+    if (!first || length == 0 || length > board::rawAddressCount - *first) {
         return badArgument;
     }
     if (const auto status = image->strikeRaw(*first, length); status != 0) {

@@ -1,7 +1,7 @@
 // The stand-in's HAL library: reads the board's registers by name, or through a HAL object.
 #include "platform/hal.h"
 
-#include "standin/board/image_reader.h"
+#include "standin/image/image_reader.h"
 #include "standin/lib/log_file.h"
 
 #include <algorithm>

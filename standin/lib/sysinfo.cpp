@@ -3,8 +3,8 @@
 // Each parse reads the file again, because nodes come and go while the board runs.
 #include "platform/sysinfo.h"
 
-#include "standin/board/image.h"
-#include "standin/board/topology.h"
+#include "standin/image/image.h"
+#include "standin/image/topology.h"
 #include "standin/lib/log_file.h"
 
 #include <algorithm>

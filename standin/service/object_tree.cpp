@@ -55,9 +55,9 @@ std::string escaped(std::string_view text) {
     return safe;
 }
 
-void describe(std::string& xml, const PublishedInterface& interface) {
+void describe(std::string& xml, const board::PublishedInterface& interface) {
     xml.append(" <interface name=\"").append(escaped(interface.interface)).append("\">\n");
-    for (const Property& property : interface.properties) {
+    for (const board::Property& property : interface.properties) {
         xml.append("  <property name=\"").append(escaped(property.name));
         xml.append("\" type=\"").append(escaped(property.signature));
         xml += "\" access=\"read\">"
@@ -69,16 +69,17 @@ void describe(std::string& xml, const PublishedInterface& interface) {
 
 } // namespace
 
-const PublishedInterface* ObjectNode::find(std::string_view interface) const {
-    const auto found = std::ranges::find(interfaces, interface, &PublishedInterface::interface);
+const board::PublishedInterface* ObjectNode::find(std::string_view interface) const {
+    const auto found =
+        std::ranges::find(interfaces, interface, &board::PublishedInterface::interface);
     return found != interfaces.end() ? *found : nullptr;
 }
 
-ObjectTree::ObjectTree(const ServiceModel& model) {
+ObjectTree::ObjectTree(const board::ServiceModel& model) {
     for (const std::string& path : model.managers) {
         nodeAt(path).manager = true;
     }
-    for (const PublishedInterface& interface : model.interfaces) {
+    for (const board::PublishedInterface& interface : model.interfaces) {
         nodeAt(interface.path).interfaces.push_back(&interface);
     }
 }
@@ -112,7 +113,7 @@ std::string ObjectTree::introspection(std::string_view path) const {
     std::string xml(head);
     if (node != nullptr) {
         xml += node->manager ? manager : "";
-        for (const PublishedInterface* interface : node->interfaces) {
+        for (const board::PublishedInterface* interface : node->interfaces) {
             describe(xml, *interface);
         }
     }

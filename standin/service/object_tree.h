@@ -1,7 +1,7 @@
 // The objects of a service model, by path.
 #pragma once
 
-#include "standin/service/model.h"
+#include "board/service_model.h"
 
 #include <string>
 #include <string_view>
@@ -14,16 +14,16 @@ namespace standin {
 struct ObjectNode {
     std::string path;
     bool manager = false;
-    std::vector<const PublishedInterface*> interfaces;
+    std::vector<const board::PublishedInterface*> interfaces;
 
     /// The interface of that name; null when the object has none.
-    [[nodiscard]] const PublishedInterface* find(std::string_view interface) const;
+    [[nodiscard]] const board::PublishedInterface* find(std::string_view interface) const;
 };
 
 /// An index of a model's objects. The model must outlive it.
 class ObjectTree {
 public:
-    explicit ObjectTree(const ServiceModel& model);
+    explicit ObjectTree(const board::ServiceModel& model);
 
     /// The object at @p path; null when there is none.
     [[nodiscard]] const ObjectNode* find(std::string_view path) const;

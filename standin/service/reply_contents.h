@@ -20,10 +20,10 @@ int appendContainer(sd_bus_message* message, char kind, const char* contents,
 
 /// Appends a property's value as a variant. Returns sd-bus's result, or -EINVAL for a value that
 /// does not fit its signature; so do the functions below.
-int appendVariant(sd_bus_message* message, const Property& property);
+int appendVariant(sd_bus_message* message, const board::Property& property);
 
 /// Appends the entries of an "a{sv}", one for each property.
-int appendEntries(sd_bus_message* message, const PublishedInterface& interface);
+int appendEntries(sd_bus_message* message, const board::PublishedInterface& interface);
 
 /// Appends an object with its interfaces and properties: one entry of an "a{oa{sa{sv}}}".
 int appendObject(sd_bus_message* message, const ObjectNode& node);

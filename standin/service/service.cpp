@@ -74,7 +74,7 @@ const Service::Method Service::methods[] = {
     {"org.freedesktop.DBus.Introspectable", "Introspect", &Service::introspect},
 };
 
-Service::Service(sd_event* loop, const std::string& address, ServiceModel model)
+Service::Service(sd_event* loop, const std::string& address, board::ServiceModel model)
     : model_(std::move(model)), tree_(model_) {
     sd_bus* raw = nullptr;
     require(sd_bus_new(&raw), "sd_bus_new");
@@ -102,18 +102,18 @@ int Service::onCall(sd_bus_message* call, void* service, sd_bus_error*) {
     if (methodOf(call) == nullptr) {
         return 0; // sd-bus answers it
     }
-    const ServiceOrder* order = self.orderFor(call);
+    const board::ServiceOrder* order = self.orderFor(call);
     if (order == nullptr) {
         return self.answer(call);
     }
     return order->delay.count() > 0 ? self.delay(call, *order) : self.obey(call, *order);
 }
 
-const ServiceOrder* Service::orderFor(sd_bus_message* call) {
+const board::ServiceOrder* Service::orderFor(sd_bus_message* call) {
     const std::string_view path = sd_bus_message_get_path(call);
     const bool ofManager = sd_bus_message_is_method_call(call, objectManager, nullptr) > 0;
     const std::string_view interface = ofManager ? objectManager : firstText(call);
-    for (const ServiceOrder& order : model_.orders) {
+    for (const board::ServiceOrder& order : model_.orders) {
         if ((order.path.empty() || order.path == path) &&
             (order.interface.empty() || order.interface == interface) &&
             fitted_[&order]++ >= order.after) {
@@ -123,7 +123,7 @@ const ServiceOrder* Service::orderFor(sd_bus_message* call) {
     return nullptr;
 }
 
-int Service::delay(sd_bus_message* call, const ServiceOrder& order) {
+int Service::delay(sd_bus_message* call, const board::ServiceOrder& order) {
     delayed_.push_front({.service = this,
                          .call = Message(sd_bus_message_ref(call)),
                          .order = &order,
@@ -149,17 +149,17 @@ int Service::onDelayOver(sd_event_source*, std::uint64_t, void* delayed) {
     return result < 0 ? 0 : result;
 }
 
-int Service::obey(sd_bus_message* call, const ServiceOrder& order) {
+int Service::obey(sd_bus_message* call, const board::ServiceOrder& order) {
     switch (order.action) {
-    case ServiceOrder::Action::error: {
+    case board::ServiceOrder::Action::error: {
         const sd_bus_error error{order.name.c_str(), order.text.c_str(), 0};
         return sd_bus_reply_method_error(call, &error);
     }
-    case ServiceOrder::Action::reply:
+    case board::ServiceOrder::Action::reply:
         return replyWith(call, order);
-    case ServiceOrder::Action::leave:
+    case board::ServiceOrder::Action::leave:
         return leave();
-    case ServiceOrder::Action::answer:
+    case board::ServiceOrder::Action::answer:
         break;
     }
     return answer(call);
@@ -170,7 +170,7 @@ int Service::leave() {
     return 1;
 }
 
-int Service::replyWith(sd_bus_message* call, const ServiceOrder& order) {
+int Service::replyWith(sd_bus_message* call, const board::ServiceOrder& order) {
     return reply(call, [&](sd_bus_message* message) {
         return order.signature.empty() ? 0 : appendValue(message, order.signature, order.value);
     });
@@ -190,11 +190,11 @@ int Service::get(sd_bus_message* call) {
     if (node == nullptr) {
         return unknownObject(call);
     }
-    const PublishedInterface* published = node->find(interface);
+    const board::PublishedInterface* published = node->find(interface);
     if (published == nullptr) {
         return unknownInterface(call, interface);
     }
-    for (const Property& property : published->properties) {
+    for (const board::Property& property : published->properties) {
         if (property.name == name) {
             return reply(call,
                          [&](sd_bus_message* message) { return appendVariant(message, property); });
@@ -221,7 +221,7 @@ int Service::getAll(sd_bus_message* call) {
     return reply(call, [&](sd_bus_message* message) {
         return appendContainer(message, 'a', "{sv}", [&] {
             int result = 0;
-            for (const PublishedInterface* published : node->interfaces) {
+            for (const board::PublishedInterface* published : node->interfaces) {
                 if (result >= 0 && (wanted.empty() || published->interface == wanted)) {
                     result = appendEntries(message, *published);
                 }

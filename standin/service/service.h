@@ -4,7 +4,7 @@
 // answers the calls of the standard interfaces itself.
 #pragma once
 
-#include "standin/service/model.h"
+#include "board/service_model.h"
 #include "standin/service/object_tree.h"
 
 #include <systemd/sd-bus.h>
@@ -27,7 +27,7 @@ public:
     /// @param address of the bus, as in DBUS_SYSTEM_BUS_ADDRESS
     /// @throws std::system_error when the bus cannot be reached or refuses the name
     /// @throws std::runtime_error when the user is not in the user database
-    Service(sd_event* loop, const std::string& address, ServiceModel model);
+    Service(sd_event* loop, const std::string& address, board::ServiceModel model);
     Service(const Service&) = delete;
     Service& operator=(const Service&) = delete;
 
@@ -48,7 +48,7 @@ private:
     struct Delayed {
         Service* service;
         Message call;
-        const ServiceOrder* order;
+        const board::ServiceOrder* order;
         std::unique_ptr<sd_event_source, UnrefTimer> timer;
         std::list<Delayed>::iterator self;
     };
@@ -64,11 +64,11 @@ private:
     static int onCall(sd_bus_message* call, void* service, sd_bus_error* error);
     static int onDelayOver(sd_event_source* timer, std::uint64_t now, void* delayed);
 
-    const ServiceOrder* orderFor(sd_bus_message* call);
-    int delay(sd_bus_message* call, const ServiceOrder& order);
-    int obey(sd_bus_message* call, const ServiceOrder& order);
+    const board::ServiceOrder* orderFor(sd_bus_message* call);
+    int delay(sd_bus_message* call, const board::ServiceOrder& order);
+    int obey(sd_bus_message* call, const board::ServiceOrder& order);
     int leave();
-    int replyWith(sd_bus_message* call, const ServiceOrder& order);
+    int replyWith(sd_bus_message* call, const board::ServiceOrder& order);
     int answer(sd_bus_message* call);
 
     int get(sd_bus_message* call);
@@ -76,9 +76,9 @@ private:
     int getManagedObjects(sd_bus_message* call);
     int introspect(sd_bus_message* call);
 
-    const ServiceModel model_;
+    const board::ServiceModel model_;
     const ObjectTree tree_;
-    std::map<const ServiceOrder*, int> fitted_; // number of calls that each order fitted
+    std::map<const board::ServiceOrder*, int> fitted_; // number of calls that each order fitted
     std::unique_ptr<sd_bus, Close> bus_;
     std::list<Delayed> delayed_;
 };

@@ -1,7 +1,7 @@
 // Puts values of a board description into messages of the bus.
 #pragma once
 
-#include "standin/service/model.h"
+#include "board/service_model.h"
 
 #include <systemd/sd-bus.h>
 
@@ -9,15 +9,8 @@
 
 namespace standin {
 
-/// Whether a signature is one complete type.
-[[nodiscard]] bool isCompleteType(std::string_view signature);
-
-/// Whether @p signature is one complete type and @p value fits it: numbers are within the type's
-/// range, lists have the right shape and length, object paths and signatures are valid.
-[[nodiscard]] bool valueFits(std::string_view signature, const Value& value);
-
 /// Appends @p value as the type @p signature.
 /// @return a negative errno on failure: -EINVAL for a value that does not fit, or sd-bus's own
-int appendValue(sd_bus_message* message, std::string_view signature, const Value& value);
+int appendValue(sd_bus_message* message, std::string_view signature, const board::Value& value);
 
 } // namespace standin

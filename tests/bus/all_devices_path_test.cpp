@@ -14,10 +14,10 @@ namespace zolt {
 namespace {
 
 using namespace test;
-using standin::PublishedInterface;
-using standin::ServiceModel;
-using standin::ServiceOrder;
-using Action = ServiceOrder::Action;
+using board::PublishedInterface;
+using board::ServiceModel;
+using board::ServiceOrder;
+using Action = board::ServiceOrder::Action;
 
 constexpr const char* managerInterface = "org.freedesktop.DBus.ObjectManager";
 constexpr const char* none = "No DBUS objects of this module type are present\n";
@@ -32,13 +32,14 @@ std::string failed(const std::string& error) {
            "\nPrintAllDevicesPath: GetManagedObjects() failed to get GetManagedObjects !.\n";
 }
 
-PublishedInterface puck(const std::string& name) {
+board::PublishedInterface puck(const std::string& name) {
     return {"/com/tesk/bmc/zolt/puck/" + name, "com.tesk.bmc.zolt.puckCIR",
             published(shortProperties())};
 }
 
-ServiceModel pucks(const std::vector<std::string>& names, std::vector<ServiceOrder> orders = {}) {
-    ServiceModel model{
+board::ServiceModel pucks(const std::vector<std::string>& names,
+                          std::vector<ServiceOrder> orders = {}) {
+    board::ServiceModel model{
         .managers = {"/com/tesk/bmc/zolt/puck"}, .interfaces = {}, .orders = std::move(orders)};
     for (const std::string& name : names) {
         model.interfaces.push_back(puck(name));
@@ -83,7 +84,7 @@ TEST(PrintAllDevicesPath, everyTypeHasItsPathInterfaceAndReport) {
         {10, "/com/tesk/bmc/zolt/bi", cem, cemProperties, cemReport},
         {11, "/com/tesk/bmc/zolt/battery", cem, cemProperties, cemReport},
     };
-    ServiceModel model{.managers = {}, .interfaces = {}, .orders = {}};
+    board::ServiceModel model{.managers = {}, .interfaces = {}, .orders = {}};
     for (const Type& type : types) {
         model.managers.push_back(type.path);
         model.interfaces.push_back(
@@ -114,7 +115,7 @@ TEST(PrintAllDevicesPath, typeThatDoesNotExistHasNoPath) {
 
 // The reply of the manager has properties of every D-Bus type. The view prints none of them.
 TEST(PrintAllDevicesPath, managersReplyMayHavePropertiesOfAnyType) {
-    ServiceModel model = pucks({"a"});
+    board::ServiceModel model = pucks({"a"});
     model.interfaces.push_back(
         {"/com/tesk/bmc/zolt/puck/a",
          "com.tesk.bmc.zolt.everything",
@@ -128,32 +129,33 @@ TEST(PrintAllDevicesPath, managersReplyMayHavePropertiesOfAnyType) {
           {"q", "q", 1},
           {"y", "y", 1},
           {"b", "b", true},
-          {"as", "as", standin::listOf("a", "b")},
-          {"ax", "ax", standin::listOf(-1)},
-          {"at", "at", standin::listOf(1)},
-          {"ad", "ad", standin::listOf(0.5)},
-          {"ai", "ai", standin::listOf(-1)},
-          {"au", "au", standin::listOf(1)},
-          {"an", "an", standin::listOf(-1)},
-          {"aq", "aq", standin::listOf(1)},
-          {"ay", "ay", standin::listOf(1, 2, 3)},
-          {"ab", "ab", standin::listOf(true, false)},
+          {"as", "as", board::listOf("a", "b")},
+          {"ax", "ax", board::listOf(-1)},
+          {"at", "at", board::listOf(1)},
+          {"ad", "ad", board::listOf(0.5)},
+          {"ai", "ai", board::listOf(-1)},
+          {"au", "au", board::listOf(1)},
+          {"an", "an", board::listOf(-1)},
+          {"aq", "aq", board::listOf(1)},
+          {"ay", "ay", board::listOf(1, 2, 3)},
+          {"ab", "ab", board::listOf(true, false)},
           {"o", "o", "/a"},
           {"g", "g", "a{sv}"},
-          {"(yyyyyy)", "(yyyyyy)", standin::listOf(1, 2, 3, 4, 5, 6)},
+          {"(yyyyyy)", "(yyyyyy)", board::listOf(1, 2, 3, 4, 5, 6)},
           {"a{sv}", "a{sv}",
-           standin::listOf(standin::listOf("k", standin::listOf("v", standin::listOf("y", 1))))}}});
+           board::listOf(board::listOf("k", board::listOf("v", board::listOf("y", 1))))}}});
     SystemBus bus;
     bus.publish(std::move(model));
     EXPECT_EQ(printed(2), "/com/tesk/bmc/zolt/puck/a\n" + shortReport + "\n\n");
 }
 
 TEST(PrintAllDevicesPath, objectThatFailsDoesNotEndTheListing) {
-    ServiceModel model = pucks({"a", "b", "c", "d"}, {{.path = "/com/tesk/bmc/zolt/puck/b",
-                                                       .interface = "com.tesk.bmc.zolt.puckCIR",
-                                                       .action = Action::error,
-                                                       .name = "com.tesk.bmc.Error.Busy",
-                                                       .text = "the module is being read"}});
+    board::ServiceModel model =
+        pucks({"a", "b", "c", "d"}, {{.path = "/com/tesk/bmc/zolt/puck/b",
+                                      .interface = "com.tesk.bmc.zolt.puckCIR",
+                                      .action = Action::error,
+                                      .name = "com.tesk.bmc.Error.Busy",
+                                      .text = "the module is being read"}});
     model.interfaces[2].interface = "com.tesk.bmc.zolt.rfcCIR";
     SystemBus bus;
     bus.publish(std::move(model));
@@ -198,7 +200,7 @@ TEST(PrintAllDevicesPath, serviceIsAbsent) {
 
 TEST(PrintAllDevicesPath, managerIsUnknown) {
     SystemBus bus;
-    ServiceModel model = pucks({"a"});
+    board::ServiceModel model = pucks({"a"});
     bus.publish(model);
     EXPECT_EQ(printed(1), failed("sd_bus_call: org.freedesktop.DBus.Error.UnknownObject: "
                                  "Unknown object '/com/tesk/bmc/zolt/bp'."));
@@ -262,7 +264,7 @@ TEST(PrintAllDevicesPath, replyOfAnotherSignature) {
         bus.publish(pucks({"a"}, {{.interface = managerInterface,
                                    .action = Action::reply,
                                    .signature = signature,
-                                   .value = standin::listOf()}}));
+                                   .value = board::listOf()}}));
         EXPECT_EQ(printed(2), mismatch) << signature;
     }
     bus.publish(pucks({"a"}, {{.interface = managerInterface, .action = Action::reply}}));

@@ -12,8 +12,8 @@ namespace zolt {
 namespace {
 
 using namespace test;
-using standin::ServiceOrder;
-using Action = ServiceOrder::Action;
+using board::ServiceOrder;
+using Action = board::ServiceOrder::Action;
 
 constexpr const char* path = "/com/tesk/bmc/zolt/riser/slot_1";
 constexpr const char* cem = "com.tesk.bmc.zolt.cemCIR";
@@ -22,14 +22,14 @@ std::string printed(std::uint8_t moduleClass) {
     return viewed([&](sdbusplus::bus_t& bus) { PrintAllProperties(bus, moduleClass, path); });
 }
 
-standin::ServiceModel publishing(const char* interface, std::vector<standin::Property> properties,
-                                 std::vector<ServiceOrder> orders = {}) {
+board::ServiceModel publishing(const char* interface, std::vector<board::Property> properties,
+                               std::vector<ServiceOrder> orders = {}) {
     return {.managers = {},
             .interfaces = {{path, interface, std::move(properties)}},
             .orders = std::move(orders)};
 }
 
-std::string printedOf(std::vector<standin::Property> properties,
+std::string printedOf(std::vector<board::Property> properties,
                       std::vector<ServiceOrder> orders = {}) {
     SystemBus bus;
     bus.publish(publishing(cem, std::move(properties), std::move(orders)));
@@ -71,7 +71,7 @@ TEST(PrintAllProperties, everyClassHasItsInterfaceAndReport) {
 TEST(PrintAllProperties, orderAndNumberOfThePropertiesDoNotMatter) {
     auto properties = published(cemProperties());
     std::ranges::reverse(properties);
-    properties.push_back({"Unknown", "a{sv}", standin::listOf()});
+    properties.push_back({"Unknown", "a{sv}", board::listOf()});
     properties.push_back({"AlsoUnknown", "s", "text"});
     EXPECT_EQ(printedOf(properties), cemReport + "\n\n");
 }
@@ -90,8 +90,8 @@ TEST(PrintAllProperties, missingPropertyYieldsAnErrorInsteadOfTheReport) {
 TEST(PrintAllProperties, propertyOfAnotherTypeYieldsAnErrorInsteadOfTheReport) {
     for (const char* signature : {"y", "u", "x"}) {
         auto properties = published(cemProperties());
-        std::ranges::find(properties, "DeviceId", &standin::Property::name)->signature = signature;
-        std::ranges::find(properties, "DeviceId", &standin::Property::name)->value = 1;
+        std::ranges::find(properties, "DeviceId", &board::Property::name)->signature = signature;
+        std::ranges::find(properties, "DeviceId", &board::Property::name)->value = 1;
         EXPECT_EQ(printedOf(properties), caught("std::get: wrong index for variant")) << signature;
     }
 }
@@ -99,7 +99,7 @@ TEST(PrintAllProperties, propertyOfAnotherTypeYieldsAnErrorInsteadOfTheReport) {
 // The view skips a value of an unknown type and takes it for six zero bytes.
 TEST(PrintAllProperties, endpointOfNoKnownTypePrintsAsZeroBytes) {
     auto properties = published(cemProperties());
-    auto& endpoint = *std::ranges::find(properties, "EndPoint1", &standin::Property::name);
+    auto& endpoint = *std::ranges::find(properties, "EndPoint1", &board::Property::name);
     endpoint.signature = "ay";
     std::string expected = cemReport;
     const std::string bytes = "0x01, 0x02, 0x03, 0x04, 0x05, 0x06";

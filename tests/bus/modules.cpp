@@ -16,11 +16,11 @@ PropertyMap cemHeader() {
             {"TargetI2cDevAddr", Byte{0xD0}}, {"checksum", Byte{0xA5}}};
 }
 
-standin::Property published(const std::string& name, const PropertyValue& value) {
+board::Property published(const std::string& name, const PropertyValue& value) {
     if (const auto* endpoint = std::get_if<EndpointDescriptor>(&value)) {
         return std::apply(
             [&](auto... bytes) {
-                return standin::Property{name, "(yyyyyy)", standin::listOf(int{bytes}...)};
+                return board::Property{name, "(yyyyyy)", board::listOf(int{bytes}...)};
             },
             *endpoint);
     }
@@ -67,8 +67,8 @@ PropertyMap shortProperties() {
             {"TargetI2cGpioDevAddr", Byte{0xFF}}};
 }
 
-std::vector<standin::Property> published(const PropertyMap& properties) {
-    std::vector<standin::Property> all;
+std::vector<board::Property> published(const PropertyMap& properties) {
+    std::vector<board::Property> all;
     for (const auto& [name, value] : properties) {
         all.push_back(published(name, value));
     }

@@ -1,8 +1,8 @@
 // The properties of one module of each kind. Their reports are in reports.h.
 #pragma once
 
+#include "board/service_model.h"
 #include "bus/property_value.h"
-#include "standin/service/model.h"
 
 #include <string>
 #include <vector>
@@ -15,6 +15,6 @@ namespace zolt::test {
 [[nodiscard]] PropertyMap shortProperties();
 
 /// Converts properties to those that the service publishes.
-[[nodiscard]] std::vector<standin::Property> published(const PropertyMap& properties);
+[[nodiscard]] std::vector<board::Property> published(const PropertyMap& properties);
 
 } // namespace zolt::test

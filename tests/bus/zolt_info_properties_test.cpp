@@ -8,15 +8,15 @@ namespace zolt {
 namespace {
 
 using namespace test;
-using standin::Property;
-using standin::ServiceOrder;
-using Action = ServiceOrder::Action;
+using board::Property;
+using board::ServiceOrder;
+using Action = board::ServiceOrder::Action;
 
 constexpr const char* infoPath = "/com/tesk/bmc/zolt/info";
 constexpr const char* infoInterface = "com.tesk.bmc.zolt.pcardInfo";
 
-standin::ServiceModel publishing(std::vector<Property> properties,
-                                 std::vector<ServiceOrder> orders = {}) {
+board::ServiceModel publishing(std::vector<board::Property> properties,
+                               std::vector<ServiceOrder> orders = {}) {
     return {.managers = {},
             .interfaces = {{infoPath, infoInterface, std::move(properties)}},
             .orders = std::move(orders)};
@@ -26,7 +26,8 @@ std::string printed() {
     return viewed(PrintZoltInfoProperties);
 }
 
-std::string printedOf(std::vector<Property> properties, std::vector<ServiceOrder> orders = {}) {
+std::string printedOf(std::vector<board::Property> properties,
+                      std::vector<ServiceOrder> orders = {}) {
     SystemBus bus;
     bus.publish(publishing(std::move(properties), std::move(orders)));
     return printed();
@@ -66,13 +67,13 @@ TEST(PrintZoltInfoProperties, flagOfAnotherTypeEndsTheListing) {
 
 // The view takes 16-bit numbers only, not even a byte or the six bytes of an endpoint.
 TEST(PrintZoltInfoProperties, numberOfAnotherTypeEndsTheListing) {
-    const std::vector<std::pair<std::string, standin::Value>> others{
+    const std::vector<std::pair<std::string, board::Value>> others{
         {"b", true},
         {"y", 1},
         {"u", 1},
         {"s", "text"},
-        {"(yyyyyy)", standin::listOf(1, 2, 3, 4, 5, 6)},
-        {"a{sv}", standin::listOf()}};
+        {"(yyyyyy)", board::listOf(1, 2, 3, 4, 5, 6)},
+        {"a{sv}", board::listOf()}};
     for (const auto& [signature, value] : others) {
         EXPECT_EQ(printedOf({{"CardCount", signature, value}, {"Later", "q", 4}}),
                   "PrintZoltInfoProperties: \n"
@@ -102,7 +103,7 @@ TEST(PrintZoltInfoProperties, onlyTheExactNamesAreFlags) {
 }
 
 TEST(PrintZoltInfoProperties, valueOfAnUnknownTypeEndsTheListingAtItsOwnPlace) {
-    EXPECT_EQ(printedOf({{"Zebra", "as", standin::listOf("a", "b")}, {"Apple", "q", 1}}),
+    EXPECT_EQ(printedOf({{"Zebra", "as", board::listOf("a", "b")}, {"Apple", "q", 1}}),
               "PrintZoltInfoProperties: \n"
               "Property Name  = Apple\n"
               "Property Value = 1\n"
@@ -188,8 +189,7 @@ TEST(PrintZoltInfoProperties, replyOfAnotherSignature) {
     EXPECT_EQ(printedOf({}, {{.action = Action::reply, .signature = "s", .value = "text"}}),
               mismatch);
     EXPECT_EQ(
-        printedOf({},
-                  {{.action = Action::reply, .signature = "a{ss}", .value = standin::listOf()}}),
+        printedOf({}, {{.action = Action::reply, .signature = "a{ss}", .value = board::listOf()}}),
         mismatch);
     EXPECT_EQ(printedOf({}, {{.action = Action::reply}}), mismatch);
 }

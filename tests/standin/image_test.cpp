@@ -1,7 +1,7 @@
-#include "standin/board/image_reader.h"
-#include "standin/board/image_writer.h"
+#include "standin/image/image_reader.h"
+#include "standin/image/image_writer.h"
 
-#include "standin/board/board_loader.h"
+#include "board/board_loader.h"
 
 #include <gtest/gtest.h>
 
@@ -25,27 +25,28 @@ protected:
     [[nodiscard]] std::string path() const { return directory_ + "/board"; }
 
     ImageReader mapped(const std::string& description) {
-        writeImage(parseBoard(description, "b"), path());
+        writeImage(board::parseBoard(description, "b"), path());
         auto reader = ImageReader::map(path().c_str());
         EXPECT_TRUE(reader.has_value());
         return reader.value();
     }
 
     // Returns the status and the bytes of a named read, or status -404 for an unknown name.
-    static std::pair<std::int32_t, Bytes> named(const ImageReader& image, std::string_view name) {
+    static std::pair<std::int32_t, board::Bytes> named(const ImageReader& image,
+                                                       std::string_view name) {
         const ImageName* const entry = image.findName(name);
         if (entry == nullptr) {
             return {-404, {}};
         }
         const auto value = image.value(*entry);
-        return {image.strike(entry->fault), Bytes(value.begin(), value.end())};
+        return {image.strike(entry->fault), board::Bytes(value.begin(), value.end())};
     }
 
 private:
     std::string directory_;
 };
 
-using Read = std::pair<std::int32_t, Bytes>;
+using Read = std::pair<std::int32_t, board::Bytes>;
 
 TEST_F(Image, findsEveryNameAndNoOther) {
     const auto image = mapped("[[slot]]\nid = 7\ndstat = 3\n[override.named]\nA = []\nZZ = [1, 2]");

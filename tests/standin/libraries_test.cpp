@@ -3,9 +3,9 @@
 #include "platform/debug_log.h"
 #include "platform/hal.h"
 
-#include "standin/board/board_loader.h"
-#include "standin/board/image.h"
-#include "standin/board/image_writer.h"
+#include "board/board_loader.h"
+#include "standin/image/image.h"
+#include "standin/image/image_writer.h"
 #include "standin/lib/log_file.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ public:
     void SetUp() override {
         std::string pattern = testing::TempDir() + "/boardXXXXXX";
         directory = mkdtemp(pattern.data());
-        writeImage(parseBoard(R"(
+        writeImage(board::parseBoard(R"(
 faults = [
     "named-read PICPWR_2_DSTAT status 7",
     "raw-read 0x1010-0x1011 status 8",
@@ -51,7 +51,7 @@ BLOB = [9, 8, 7]
 [override.raw]
 0xFFFF = 0x55
 )",
-                              "b"),
+                                     "b"),
                    directory + "/" + imageFileName);
         for (const char* const log : {"calls", "debug"}) {
             std::ofstream(directory + "/" + log);
@@ -80,14 +80,14 @@ protected:
         received("calls");
         received("debug");
     }
-    Bytes bytes_;
+    board::Bytes bytes_;
     std::uint32_t size_ = 0;
 };
 
 TEST_F(StandinLibrary, namedReadAppendsAndTellsTheSize) {
     bytes_ = {1};
     EXPECT_EQ(ReadIO_Str("BLOB", bytes_, &size_), 0);
-    EXPECT_EQ(bytes_, (Bytes{1, 9, 8, 7}));
+    EXPECT_EQ(bytes_, (board::Bytes{1, 9, 8, 7}));
     EXPECT_EQ(size_, 3U);
     EXPECT_EQ(received("calls"), "ReadIO_Str BLOB = 0\n");
 }
@@ -147,9 +147,9 @@ TEST_F(StandinLibrary, objectMissingOnceIsFoundAtTheSecondRequest) {
     EXPECT_EQ(object->Name(), payloads);
     bytes_ = {99, 99, 99};
     EXPECT_EQ(object->ReadIO(bytes_, 2, 0x12), 0); // index 0x12 is payload offset 0x11
-    EXPECT_EQ(bytes_, (Bytes{2, 3}));
+    EXPECT_EQ(bytes_, (board::Bytes{2, 3}));
     EXPECT_EQ(object->ReadIO(bytes_, 4, 0x11), 0); // more than most_bytes
-    EXPECT_EQ(bytes_, (Bytes{1, 2, 3}));
+    EXPECT_EQ(bytes_, (board::Bytes{1, 2, 3}));
     EXPECT_EQ(object->ReadIO(bytes_, 1, 0x5FFF), 0);
     EXPECT_EQ(object->ReadIO(bytes_, 2, 0x5FFF), -1);
     EXPECT_EQ(object->ReadIO(bytes_, 1, 0x6001), -1);

@@ -1,6 +1,6 @@
 // Describes random modules, lets the stand-in encode them and the tool decode them. The tool has to
 // print what the description says.
-#include "standin/board/board_loader.h"
+#include "board/board_loader.h"
 
 #include "payload/cir_payload.h"
 #include "payload/oem_area.h"
@@ -81,7 +81,7 @@ public:
         describe(key, "'" + text + "'");
         list(label, text);
     }
-    void checksum(const std::string& label, const Bytes& bytes, std::size_t length) {
+    void checksum(const std::string& label, const board::Bytes& bytes, std::size_t length) {
         unsigned sum = 0;
         for (std::size_t i = 0; i + 1 < length; ++i) {
             sum += bytes.at(i);
@@ -199,7 +199,8 @@ TEST(RoundTrip, payloadPrintsWhatWasDescribed) {
         for (const unsigned deviceClass : {0x1AU, 0x1BU, 0x2AU, 0x11U, seed % 26}) {
             Story story(seed, 30);
             tellModule(story, deviceClass);
-            const Bytes payload = parseBoard(story.description(), "b").slots.at(0).payload;
+            const board::Bytes payload =
+                board::parseBoard(story.description(), "b").slots.at(0).payload;
             story.checksum("CHECKSUM", payload, payload.size());
             EXPECT_EQ(zolt::test::outputOf([&] { zolt::printCirPayload(payload, 0, 2); }),
                       story.listing())
@@ -248,7 +249,7 @@ TEST(RoundTrip, oemAreaPrintsWhatWasDescribed) {
         for (unsigned i = 0; i < count; ++i) {
             tellOemDescriptor(listed);
         }
-        const Bytes area = parseBoard(listed.description(), "b").slots.at(0).oemArea;
+        const board::Bytes area = board::parseBoard(listed.description(), "b").slots.at(0).oemArea;
         listed.checksum("CHECKSUM", area, area.size());
         const std::string head =
             "\n\nOEM AREA SIZE               = " + std::to_string(area.size()) +
@@ -349,7 +350,7 @@ TEST(RoundTrip, riserMapPrintsWhatWasDescribed) {
         for (unsigned r = 1; r <= records; ++r) {
             size += tellRecord(story, r);
         }
-        const Bytes blob = parseBoard(story.description(), "b").riserMap;
+        const board::Bytes blob = board::parseBoard(story.description(), "b").riserMap;
         ASSERT_EQ(blob.size(), 1024U);
         story.checksum("CHECKSUM", blob, size + 1);
         EXPECT_EQ(zolt::test::outputOf([&] { zolt::printRiserSlotMap(blob, 1024, 2); }),

@@ -14,7 +14,7 @@ namespace standin {
 namespace {
 
 using zolt::test::SystemBus;
-using Action = ServiceOrder::Action;
+using Action = board::ServiceOrder::Action;
 
 struct Outcome {
     std::string text; ///< of both output streams
@@ -37,21 +37,21 @@ Outcome busctl(const std::string& arguments) {
     return {text, WEXITSTATUS(pclose(pipe))};
 }
 
-ServiceModel twoModules(std::vector<ServiceOrder> orders = {}) {
-    return {.managers = {"/com/tesk/bmc/zolt/bp", "/com/tesk/bmc/zolt/puck"},
-            .interfaces = {{"/com/tesk/bmc/zolt/info",
-                            "com.tesk.bmc.zolt.pcardInfo",
-                            {{"FRUreadComplete", "b", true}, {"CardCount", "q", 2}}},
-                           {"/com/tesk/bmc/zolt/bp/b",
-                            "com.tesk.bmc.zolt.backplaneCIR",
-                            {{"DeviceId", "q", 0x1234},
-                             {"EndPoint0", "(yyyyyy)", listOf(1, 2, 3, 4, 5, 6)},
-                             {"Odd <&\"", "a{sv}", listOf(listOf("key", listOf("y", 7)))}}},
-                           {"/com/tesk/bmc/zolt/bp/a", "com.tesk.bmc.zolt.backplaneCIR", {}},
-                           {"/com/tesk/bmc/zolt/bp/b",
-                            "com.tesk.bmc.zolt.extra",
-                            {{"Note", "s", "text"}}}},
-            .orders = std::move(orders)};
+board::ServiceModel twoModules(std::vector<board::ServiceOrder> orders = {}) {
+    return {
+        .managers = {"/com/tesk/bmc/zolt/bp", "/com/tesk/bmc/zolt/puck"},
+        .interfaces =
+            {{"/com/tesk/bmc/zolt/info",
+              "com.tesk.bmc.zolt.pcardInfo",
+              {{"FRUreadComplete", "b", true}, {"CardCount", "q", 2}}},
+             {"/com/tesk/bmc/zolt/bp/b",
+              "com.tesk.bmc.zolt.backplaneCIR",
+              {{"DeviceId", "q", 0x1234},
+               {"EndPoint0", "(yyyyyy)", board::listOf(1, 2, 3, 4, 5, 6)},
+               {"Odd <&\"", "a{sv}", board::listOf(board::listOf("key", board::listOf("y", 7)))}}},
+             {"/com/tesk/bmc/zolt/bp/a", "com.tesk.bmc.zolt.backplaneCIR", {}},
+             {"/com/tesk/bmc/zolt/bp/b", "com.tesk.bmc.zolt.extra", {{"Note", "s", "text"}}}},
+        .orders = std::move(orders)};
 }
 
 constexpr const char* all = "call com.tesk.bmc.zolt /com/tesk/bmc/zolt/bp/b "
@@ -246,7 +246,7 @@ TEST(ServiceOrders, leavingEndsTheService) {
 
 // The board loader refuses such a value. If it misses one, the service must not end.
 TEST(Service, valueThatDoesNotFitIsAnErrorReply) {
-    ServiceModel model = twoModules();
+    board::ServiceModel model = twoModules();
     model.interfaces[3].properties = {{"Note", "y", "text"}};
     SystemBus bus;
     bus.publish(std::move(model));

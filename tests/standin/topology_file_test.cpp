@@ -1,10 +1,10 @@
 // Tests the published topology through the parser library, which reads it.
 #include "standin/launcher/topology_file.h"
 
+#include "board/board_loader.h"
 #include "platform/sysinfo.h"
-#include "standin/board/board_loader.h"
-#include "standin/board/image.h"
-#include "standin/board/topology.h"
+#include "standin/image/image.h"
+#include "standin/image/topology.h"
 #include "standin/launcher/i2c_side.h"
 #include "tests/support/private_directory.h"
 
@@ -33,7 +33,7 @@ public:
 protected:
     [[nodiscard]] std::string file() const { return directory_.path() / topologyFileName; }
 
-    void publish(const Board& board, const BusCore& core) {
+    void publish(const board::Board& board, const BusCore& core) {
         replaceFile(file(), topologyOf(board, core));
     }
 
@@ -112,7 +112,7 @@ device_type = "TPM"
 )";
 
 TEST_F(TopologyFile, describedNodesListTheDeviceNodesOfTheirBus) {
-    const Board board = parseBoard(description, "b");
+    const board::Board board = board::parseBoard(description, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
     SysInfoTree* tree = nullptr;
@@ -143,7 +143,7 @@ TEST_F(TopologyFile, describedNodesListTheDeviceNodesOfTheirBus) {
 }
 
 TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
-    const Board board = parseBoard(description, "b");
+    const board::Board board = board::parseBoard(description, "b");
     BusState state = busStateOf(board);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 21, 5, 3, "PUCK"), 0);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 22, 5, 3, "HPM_AUTH_IC"), 0);
@@ -168,7 +168,7 @@ TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
 }
 
 TEST_F(TopologyFile, aCreatedNodesNameKeepsItsIndexAndItsTerminator) {
-    const Board board = parseBoard("[[i2c.bus]]\nnumber = 5", "b");
+    const board::Board board = board::parseBoard("[[i2c.bus]]\nnumber = 5", "b");
     BusState state = busStateOf(board);
     createNodes(state.core(), {{5, 9, "KARN_NON_RAID"},
                                {5, 10, "KARN_NON_RAID"},
@@ -184,7 +184,7 @@ TEST_F(TopologyFile, aCreatedNodesNameKeepsItsIndexAndItsTerminator) {
 }
 
 TEST_F(TopologyFile, aCreatedNodesNameDiffersFromAllOthers) {
-    const Board board = parseBoard(R"(
+    const board::Board board = board::parseBoard(R"(
 [[i2c.bus]]
 number = 5
 [[i2c.bus]]
@@ -193,7 +193,7 @@ number = 6
 device_type = "RTC"
 name = "PUCK_1"
 )",
-                                   "b");
+                                                 "b");
     BusState state = busStateOf(board);
     createNodes(state.core(), {{5, 1, "PUCK"},
                                {5, 3, "PUCK"},
@@ -210,7 +210,7 @@ name = "PUCK_1"
 }
 
 TEST_F(TopologyFile, asManyNodesAsTheDriverHoldsHaveNamesOfTheirOwn) {
-    const Board board = parseBoard("[[i2c.bus]]\nnumber = 0", "b");
+    const board::Board board = board::parseBoard("[[i2c.bus]]\nnumber = 0", "b");
     BusState state = busStateOf(board);
     for (std::uint32_t parent = 0; parent < BUS_CORE_BUSES - 1; ++parent) {
         createNodes(state.core(), {{parent, 0xFFFFFFFF, "PUCK"}});
@@ -222,7 +222,7 @@ TEST_F(TopologyFile, asManyNodesAsTheDriverHoldsHaveNamesOfTheirOwn) {
 }
 
 TEST_F(TopologyFile, everyTypeHasItsStatus) {
-    const Board board = parseBoard(description, "b");
+    const board::Board board = board::parseBoard(description, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
     EXPECT_EQ(statusOf(13), 9); // a fault
@@ -241,12 +241,12 @@ TEST_F(TopologyFile, withoutABoardThereIsNoData) {
 }
 
 TEST_F(TopologyFile, writingReplacesTheFileAtOnce) {
-    const Board board = parseBoard(description, "b");
+    const board::Board board = board::parseBoard(description, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
     std::ifstream before(file(), std::ios::binary);
     const auto size = std::filesystem::file_size(file());
-    publish(parseBoard("", "b"), BusState().core());
+    publish(board::parseBoard("", "b"), BusState().core());
     EXPECT_LT(std::filesystem::file_size(file()), size);
     before.seekg(0, std::ios::end);
     EXPECT_EQ(static_cast<std::uintmax_t>(before.tellg()), size); // the open file is the old one
@@ -256,7 +256,7 @@ TEST_F(TopologyFile, writingReplacesTheFileAtOnce) {
 
 // Wrong numbers in the file must not lead the library beyond the file's end.
 TEST_F(TopologyFile, damagedFileIsNoTopology) {
-    const Board board = parseBoard(description, "b");
+    const board::Board board = board::parseBoard(description, "b");
     BusState state = busStateOf(board);
     const std::vector<std::byte> whole = topologyOf(board, state.core());
     constexpr std::size_t puck = offsetof(TopologyHeader, types) + puckType * sizeof(TopologyType);
@@ -285,7 +285,7 @@ TEST_F(TopologyFile, damagedFileIsNoTopology) {
 }
 
 TEST_F(TopologyFile, subNodesThatLieOutsideTheFileAreRefused) {
-    const Board board = parseBoard(R"(
+    const board::Board board = board::parseBoard(R"(
 [[i2c.index_node]]
 device_type = "PUCK"
 [[i2c.index_node.sub]]
@@ -293,7 +293,7 @@ name = "one"
 [[i2c.index_node]]
 device_type = "PUCK"
 )",
-                                   "b");
+                                                 "b");
     BusState state = busStateOf(board);
     const std::vector<std::byte> whole = topologyOf(board, state.core());
     const auto with = [&](std::size_t place, std::uint32_t value) {
@@ -319,7 +319,7 @@ device_type = "PUCK"
 }
 
 TEST(BusStateOf, driverHasTheDescribedBoard) {
-    const Board board = parseBoard(R"(
+    const board::Board board = board::parseBoard(R"(
 faults = ["i2c-open 6 error EBUSY", "i2c-ioctl 5 recover-bus 97"]
 [[i2c.bus]]
 number = 20
@@ -343,7 +343,7 @@ physical_bus = 30
 [[i2c.index_node]]
 device_type = "PUCK"
 )",
-                                   "b");
+                                                 "b");
     BusState state = busStateOf(board);
     BusCore& core = state.core();
     EXPECT_EQ(core.busCount, 3U);
@@ -371,7 +371,7 @@ device_type = "PUCK"
 
 // The loader refuses such a description.
 TEST(BusStateOf, boardLargerThanTheDriverIsRefused) {
-    Board board;
+    board::Board board;
     for (std::uint32_t bus = 0; bus <= BUS_CORE_BUSES; ++bus) {
         board.i2c.buses.push_back({.number = bus});
     }

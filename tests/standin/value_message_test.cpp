@@ -1,5 +1,7 @@
 #include "standin/service/value_message.h"
 
+#include "board/bus_value.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -38,8 +40,8 @@ protected:
 
 TEST_F(ValueMessage, numbersHaveTheWidthOfTheirSignature) {
     ASSERT_GE(appendValue(message_, "(ynqiuxtbd)",
-                          listOf(255, -32768, 65535, -2147483648, std::int64_t{4294967295},
-                                 std::int64_t{-1}, std::int64_t{-1}, true, 0.5)),
+                          board::listOf(255, -32768, 65535, -2147483648, std::int64_t{4294967295},
+                                        std::int64_t{-1}, std::int64_t{-1}, true, 0.5)),
               0);
     seal();
     std::uint8_t y = 0;
@@ -58,10 +60,14 @@ TEST_F(ValueMessage, numbersHaveTheWidthOfTheirSignature) {
 }
 
 TEST_F(ValueMessage, containersNest) {
-    ASSERT_GE(appendValue(message_, "a{s(oa{yv}as)}",
-                          listOf(listOf("one", listOf("/a", listOf(listOf(1, listOf("q", 512))),
-                                                      listOf("x"))),
-                                 listOf("two", listOf("/b", listOf(), listOf())))),
+    ASSERT_GE(appendValue(
+                  message_, "a{s(oa{yv}as)}",
+                  board::listOf(
+                      board::listOf(
+                          "one", board::listOf(
+                                     "/a", board::listOf(board::listOf(1, board::listOf("q", 512))),
+                                     board::listOf("x"))),
+                      board::listOf("two", board::listOf("/b", board::listOf(), board::listOf())))),
               0);
     EXPECT_STREQ(sd_bus_message_get_signature(message_, 1), "a{s(oa{yv}as)}");
     seal();
@@ -86,27 +92,28 @@ TEST_F(ValueMessage, containersNest) {
 
 struct Pair {
     const char* signature;
-    Value value;
+    board::Value value;
 };
 
 // Variants in each other, with a number in the innermost one.
-Value nestedVariants(int count) {
-    Value value = listOf("y", 1);
+board::Value nestedVariants(int count) {
+    board::Value value = board::listOf("y", 1);
     while (count-- > 0) {
-        value = listOf("v", std::move(value));
+        value = board::listOf("v", std::move(value));
     }
     return value;
 }
 
 // A service that sends deeper values loses its connection.
 TEST_F(ValueMessage, variantsNestThirtyTwoDeep) {
-    EXPECT_TRUE(valueFits("v", nestedVariants(31)));
-    EXPECT_FALSE(valueFits("v", nestedVariants(32)));
-    EXPECT_TRUE(valueFits("g", "a{sv}y(ii)"));
-    EXPECT_TRUE(valueFits("g", ""));
-    EXPECT_TRUE(valueFits("g", std::string(255, 'y')));
-    EXPECT_FALSE(valueFits("g", std::string(256, 'y')));
-    EXPECT_FALSE(valueFits("(" + std::string(255, 'y') + ")", Value::List(255, Value(1))));
+    EXPECT_TRUE(board::valueFits("v", nestedVariants(31)));
+    EXPECT_FALSE(board::valueFits("v", nestedVariants(32)));
+    EXPECT_TRUE(board::valueFits("g", "a{sv}y(ii)"));
+    EXPECT_TRUE(board::valueFits("g", ""));
+    EXPECT_TRUE(board::valueFits("g", std::string(255, 'y')));
+    EXPECT_FALSE(board::valueFits("g", std::string(256, 'y')));
+    EXPECT_FALSE(board::valueFits("(" + std::string(255, 'y') + ")",
+                                  board::Value::List(255, board::Value(1))));
 }
 
 // valueFits(), which needs no message, and appendValue() refuse the same values.
@@ -125,22 +132,22 @@ TEST_F(ValueMessage, valuesThatDoNotFitTheirSignatureAreRefused) {
         {"s", 1},
         {"o", "no path"},
         {"as", "text"},
-        {"as", listOf(1)},
-        {"(yy)", listOf(1)},
-        {"(yy)", listOf(1, 2, 3)},
+        {"as", board::listOf(1)},
+        {"(yy)", board::listOf(1)},
+        {"(yy)", board::listOf(1, 2, 3)},
         {"(yy)", 1},
-        {"a{sv}", listOf(listOf("key"))},
+        {"a{sv}", board::listOf(board::listOf("key"))},
         {"v", 1},
-        {"v", listOf("y")},
-        {"v", listOf(1, 1)},
-        {"v", listOf("yy", 1)},
-        {"v", listOf("y", 256)},
+        {"v", board::listOf("y")},
+        {"v", board::listOf(1, 1)},
+        {"v", board::listOf("yy", 1)},
+        {"v", board::listOf("y", 256)},
         {"g", "a"},
         {"g", "y)"},
         {"v", nestedVariants(32)},
     };
     for (const auto& [signature, value] : pairs) {
-        EXPECT_FALSE(valueFits(signature, value)) << signature;
+        EXPECT_FALSE(board::valueFits(signature, value)) << signature;
         EXPECT_EQ(appendValue(message_, signature, value), -EINVAL) << signature;
         sd_bus_message* fresh = nullptr; // a message cannot be used after a failure
         ASSERT_GE(sd_bus_message_new_method_call(bus_, &fresh, "a.b", "/", "a.b", "C"), 0);
@@ -156,19 +163,20 @@ TEST_F(ValueMessage, signatureThatIsNotOneCompleteTypeIsRefused) {
           std::string("("), std::string("()"), std::string("(y"), std::string("(z)"),
           std::string("{sv}"), std::string("a{s}"), std::string("a{svv}"), std::string("a{vs}"),
           std::string("a{ays}"), std::string(")"), deep + "y"}) {
-        EXPECT_FALSE(valueFits(signature, listOf())) << signature;
-        EXPECT_EQ(appendValue(message_, signature, listOf()), -EINVAL) << signature;
+        EXPECT_FALSE(board::valueFits(signature, board::listOf())) << signature;
+        EXPECT_EQ(appendValue(message_, signature, board::listOf()), -EINVAL) << signature;
     }
 }
 
 TEST(ValueFits, acceptsValuesThatFitTheirSignature) {
-    EXPECT_TRUE(valueFits("y", 255));
-    EXPECT_TRUE(valueFits("t", -1));
-    EXPECT_TRUE(valueFits("o", "/a"));
-    EXPECT_TRUE(valueFits("g", "a{sv}"));
-    EXPECT_TRUE(valueFits("ab", listOf(true)));
-    EXPECT_TRUE(valueFits("a{sv}", listOf(listOf("key", listOf("as", listOf())))));
-    EXPECT_TRUE(valueFits(std::string(32, 'a') + "y", listOf()));
+    EXPECT_TRUE(board::valueFits("y", 255));
+    EXPECT_TRUE(board::valueFits("t", -1));
+    EXPECT_TRUE(board::valueFits("o", "/a"));
+    EXPECT_TRUE(board::valueFits("g", "a{sv}"));
+    EXPECT_TRUE(board::valueFits("ab", board::listOf(true)));
+    EXPECT_TRUE(board::valueFits(
+        "a{sv}", board::listOf(board::listOf("key", board::listOf("as", board::listOf())))));
+    EXPECT_TRUE(board::valueFits(std::string(32, 'a') + "y", board::listOf()));
 }
 
 } // namespace

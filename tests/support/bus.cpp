@@ -21,7 +21,7 @@ int onStop(sd_event_source* source, int, std::uint32_t, void*) {
     return sd_event_exit(sd_event_source_get_event(source), 0);
 }
 
-void serve(const std::string& address, standin::ServiceModel model, int stop,
+void serve(const std::string& address, board::ServiceModel model, int stop,
            std::promise<void>& ready) {
     sd_event* loop = nullptr;
     require(sd_event_new(&loop) >= 0);
@@ -38,7 +38,7 @@ void serve(const std::string& address, standin::ServiceModel model, int stop,
 
 } // namespace
 
-RunningService::RunningService(const std::string& address, standin::ServiceModel model)
+RunningService::RunningService(const std::string& address, board::ServiceModel model)
     : stop_(eventfd(0, EFD_CLOEXEC)), thread_([this, address, model = std::move(model)]() mutable {
           serve(address, std::move(model), stop_, ready_);
       }) {
@@ -62,7 +62,7 @@ SystemBus::~SystemBus() {
     unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
 }
 
-void SystemBus::publish(standin::ServiceModel model) {
+void SystemBus::publish(board::ServiceModel model) {
     service_.reset();
     service_ = std::make_unique<RunningService>(daemon_->address(), std::move(model));
 }

@@ -1,8 +1,8 @@
 // A private system bus for tests, with the `zolt` service on it.
 #pragma once
 
+#include "board/service_model.h"
 #include "standin/service/bus_daemon.h"
-#include "standin/service/model.h"
 #include "tests/support/private_directory.h"
 
 #include <future>
@@ -16,7 +16,7 @@ namespace zolt::test {
 class RunningService {
 public:
     /// Returns once the service owns its name on the bus.
-    RunningService(const std::string& address, standin::ServiceModel model);
+    RunningService(const std::string& address, board::ServiceModel model);
     RunningService(const RunningService&) = delete;
     RunningService& operator=(const RunningService&) = delete;
     ~RunningService();
@@ -37,7 +37,7 @@ public:
     ~SystemBus();
 
     /// Puts a service on the bus. An earlier one leaves first.
-    void publish(standin::ServiceModel model);
+    void publish(board::ServiceModel model);
 
     /// Ends the daemon and with it all connections.
     void breakDown();

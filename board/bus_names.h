@@ -1,0 +1,23 @@
+// Names of the system bus in a board description. The bus daemon ends the connection of a service
+// that sends a wrong name, so a description with one is refused.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace board {
+
+constexpr std::string_view servicePathPrefix = "/com/tesk/bmc/zolt/";
+constexpr std::string_view serviceInterfacePrefix = "com.tesk.bmc.zolt.";
+
+// Paths and interfaces may be written without the prefix that all of the service's have.
+[[nodiscard]] std::string fullPath(const std::string& path);
+[[nodiscard]] std::string fullInterface(const std::string& interface);
+
+[[nodiscard]] bool isObjectPath(const std::string& text);
+[[nodiscard]] bool isPropertyName(const std::string& text);
+
+/// Whether the text is the name of an interface or of an error: the same rules hold for both.
+[[nodiscard]] bool isInterfaceName(const std::string& text);
+
+} // namespace board

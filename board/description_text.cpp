@@ -1,0 +1,190 @@
+#include "board/description_text.h"
+
+#include "board/toml_table.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace board {
+
+namespace {
+
+class File {
+public:
+    // Opening must not wait: the file may have become a FIFO since it was looked at.
+    explicit File(const std::string& path)
+        : descriptor_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    ~File() {
+        if (descriptor_ >= 0) {
+            close(descriptor_);
+        }
+    }
+
+    [[nodiscard]] int descriptor() const { return descriptor_; }
+
+private:
+    int descriptor_;
+};
+
+// Walks over the text of a TOML file. Strings and comments count for nothing. The walk need not
+// notice errors: the parser reads the same text, and ends at the first one.
+class BoundsCheck {
+public:
+    BoundsCheck(std::string_view text, const std::string& name) : text_(text), name_(&name) {}
+
+    void run() {
+        while (at_ < text_.size()) {
+            step(text_[at_]);
+        }
+    }
+
+private:
+    void step(char character) {
+        const bool startsLine = startsLine_;
+        startsLine_ = character == '\n' || (startsLine_ && (character == ' ' || character == '\t'));
+        switch (character) {
+        case '#':
+            at_ = std::min(text_.find('\n', at_), text_.size());
+            return;
+        case '"':
+        case '\'':
+            skipString(character);
+            return;
+        case '\n':
+            ++line_;
+            dots_ = 0;
+            break;
+        case '[':
+        case '{':
+            openBracket(character == '{' || (startsLine && depth_ == 0));
+            break;
+        case ']':
+        case '}':
+            depth_ -= depth_ > 0 ? 1 : 0;
+            dots_ = 0;
+            break;
+        case '=':
+            addEntry();
+            dots_ = 0;
+            break;
+        case ',':
+            dots_ = 0;
+            break;
+        case '.':
+            require(++dots_ < mostKeyParts, "a key has more than", mostKeyParts, "parts");
+            break;
+        default:
+            break;
+        }
+        ++at_;
+    }
+
+    void openBracket(bool isTable) {
+        if (isTable) {
+            addEntry();
+        }
+        dots_ = 0;
+        require(++depth_ <= deepestBrackets, "brackets are nested more than", deepestBrackets,
+                "deep");
+    }
+
+    void addEntry() {
+        require(++entries_ <= mostEntries, "the description has more than", mostEntries,
+                "keys and tables");
+    }
+
+    void skipString(char quote) {
+        const std::string delimiter(text_.substr(at_, 3) == std::string(3, quote) ? 3 : 1, quote);
+        const bool hasEscapes = quote == '"';
+        at_ += delimiter.size();
+        while (at_ < text_.size()) {
+            if (text_.substr(at_, delimiter.size()) == delimiter) {
+                endString(delimiter);
+                return;
+            }
+            if (text_[at_] == '\n') {
+                if (delimiter.size() == 1) {
+                    return; // an error: the parser goes no further
+                }
+                ++line_;
+            } else if (hasEscapes && text_[at_] == '\\' && text_.substr(at_ + 1, 1) != "\n") {
+                ++at_;
+            }
+            ++at_;
+        }
+    }
+
+    // Up to two quotes in front of the closing ones belong to a string of several lines.
+    void endString(const std::string& delimiter) {
+        at_ += delimiter.size();
+        for (int more = 0; delimiter.size() == 3 && more < 2 && at_ < text_.size() &&
+                           text_[at_] == delimiter.front();
+             ++more) {
+            ++at_;
+        }
+    }
+
+    void require(bool holds, const char* limited, std::size_t limit, const char* unit) const {
+        if (!holds) {
+            Place{*name_, line_}.refuse(std::string(limited) + " " + std::to_string(limit) + " " +
+                                        unit);
+        }
+    }
+
+    std::string_view text_;
+    const std::string* name_;
+    std::size_t at_ = 0;
+    unsigned line_ = 1;
+    bool startsLine_ = true;
+    std::size_t depth_ = 0;
+    std::size_t dots_ = 0; ///< since the start of the key
+    std::size_t entries_ = 0;
+};
+
+} // namespace
+
+std::string readDescription(const std::string& path) {
+    const Place place{path};
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        place.refuse(std::strerror(errno));
+    }
+    if (!S_ISREG(status.st_mode)) {
+        place.refuse(S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : "is not a regular file");
+    }
+    const File file(path);
+    if (file.descriptor() < 0) {
+        place.refuse(std::strerror(errno));
+    }
+    std::string text;
+    std::size_t length = 0;
+    while (length <= longestDescription) {
+        constexpr std::size_t piece = 65'536;
+        text.resize(length + piece);
+        const ssize_t count = read(file.descriptor(), text.data() + length, piece);
+        if (count < 0 && errno != EINTR) {
+            place.refuse(std::strerror(errno));
+        }
+        if (count == 0) {
+            text.resize(length);
+            return text;
+        }
+        length += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    place.refuse("has more than " + std::to_string(longestDescription) + " bytes");
+}
+
+void checkBounds(std::string_view text, const std::string& name) {
+    if (text.size() > longestDescription) {
+        Place{name}.refuse("has more than " + std::to_string(longestDescription) + " bytes");
+    }
+    BoundsCheck(text, name).run();
+}
+
+} // namespace board

@@ -1,0 +1,279 @@
+#include "board/fault_rule.h"
+
+#include "board/bus_names.h"
+#include "board/device_type.h"
+#include "board/message_text.h"
+#include "board/number.h"
+#include "standin/i2c_bus/core/bus_core.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fnmatch.h>
+#include <limits>
+#include <span>
+#include <vector>
+
+namespace board {
+
+namespace {
+
+using Words = std::span<const std::string_view>;
+
+// The default status. The platform's libraries return it when the hardware does not answer.
+constexpr std::int32_t noAnswer = -1;
+
+void takeSubject(FaultRule& rule, std::string_view word) {
+    rule.subject = word;
+}
+
+// The comparison of a name with a pattern calls itself for each star.
+void takePattern(FaultRule& rule, std::string_view word) {
+    constexpr std::size_t longest = 255;
+    if (word.size() > longest) {
+        throw FaultRuleError("a name pattern has at most " + std::to_string(longest) +
+                             " characters");
+    }
+    rule.subject = word;
+}
+
+void takeObject(FaultRule& rule, std::string_view word) {
+    rule.subject = word;
+    if (!isObjectPath(fullPath(rule.subject))) {
+        throw FaultRuleError(inQuotes(word) + " is no object path of D-Bus");
+    }
+}
+
+void takeAddresses(FaultRule& rule, std::string_view word) {
+    constexpr auto highest = std::numeric_limits<std::uint16_t>::max();
+    const std::size_t dash = word.find('-');
+    const auto first = numberIn(word.substr(0, dash), 0, highest);
+    const auto last =
+        dash == std::string_view::npos ? first : numberIn(word.substr(dash + 1), 0, highest);
+    if (!first || !last) {
+        throw FaultRuleError(inQuotes(word) +
+                             " is not a raw address or a range of addresses (0x0000 to 0xFFFF)");
+    }
+    rule.first = static_cast<std::uint16_t>(*first);
+    rule.last = static_cast<std::uint16_t>(*last);
+    if (rule.last < rule.first) {
+        throw FaultRuleError("address range " + inQuotes(word) + " runs backwards");
+    }
+}
+
+void takeAbsent(FaultRule& rule, std::string_view word) {
+    if (word != "absent") {
+        throw FaultRuleError(inQuotes(word) + " is not understood here, only 'absent' is");
+    }
+    rule.subject = word;
+}
+
+void takeBus(FaultRule& rule, std::string_view word) {
+    const auto bus = numberIn(word, 0, BUS_CORE_HIGHEST_BUS);
+    if (!bus) {
+        throw FaultRuleError(inQuotes(word) + " is no bus number");
+    }
+    rule.bus = static_cast<std::uint32_t>(*bus);
+    rule.operation = BUS_CORE_OPEN;
+    rule.status = EIO;
+}
+
+void takeDeviceType(FaultRule& rule, std::string_view word) {
+    const auto code = deviceTypeCode(word);
+    if (!code) {
+        throw FaultRuleError(noDeviceType(word));
+    }
+    rule.deviceType = *code;
+}
+
+// The words that may follow the subject. Only the command is required.
+enum Options : unsigned {
+    none = 0,
+    status = 1,
+    error = 2,
+    once = 4,
+    errnoName = 8,
+    command = 16,
+};
+
+struct Kind {
+    std::string_view word;
+    FaultKind kind;
+    std::string_view subject; ///< what the second word must be
+    void (*takeSubject)(FaultRule& rule, std::string_view word);
+    unsigned options;
+};
+
+constexpr Kind kinds[] = {
+    {"named-read", FaultKind::namedRead, "a name pattern", takePattern, status | once},
+    {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses,
+     status | once},
+    {"hal-object", FaultKind::halObject, "an object's name", takeSubject, once},
+    {"hal-read", FaultKind::halRead, "an object's name", takeSubject, status | once},
+    {"bus", FaultKind::bus, "'absent'", takeAbsent, none},
+    {"service", FaultKind::service, "'absent'", takeAbsent, none},
+    {"object", FaultKind::object, "an object's path", takeObject, error},
+    {"i2c-open", FaultKind::i2cOpen, "a bus number", takeBus, errnoName},
+    {"i2c-ioctl", FaultKind::i2cIoctl, "a bus number", takeBus, errnoName | command},
+    {"sysinfo", FaultKind::sysinfo, "a device type", takeDeviceType, status},
+};
+
+struct Command {
+    std::string_view word;
+    std::uint32_t operation;
+};
+
+constexpr std::array commands{
+    Command{"plain", BUS_CORE_PLAIN},
+    Command{"update-property", CONTROL_UPDATE_PROPERTY},
+    Command{"get-property", CONTROL_GET_PROPERTY},
+    Command{"create-node", CONTROL_CREATE_NODE},
+    Command{"remove-device", CONTROL_REMOVE_DEVICE},
+    Command{"recover-bus", CONTROL_RECOVER_BUS},
+};
+
+template <typename Rows>
+std::string wordsIn(const Rows& rows) {
+    std::string text;
+    for (const auto& row : rows) {
+        text.append(text.empty() ? "" : ", ").append(row.word);
+    }
+    return text;
+}
+
+std::vector<std::string_view> wordsOf(std::string_view text) {
+    std::vector<std::string_view> words;
+    constexpr std::string_view blanks = " \t";
+    while (true) {
+        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+        if (text.empty()) {
+            return words;
+        }
+        const std::size_t end = std::min(text.find_first_of(blanks), text.size());
+        words.push_back(text.substr(0, end));
+        text.remove_prefix(end);
+    }
+}
+
+std::int32_t statusOf(Words words) {
+    const auto status = words.size() < 2
+                            ? std::nullopt
+                            : numberIn(words[1], std::numeric_limits<std::int32_t>::min(),
+                                       std::numeric_limits<std::int32_t>::max());
+    if (!status || *status == 0) {
+        throw FaultRuleError("'status' needs a number from -2147483648 to 2147483647, and not 0");
+    }
+    return static_cast<std::int32_t>(*status);
+}
+
+std::string errorOf(Words words) {
+    if (words.size() < 2) {
+        throw FaultRuleError("'error' needs a name");
+    }
+    return std::string(words[1]);
+}
+
+int errnoNamed(Words words) {
+    constexpr int last = EHWPOISON; // the highest errno of Linux
+    std::vector<std::string> names;
+    for (int number = 1; words.size() >= 2 && number <= last; ++number) {
+        const char* const name = strerrorname_np(number);
+        if (name == nullptr) {
+            continue;
+        }
+        if (words[1] == name) {
+            return number;
+        }
+        names.emplace_back(name);
+    }
+    throw FaultRuleError("'error' needs the name of an errno, like EIO" +
+                         (names.empty() ? "" : suggestion(words[1], names)));
+}
+
+// Takes the command and, if it is given, the selector. Returns the words behind them.
+Words takeCommand(FaultRule& rule, Words words) {
+    const auto found = std::ranges::find(commands, words.empty() ? "" : words[0], &Command::word);
+    if (found == commands.end()) {
+        throw FaultRuleError("i2c-ioctl needs one of: " + wordsIn(commands));
+    }
+    rule.operation = found->operation;
+    words = words.subspan(1);
+    const auto selector = words.empty()
+                              ? std::nullopt
+                              : numberIn(words[0], 0, std::numeric_limits<std::uint32_t>::max());
+    if (!selector) {
+        return words;
+    }
+    rule.selector = static_cast<std::uint32_t>(*selector);
+    return words.subspan(1);
+}
+
+struct Option {
+    std::string_view word;
+    Options option;
+    std::size_t words; ///< how many words it takes, its own included
+    void (*take)(FaultRule& rule, Words words);
+};
+
+constexpr Option optionRows[] = {
+    {"once", once, 1, [](FaultRule& rule, Words) { rule.once = true; }},
+    {"status", status, 2, [](FaultRule& rule, Words words) { rule.status = statusOf(words); }},
+    {"error", error, 2, [](FaultRule& rule, Words words) { rule.error = errorOf(words); }},
+    {"error", errnoName, 2, [](FaultRule& rule, Words words) { rule.status = errnoNamed(words); }},
+};
+
+void takeOptions(FaultRule& rule, Words words, unsigned options) {
+    if ((options & command) != 0) {
+        words = takeCommand(rule, words);
+    }
+    unsigned taken = none;
+    while (!words.empty()) {
+        const auto row = std::ranges::find_if(optionRows, [&](const Option& option) {
+            return option.word == words[0] && (options & option.option) != 0;
+        });
+        if (row == std::ranges::end(optionRows)) {
+            std::vector<std::string> understood;
+            for (const Option& option : optionRows) {
+                if ((options & option.option) != 0) {
+                    understood.emplace_back(option.word);
+                }
+            }
+            throw FaultRuleError(inQuotes(words[0]) + " is not understood here" +
+                                 suggestion(words[0], understood));
+        }
+        if ((taken & row->option) != 0) {
+            throw FaultRuleError(inQuotes(words[0]) + " is given twice");
+        }
+        row->take(rule, words);
+        taken |= row->option;
+        words = words.subspan(row->words);
+    }
+}
+
+} // namespace
+
+FaultRule parseFaultRule(std::string_view text) {
+    const auto words = wordsOf(text);
+    const auto kind = std::ranges::find(kinds, words.empty() ? "" : words[0], &Kind::word);
+    if (kind == std::ranges::end(kinds)) {
+        throw FaultRuleError("a fault begins with one of: " + wordsIn(kinds));
+    }
+    if (words.size() < 2) {
+        throw FaultRuleError(std::string(kind->word).append(" needs ").append(kind->subject));
+    }
+    FaultRule rule{.kind = kind->kind, .status = noAnswer};
+    kind->takeSubject(rule, words[1]);
+    takeOptions(rule, Words(words).subspan(2), kind->options);
+    if (!rule.error.empty() && !isInterfaceName(rule.error)) {
+        throw FaultRuleError(inQuotes(rule.error) + " is no error name of D-Bus");
+    }
+    return rule;
+}
+
+bool fits(const FaultRule& rule, const std::string& name) {
+    return rule.kind == FaultKind::namedRead ? fnmatch(rule.subject.c_str(), name.c_str(), 0) == 0
+                                             : rule.subject == name;
+}
+
+} // namespace board

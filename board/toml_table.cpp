@@ -1,0 +1,240 @@
+#include "board/toml_table.h"
+
+#include "board/byte_text.h"
+#include "board/message_text.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace board {
+
+namespace {
+
+std::string range(std::int64_t lowest, std::int64_t highest) {
+    return std::to_string(lowest) + " to " + std::to_string(highest);
+}
+
+} // namespace
+
+void Place::refuse(std::string_view reason) const {
+    std::string where = file;
+    if (line != 0) {
+        where.append(":").append(std::to_string(line));
+    }
+    throw BoardError(printable(where.append(": ").append(reason)));
+}
+
+TomlTable::TomlTable(const toml::table& table, std::string file, std::string what,
+                     std::vector<std::string>* errors)
+    : table_(&table), file_(std::move(file)), what_(std::move(what)), errors_(errors) {}
+
+void TomlTable::attempt(const std::function<void()>& read) const {
+    try {
+        read();
+    } catch (const BoardError& error) {
+        if (errors_ == nullptr) {
+            throw;
+        }
+        if (errors_->size() < mostErrors) {
+            errors_->emplace_back(error.what());
+        }
+    }
+}
+
+const toml::node* TomlTable::find(std::string_view key) {
+    known_.emplace(key);
+    return table_->get(key);
+}
+
+Place TomlTable::placeOf(const toml::node& node) const {
+    return {file_, node.source().begin.line};
+}
+
+Place TomlTable::place() const {
+    return placeOf(*table_);
+}
+
+Place TomlTable::place(std::string_view key) const {
+    const auto* node = table_->get(key);
+    return node == nullptr ? place() : placeOf(*node);
+}
+
+std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, std::int64_t lowest,
+                                  std::int64_t highest) const {
+    const auto value = node.value_exact<std::int64_t>();
+    if (!value || *value < lowest || *value > highest) {
+        placeOf(node).refuse(what_ + ": " + inQuotes(key) + " must be a whole number from " +
+                             range(lowest, highest));
+    }
+    return *value;
+}
+
+std::optional<std::int64_t> TomlTable::integer(std::string_view key, std::int64_t lowest,
+                                               std::int64_t highest) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    return integerIn(*node, key, lowest, highest);
+}
+
+std::int64_t TomlTable::requiredInteger(std::string_view key, std::int64_t lowest,
+                                        std::int64_t highest) {
+    const auto value = integer(key, lowest, highest);
+    if (!value) {
+        place().refuse(what_ + ": " + inQuotes(key) + " is missing");
+    }
+    return *value;
+}
+
+std::optional<bool> TomlTable::boolean(std::string_view key) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    const auto value = node->value_exact<bool>();
+    if (!value) {
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be true or false");
+    }
+    return value;
+}
+
+std::optional<std::string> TomlTable::text(std::string_view key, std::size_t longest) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    auto value = node->value_exact<std::string>();
+    if (!value) {
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a text");
+    }
+    if (longest == std::string::npos) {
+        refuseNul(*value, key, placeOf(*node));
+    }
+    if (value->size() > longest) {
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " has more than " +
+                              std::to_string(longest) + " characters");
+    }
+    return value;
+}
+
+std::optional<Bytes> TomlTable::bytes(std::string_view key) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    constexpr auto highest = std::numeric_limits<std::uint8_t>::max();
+    Bytes bytes;
+    if (const auto* array = node->as_array()) {
+        for (const auto& element : *array) {
+            bytes.push_back(static_cast<std::uint8_t>(integerIn(element, key, 0, highest)));
+        }
+    } else if (const auto text = node->value_exact<std::string_view>()) {
+        if (const auto wrong = appendBytes(*text, bytes)) {
+            placeOf(*node).refuse(what_ + ": " + inQuotes(key) + ": " + inQuotes(*wrong) +
+                                  " is not a byte of two hexadecimal digits");
+        }
+    } else {
+        bytes.push_back(static_cast<std::uint8_t>(integerIn(*node, key, 0, highest)));
+    }
+    return bytes;
+}
+
+void TomlTable::eachText(std::string_view key,
+                         const std::function<void(const std::string&, const Place&)>& use) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return;
+    }
+    const auto* array = node->as_array();
+    if (array == nullptr) {
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
+    }
+    for (const auto& element : *array) {
+        const auto text = element.value_exact<std::string>();
+        if (!text) {
+            placeOf(element).refuse(what_ + ": " + inQuotes(key) + " must be an array of texts");
+        }
+        refuseNul(*text, key, placeOf(element));
+        attempt([&] { use(*text, placeOf(element)); });
+    }
+}
+
+void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTable&)>& use) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return;
+    }
+    const auto* array = node->as_array();
+    if (array == nullptr || !array->is_array_of_tables()) {
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be an array of tables, [[" +
+                              std::string(key) + "]]");
+    }
+    for (const auto& element : *array) {
+        attempt([&] {
+            TomlTable table(*element.as_table(), file_, std::string(key), errors_);
+            use(table);
+            table.finish();
+        });
+    }
+}
+
+std::optional<TomlTable> TomlTable::table(std::string_view key) {
+    const auto* node = find(key);
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    if (node->as_table() == nullptr) {
+        placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a table, [" +
+                              std::string(key) + "]");
+    }
+    return TomlTable(*node->as_table(), file_, std::string(key), errors_);
+}
+
+std::vector<std::string> TomlTable::names() {
+    std::vector<const toml::key*> keys;
+    for (const auto& [key, value] : *table_) {
+        keys.push_back(&key);
+    }
+    std::ranges::sort(keys, [](const toml::key* one, const toml::key* other) {
+        const auto start = [](const toml::key* key) { return key->source().begin; };
+        return start(one) < start(other);
+    });
+    std::vector<std::string> names;
+    for (const toml::key* const key : keys) {
+        refuseNul(key->str(), key->str(), {file_, key->source().begin.line});
+        names.emplace_back(key->str());
+        known_.insert(names.back());
+    }
+    return names;
+}
+
+void TomlTable::onlyWhere(std::string_view key, std::string_view condition) const {
+    if (!known_.contains(key) && table_->contains(key)) {
+        place(key).refuse(
+            (what_ + ": " + inQuotes(key) + " is a key only where ").append(condition));
+    }
+}
+
+// The hardware's libraries, the bus and the kernel take texts that end with a NUL character.
+void TomlTable::refuseNul(std::string_view text, std::string_view key, const Place& place) const {
+    if (text.find('\0') != std::string_view::npos) {
+        place.refuse(what_ + ": " + inQuotes(key) + " has a NUL character");
+    }
+}
+
+void TomlTable::finish() const {
+    for (const auto& [key, value] : *table_) {
+        if (!known_.contains(key.str())) {
+            attempt([&, &key = key] { refuseUnknown(key); });
+        }
+    }
+}
+
+void TomlTable::refuseUnknown(const toml::key& key) const {
+    const std::vector<std::string> known(known_.begin(), known_.end());
+    Place{file_, key.source().begin.line}.refuse(
+        what_ + ": " + inQuotes(key.str()) + " is not a key here" + suggestion(key.str(), known));
+}
+
+} // namespace board

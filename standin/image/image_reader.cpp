@@ -1,0 +1,129 @@
+#include "standin/image/image_reader.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace standin {
+
+namespace {
+
+// The mapping is shared and writable, because the image counts down the faults.
+const ImageHeader* mapFile(const char* path) {
+    const int file = open(path, O_RDWR | O_CLOEXEC);
+    if (file < 0) {
+        return nullptr;
+    }
+    struct stat status {};
+    void* start = MAP_FAILED;
+    if (fstat(file, &status) == 0 && status.st_size >= static_cast<off_t>(sizeof(ImageHeader))) {
+        start = mmap(nullptr, static_cast<std::size_t>(status.st_size), PROT_READ | PROT_WRITE,
+                     MAP_SHARED, file, 0);
+    }
+    close(file);
+    if (start == MAP_FAILED) {
+        return nullptr;
+    }
+    const auto* header = static_cast<const ImageHeader*>(start);
+    if (header->magic != ImageHeader::expectedMagic || header->size != status.st_size) {
+        munmap(start, static_cast<std::size_t>(status.st_size));
+        return nullptr;
+    }
+    return header;
+}
+
+} // namespace
+
+template <typename T>
+std::span<const T> ImageReader::items(ImageRange range) const {
+    const auto* start = reinterpret_cast<const char*>(header_) + range.start;
+    return {reinterpret_cast<const T*>(start), range.length};
+}
+
+template <typename T>
+bool ImageReader::holds(ImageRange range) const {
+    return range.start <= header_->size && range.start % alignof(T) == 0 &&
+           range.length <= (header_->size - range.start) / sizeof(T);
+}
+
+std::optional<ImageReader> ImageReader::map(const char* path) {
+    const ImageHeader* const header = mapFile(path);
+    if (header == nullptr) {
+        return std::nullopt;
+    }
+    const ImageReader reader(header);
+    if (!reader.holds<ImageFault>(header->faults) || !reader.holds<ImageName>(header->names) ||
+        !reader.holds<ImageObject>(header->objects)) {
+        return std::nullopt;
+    }
+    return reader;
+}
+
+const ImageReader* ImageReader::attached() {
+    static const std::optional<ImageReader> reader = []() -> std::optional<ImageReader> {
+        const char* const directory = std::getenv(boardDirectoryVariable);
+        if (directory == nullptr) {
+            return std::nullopt;
+        }
+        return map((std::string(directory) + '/' + imageFileName).c_str());
+    }();
+    return reader ? &*reader : nullptr;
+}
+
+const ImageName* ImageReader::findName(std::string_view name) const {
+    const auto nameText = [this](const ImageName& entry) {
+        const auto text = items<char>(entry.name);
+        return std::string_view(text.data(), text.size());
+    };
+    const auto names = items<ImageName>(header_->names);
+    const auto found = std::ranges::lower_bound(names, name, {}, nameText);
+    return found != names.end() && nameText(*found) == name ? &*found : nullptr;
+}
+
+const ImageObject* ImageReader::findObject(std::string_view name) const {
+    for (const ImageObject& object : items<ImageObject>(header_->objects)) {
+        if (nameOf(object) == name) {
+            return &object;
+        }
+    }
+    return nullptr;
+}
+
+std::span<const std::uint8_t> ImageReader::value(const ImageName& name) const {
+    return items<std::uint8_t>(name.value);
+}
+
+std::string_view ImageReader::nameOf(const ImageObject& object) const {
+    const auto text = items<char>(object.name);
+    return {text.data(), text.size()};
+}
+
+std::span<const std::uint8_t> ImageReader::raw(std::uint32_t first, std::uint32_t count) const {
+    return std::span(header_->raw).subspan(first, count);
+}
+
+std::int32_t ImageReader::strikeRaw(std::uint32_t first, std::uint32_t count) const {
+    const auto faults = std::span(header_->rawFault).subspan(first, count);
+    return faults.empty() ? 0 : strike(std::ranges::max(faults)); // highest number: last rule
+}
+
+std::int32_t ImageReader::strike(std::uint32_t fault) const {
+    if (fault == noFault || fault >= header_->faults.length) {
+        return 0;
+    }
+    auto& ordered = const_cast<ImageFault&>(items<ImageFault>(header_->faults)[fault]);
+    std::uint32_t remaining = ordered.remaining.load();
+    while (remaining != 0) {
+        if (remaining == ImageFault::always ||
+            ordered.remaining.compare_exchange_weak(remaining, remaining - 1)) {
+            return ordered.status;
+        }
+    }
+    return 0;
+}
+
+} // namespace standin

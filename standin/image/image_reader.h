@@ -1,0 +1,47 @@
+// Reads the image of the running board, in a process with the platform's libraries.
+#pragma once
+
+#include "standin/image/image.h"
+
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace standin {
+
+class ImageReader {
+public:
+    /// The image of the board that this process runs on; null when there is none.
+    [[nodiscard]] static const ImageReader* attached();
+
+    /// Maps an image. @return none when the file cannot be mapped or is no complete image
+    [[nodiscard]] static std::optional<ImageReader> map(const char* path);
+
+    [[nodiscard]] const ImageName* findName(std::string_view name) const;
+    [[nodiscard]] const ImageObject* findObject(std::string_view name) const;
+
+    [[nodiscard]] std::span<const std::uint8_t> value(const ImageName& name) const;
+    [[nodiscard]] std::string_view nameOf(const ImageObject& object) const;
+
+    /// Registers [first, first + count); the range must lie below rawAddressCount.
+    [[nodiscard]] std::span<const std::uint8_t> raw(std::uint32_t first, std::uint32_t count) const;
+
+    /// Lets the faults of a raw read strike. @return the status of the read, 0 for success. If
+    /// several rules fit addresses of the range, the last one holds.
+    [[nodiscard]] std::int32_t strikeRaw(std::uint32_t first, std::uint32_t count) const;
+
+    /// Lets a fault strike. @return the status of the call, 0 for success
+    [[nodiscard]] std::int32_t strike(std::uint32_t fault) const;
+
+private:
+    explicit ImageReader(const ImageHeader* header) : header_(header) {}
+
+    template <typename T>
+    [[nodiscard]] std::span<const T> items(ImageRange range) const;
+    template <typename T>
+    [[nodiscard]] bool holds(ImageRange range) const;
+
+    const ImageHeader* header_;
+};
+
+} // namespace standin

@@ -1,0 +1,158 @@
+#include "board/fault_rule.h"
+
+#include "board/number.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace board {
+namespace {
+
+FaultRule rule(FaultKind kind, std::string subject, std::uint16_t first, std::uint16_t last,
+               std::int32_t status, bool once, std::string error = {}) {
+    return {kind, std::move(subject), first, last, status, std::move(error), once};
+}
+
+FaultRule busRule(FaultKind kind, std::uint32_t bus, std::uint32_t operation, std::int32_t error,
+                  std::optional<std::uint32_t> selector = std::nullopt) {
+    FaultRule expected{.kind = kind, .status = error, .bus = bus, .operation = operation};
+    expected.selector = selector;
+    return expected;
+}
+
+FaultRule typeRule(std::uint8_t deviceType, std::int32_t status) {
+    FaultRule expected{.kind = FaultKind::sysinfo, .status = status};
+    expected.deviceType = deviceType;
+    return expected;
+}
+
+TEST(FaultRule, everyKind) {
+    using enum FaultKind;
+    const std::pair<const char*, FaultRule> cases[] = {
+        {"named-read *", rule(namedRead, "*", 0, 0, -1, false)},
+        {"named-read PICPWR_3_* status 7", rule(namedRead, "PICPWR_3_*", 0, 0, 7, false)},
+        {"named-read X status -2147483648", rule(namedRead, "X", 0, 0, INT32_MIN, false)},
+        {"i2c-open 5 error EHWPOISON", busRule(i2cOpen, 5, 1, EHWPOISON)},
+        {"named-read X once status -9", rule(namedRead, "X", 0, 0, -9, true)},
+        {"raw-read 0x1000", rule(rawRead, "", 0x1000, 0x1000, -1, false)},
+        {"raw-read 0x1000-0x100D status 5", rule(rawRead, "", 0x1000, 0x100D, 5, false)},
+        {"raw-read 0-65535 status 0x10", rule(rawRead, "", 0, 0xFFFF, 16, false)},
+        {"hal-object PICPWR_PAYLOADS", rule(halObject, "PICPWR_PAYLOADS", 0, 0, -1, false)},
+        {"hal-object PICPWR_PAYLOADS once", rule(halObject, "PICPWR_PAYLOADS", 0, 0, -1, true)},
+        {"bus absent", rule(bus, "absent", 0, 0, -1, false)},
+        {"service absent", rule(service, "absent", 0, 0, -1, false)},
+        {"object bp/bp1", rule(object, "bp/bp1", 0, 0, -1, false)},
+        {"object /a error com.E", rule(object, "/a", 0, 0, -1, false, "com.E")},
+        {"i2c-open 5", busRule(i2cOpen, 5, 1, EIO)},
+        {"i2c-open 1048575 error EBUSY", busRule(i2cOpen, 1048575, 1, EBUSY)},
+        {"i2c-ioctl 5 plain", busRule(i2cIoctl, 5, 0, EIO)},
+        {"i2c-ioctl 5 plain 0x50 error ENXIO", busRule(i2cIoctl, 5, 0, ENXIO, 0x50)},
+        {"i2c-ioctl 0 update-property 7", busRule(i2cIoctl, 0, 4, EIO, 7)},
+        {"i2c-ioctl 5 get-property 8 error EACCES", busRule(i2cIoctl, 5, 5, EACCES, 8)},
+        {"i2c-ioctl 5 create-node error ENOSPC", busRule(i2cIoctl, 5, 6, ENOSPC)},
+        {"i2c-ioctl 5 remove-device 4294967295", busRule(i2cIoctl, 5, 7, EIO, UINT32_MAX)},
+        {"i2c-ioctl 5 recover-bus 96", busRule(i2cIoctl, 5, 8, EIO, 96)},
+        {"sysinfo PICPWR", typeRule(16, -1)},
+        {"sysinfo 164 status 3", typeRule(164, 3)},
+        {"sysinfo Backplane", typeRule(19, -1)},
+        {"sysinfo FSCP", typeRule(0, -1)},
+        {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0, 3, false)},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(parseFaultRule(text), expected) << text;
+    }
+}
+
+TEST(FaultRule, refusesWithAReason) {
+    const char* const kinds = "a fault begins with one of: named-read, raw-read, hal-object, "
+                              "hal-read, bus, service, object, i2c-open, i2c-ioctl, sysinfo";
+    const char* const noStatus =
+        "'status' needs a number from -2147483648 to 2147483647, and not 0";
+    const char* const noErrno = "'error' needs the name of an errno, like EIO";
+    const char* const commands = "i2c-ioctl needs one of: plain, update-property, get-property, "
+                                 "create-node, remove-device, recover-bus";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", kinds},
+        {"  ", kinds},
+        {"named", kinds},
+        {"named-read", "named-read needs a name pattern"},
+        {"named-read " + std::string(256, '*'), "a name pattern has at most 255 characters"},
+        {"raw-read", "raw-read needs an address or a range of addresses"},
+        {"hal-read", "hal-read needs an object's name"},
+        {"raw-read here", "'here' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
+        {"raw-read 0x10000",
+         "'0x10000' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
+        {"raw-read 1-", "'1-' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
+        {"raw-read -1", "'-1' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
+        {"raw-read 1-2-3",
+         "'1-2-3' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
+        {"raw-read 2-1", "address range '2-1' runs backwards"},
+        {"named-read X status", noStatus},
+        {"named-read X status 0", noStatus},
+        {"named-read X status one", noStatus},
+        {"named-read X status 2147483648", noStatus},
+        {"named-read X status -2147483649", noStatus},
+        {"named-read X once once", "'once' is given twice"},
+        {"named-read X once status 1 once", "'once' is given twice"},
+        {"raw-read 1 status 1 status 1", "'status' is given twice"},
+        {"object X error a error b", "'error' is given twice"},
+        {"i2c-open 5 error EIO error EIO", "'error' is given twice"},
+        {"named-read X twice", "'twice' is not understood here"},
+        {"bus", "bus needs 'absent'"},
+        {"service gone", "'gone' is not understood here, only 'absent' is"},
+        {"object", "object needs an object's path"},
+        {"object X error", "'error' needs a name"},
+        {"object X error Failed", "'Failed' is no error name of D-Bus"},
+        {"object X error a..b", "'a..b' is no error name of D-Bus"},
+        {"object bp/bp-1", "'bp/bp-1' is no object path of D-Bus"},
+        {"object bp//bp1", "'bp//bp1' is no object path of D-Bus"},
+        {"object bp/", "'bp/' is no object path of D-Bus"},
+        {"named-read X onec", "'onec' is not understood here; did you mean 'once'?"},
+        {"object X once", "'once' is not understood here"},
+        {"service absent once", "'once' is not understood here"},
+        {"named-read X error E", "'error' is not understood here"},
+        {"hal-object X status 3", "'status' is not understood here"},
+        {"i2c-open", "i2c-open needs a bus number"},
+        {"i2c-open five", "'five' is no bus number"},
+        {"i2c-open 1048576", "'1048576' is no bus number"},
+        {"i2c-open 5 error", noErrno},
+        {"i2c-open 5 error 2", noErrno},
+        {"i2c-open 5 error ENOSUCHTHING", noErrno},
+        {"i2c-open 5 error EACES", std::string(noErrno) + "; did you mean 'EACCES'?"},
+        {"i2c-open 5 status 2", "'status' is not understood here"},
+        {"i2c-open 5 plain", "'plain' is not understood here"},
+        {"i2c-ioctl 5", commands},
+        {"i2c-ioctl 5 error EIO", commands},
+        {"i2c-ioctl 5 plain x", "'x' is not understood here"},
+        {"i2c-ioctl 5 plain 1 2", "'2' is not understood here"},
+        {"sysinfo", "sysinfo needs a device type"},
+        {"sysinfo 165", "'165' is no device type"},
+        {"sysinfo Backplanes", "'Backplanes' is no device type; did you mean 'Backplane'?"},
+        {"sysinfo puk", "'puk' is no device type; did you mean 'PUCK'?"},
+        {"sysinfo BP error EIO", "'error' is not understood here"},
+    };
+    for (const auto& [text, reason] : cases) {
+        try {
+            (void)parseFaultRule(text);
+            ADD_FAILURE() << "accepted: " << text;
+        } catch (const FaultRuleError& error) {
+            EXPECT_EQ(error.what(), reason) << text;
+        }
+    }
+}
+
+TEST(Number, decimalAndHexadecimalWithinLimits) {
+    EXPECT_EQ(numberIn("42", 0, 100), 42);
+    EXPECT_EQ(numberIn("0xfF", 0, 255), 255);
+    EXPECT_EQ(numberIn("-0x10", -16, 0), -16);
+    EXPECT_EQ(numberIn("-2147483648", INT32_MIN, 0), INT32_MIN);
+    EXPECT_EQ(numberIn("4294967295", 0, UINT32_MAX), UINT32_MAX);
+    for (const char* const text : {"", "-", "0x", "x", "1.0", "1 ", " 1", "0b1", "101", "-1",
+                                   "99999999999999999999", "--1", "0x-1"}) {
+        EXPECT_EQ(numberIn(text, 0, 100), std::nullopt) << text;
+    }
+}
+
+} // namespace
+} // namespace board

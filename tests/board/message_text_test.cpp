@@ -1,0 +1,55 @@
+#include "board/message_text.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace board {
+namespace {
+
+TEST(MessageText, escapesControlCharactersAndBrokenUtf8) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"plain text, \\ and 'quotes'", "plain text, \\ and 'quotes'"},
+        {"a\nb\rc\td", "a\\nb\\rc\\td"},
+        {"\x1B[31mred", "\\x1B[31mred"},
+        {std::string("a\0b", 3), "a\\x00b"},
+        {"\x7F", "\\x7F"},
+        {"\xC2\x9B"
+         "31m",
+         "\\xC2\\x9B31m"},
+        {"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"},
+        {"\xC3", "\\xC3"},
+        {"\x9B"
+         "1m",
+         "\\x9B1m"},
+        {"\xE2\x82z", "\\xE2\\x82z"},
+        {"\xFF", "\\xFF"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(printable(text), expected);
+        EXPECT_EQ(printable(printable(text)), expected);
+    }
+}
+
+TEST(MessageText, cutsALongTextBetweenCharacters) {
+    EXPECT_EQ(inQuotes(std::string(200, 'a')), "'" + std::string(200, 'a') + "'");
+    EXPECT_EQ(inQuotes(std::string(201, 'a')), "'" + std::string(200, 'a') + "...'");
+    EXPECT_EQ(shortened(std::string(199, 'a') + "\xC3\xA9"), std::string(199, 'a') + "...");
+}
+
+TEST(MessageText, suggestsTheMostSimilarWords) {
+    const std::vector<std::string> words{"name", "fame", "faults", "slot", "a", "b", "c", "d"};
+    EXPECT_EQ(suggestion("nmae", words), "; did you mean 'name'?");
+    EXPECT_EQ(suggestion("dame", words), "; did you mean 'name' or 'fame'?");
+    EXPECT_EQ(suggestion("fault", words), "; did you mean 'faults'?");
+    EXPECT_EQ(suggestion("SLOT", words), "; did you mean 'slot'?");
+    EXPECT_EQ(suggestion("x", words), ""); // no letter in common
+    EXPECT_EQ(suggestion("", words), "");
+    EXPECT_EQ(suggestion("ax", std::vector<std::string>{"ab", "ac", "ad", "ae"}),
+              "; did you mean 'ab' or 'ac' or 'ad'?");
+    EXPECT_EQ(suggestion("colour", words), "");
+    EXPECT_EQ(suggestion(std::string(5'000'000, 'n'), words), "");
+}
+
+} // namespace
+} // namespace board
