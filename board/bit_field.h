@@ -1,8 +1,6 @@
 // Fields of a packed record as table rows: the key in a board description, the bits in the record.
 #pragma once
 
-#include "board/toml_table.h"
-
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -47,17 +45,10 @@ struct BitField {
     void encode(std::uint32_t value, std::span<std::uint8_t> record) const;
 };
 
-/// Puts the fields that the table gives into the record. A field of one bit is a boolean.
-void readFields(TomlTable& table, std::span<const BitField> fields, std::span<std::uint8_t> record);
-
 /// The fields that a record has for one value of its key 'type'.
 struct FieldsOfType {
     unsigned type;
     std::span<const BitField> fields;
 };
-
-/// Puts the fields of the type into the record. Refuses fields that only other types have.
-void readFieldsOfType(TomlTable& table, unsigned type, std::span<const FieldsOfType> layouts,
-                      std::span<std::uint8_t> record);
 
 } // namespace board

@@ -1,7 +1,7 @@
 #include "board/control_registers.h"
 
-#include "board/bit_field.h"
 #include "board/described_once.h"
+#include "board/field_reader.h"
 
 #include <array>
 

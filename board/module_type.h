@@ -6,8 +6,6 @@
 
 namespace board {
 
-constexpr std::size_t endPointSize = 6; ///< bytes of an end point descriptor
-
 // Where a payload's end points start, and how many the service publishes, present or not.
 struct EndPoints {
     std::size_t start;

@@ -1,100 +1,62 @@
 #include "board/riser_map.h"
 
-#include "board/bit_field.h"
 #include "board/cpld_map.h"
+#include "board/field_reader.h"
+#include "board/riser_map_codec.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 
 namespace board {
 
 namespace {
 
-constexpr std::size_t headSize = 59;
-constexpr std::size_t descriptionOffset = 2;
-constexpr std::size_t descriptionSize = 48;
-constexpr std::size_t recordCountOffset = 58;
-constexpr std::size_t recordHeadSize = 20;
-constexpr std::size_t recordTextSize = 8;
-constexpr std::size_t dslPayloadSize = 4;
-
-constexpr BitField headFields[] = {
-    BitField::byte("config_major", 0),      BitField::byte("config_minor", 1),
-    BitField::byte("karn_present", 50),     BitField::bigEndian("karn_hwuid", 51),
-    BitField::byte("karn_slot_number", 53), BitField::byte("karn_slot_type", 54),
-    BitField::byte("ocp_present", 55),      BitField::byte("ocp_slot_number", 56),
-    BitField::byte("ocp_slot_type", 57),
-};
-
-constexpr BitField recordFields[] = {
-    BitField::byte("picpwr", 0),
-    BitField::bigEndian("hwuid", 18),
-};
-
-constexpr BitField slFields[] = {BitField::byte("sl_index", 1)};
-constexpr BitField ocpFields[] = {BitField::byte("ocp_index", 1),
-                                  BitField::byte("ocp_lane_index", 2)};
-constexpr BitField switchedFields[] = {BitField::byte("switched_riser_index", 1),
-                                       BitField::byte("sl_index", 2)};
-constexpr FieldsOfType dslPayloadFields[] = {{1, slFields}, {2, ocpFields}, {3, switchedFields}};
+std::optional<std::uint8_t> givenByte(TomlTable& table, std::string_view key) {
+    const auto given = table.integer(key, 0, 0xFF);
+    return given ? std::optional(static_cast<std::uint8_t>(*given)) : std::nullopt;
+}
 
 void readText(TomlTable& table, std::string_view key, std::span<std::uint8_t> field) {
     std::ranges::copy(table.text(key, field.size()).value_or(""), field.begin());
 }
 
-// Appends the count of items, and the items. The description may give a wrong count instead.
-void appendCounted(Bytes& record, const Bytes& items, std::size_t itemSize,
-                   std::optional<std::int64_t> givenCount = {}) {
-    record.push_back(static_cast<std::uint8_t>(
-        givenCount.value_or(static_cast<std::int64_t>(items.size() / itemSize))));
-    record.insert(record.end(), items.begin(), items.end());
-}
-
-Bytes readSlots(TomlTable& table) {
+Bytes readCardSlots(TomlTable& table) {
     Bytes slots = table.bytes("slots").value_or(Bytes{});
-    if (slots.size() % 2 != 0) {
+    if (slots.size() % cardSlotSize != 0) {
         table.place("slots").refuse(
             "record: 'slots' needs two bytes for each slot, number and type");
     }
-    if (slots.size() / 2 > 0xFF) {
+    if (slots.size() / cardSlotSize > 0xFF) {
         table.place("slots").refuse("record: 'slots' has more than 255 slots");
     }
     return slots;
 }
 
-struct Dsls {
-    Bytes ids;
-    Bytes payloads; ///< one for each identifier
-};
-
-Dsls readDsls(TomlTable& table) {
-    Dsls dsls;
+std::vector<RiserDsl> readDsls(TomlTable& table) {
+    std::vector<RiserDsl> dsls;
     table.eachTable("dsl", [&](TomlTable& dsl) {
-        dsls.ids.push_back(static_cast<std::uint8_t>(dsl.integer("id", 0, 0xFF).value_or(0)));
-        std::array<std::uint8_t, dslPayloadSize> payload{};
+        RiserDsl read{.id = givenByte(dsl, "id").value_or(0)};
         const auto type = dsl.requiredInteger("type", 0, 0xFF);
-        readFieldsOfType(dsl, static_cast<unsigned>(type), dslPayloadFields, payload);
-        payload[0] = static_cast<std::uint8_t>(type);
-        dsls.payloads.insert(dsls.payloads.end(), payload.begin(), payload.end());
+        readFieldsOfType(dsl, static_cast<unsigned>(type), dslPayloadFields, read.route);
+        read.route[0] = static_cast<std::uint8_t>(type);
+        dsls.push_back(read);
     });
     return dsls;
 }
 
-Bytes readRecord(TomlTable& table) {
-    Bytes record(recordHeadSize);
-    readFields(table, recordFields, record);
-    readText(table, "location", std::span(record).subspan(2, recordTextSize));
-    readText(table, "part_number", std::span(record).subspan(10, recordTextSize));
-    const Dsls dsls = readDsls(table);
-    appendCounted(record, dsls.ids, 1);
-    appendCounted(record, readSlots(table), 2);
-    appendCounted(record, dsls.payloads, dslPayloadSize, table.integer("dsl_payloads", 0, 0xFF));
-    const auto size = table.integer("payload_size", 0, 0xFF);
-    if (!size && record.size() > 0xFF) {
+RiserRecord readRecord(TomlTable& table) {
+    RiserRecord record;
+    readFields(table, recordFields, record.head);
+    readText(table, "location", std::span(record.head).subspan(locationOffset, recordTextSize));
+    readText(table, "part_number",
+             std::span(record.head).subspan(partNumberOffset, recordTextSize));
+    record.dsls = readDsls(table);
+    record.cardSlots = readCardSlots(table);
+    record.statedRoutes = givenByte(table, "dsl_payloads");
+    record.statedSize = givenByte(table, "payload_size");
+    if (!record.statedSize && encode(record).size() > 0xFF) {
         table.place().refuse("record: has more than 255 bytes");
     }
-    record[1] = static_cast<std::uint8_t>(size.value_or(static_cast<std::int64_t>(record.size())));
     return record;
 }
 
@@ -103,7 +65,7 @@ Bytes readRecord(TomlTable& table) {
 Bytes readRiserMap(TomlTable& table) {
     if (auto bytes = table.bytes("bytes")) {
         constexpr std::string_view noBytes = "'bytes' is not given";
-        for (const BitField& field : headFields) {
+        for (const BitField& field : riserMapHeadFields) {
             table.onlyWhere(field.key, noBytes);
         }
         for (const char* const key : {"description", "record", "records", "checksum"}) {
@@ -111,19 +73,14 @@ Bytes readRiserMap(TomlTable& table) {
         }
         return std::move(*bytes);
     }
-    Bytes blob(headSize);
-    readFields(table, headFields, blob);
-    readText(table, "description", std::span(blob).subspan(descriptionOffset, descriptionSize));
-    std::size_t records = 0;
-    table.eachTable("record", [&](TomlTable& record) {
-        const Bytes bytes = readRecord(record);
-        blob.insert(blob.end(), bytes.begin(), bytes.end());
-        ++records;
-    });
-    blob[recordCountOffset] = static_cast<std::uint8_t>(
-        table.integer("records", 0, 0xFF).value_or(static_cast<std::int64_t>(records)));
-    const auto checksum = table.integer("checksum", 0, 0xFF);
-    blob.push_back(checksum ? static_cast<std::uint8_t>(*checksum) : checksumOf(blob));
+    RiserMap map;
+    readFields(table, riserMapHeadFields, map.head);
+    readText(table, "description", std::span(map.head).subspan(descriptionOffset, descriptionSize));
+    table.eachTable("record",
+                    [&](TomlTable& record) { map.records.push_back(readRecord(record)); });
+    map.statedRecords = givenByte(table, "records");
+    map.checksum = givenByte(table, "checksum");
+    Bytes blob = encode(map);
     if (blob.size() > riserMapSize) {
         table.place().refuse("riser_map: has " + std::to_string(blob.size()) +
                              " bytes, at most 1024 fit");

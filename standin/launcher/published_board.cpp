@@ -1,7 +1,7 @@
 #include "standin/launcher/published_board.h"
 
 #include "board/cpld_contents.h"
-#include "board/module.h"
+#include "board/module_layout.h"
 #include "board/module_type.h"
 #include "board/service_description.h"
 

@@ -1,6 +1,7 @@
 #include "board/bit_field.h"
 
 #include "board/bytes.h"
+#include "board/field_reader.h"
 
 #include <gtest/gtest.h>
 

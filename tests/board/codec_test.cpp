@@ -1,0 +1,302 @@
+// The codecs on random and on damaged bytes: a decoded module, written as a description and read
+// again, has the same bytes.
+#include "board/module_codec.h"
+#include "board/module_writer.h"
+#include "board/riser_map_codec.h"
+
+#include "board/board_loader.h"
+#include "board/cpld_map.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace board {
+namespace {
+
+class Dice {
+public:
+    explicit Dice(unsigned seed) : random_(seed) {}
+
+    unsigned draw(unsigned lowest, unsigned highest) {
+        return std::uniform_int_distribution<unsigned>(lowest, highest)(random_);
+    }
+    std::uint8_t byte() { return static_cast<std::uint8_t>(draw(0, 0xFF)); }
+    bool oneIn(unsigned number) { return draw(1, number) == 1; }
+
+    void fill(std::span<const BitField> fields, std::span<std::uint8_t> record) {
+        for (const BitField& field : fields) {
+            field.encode(draw(0, field.highest()), record);
+        }
+    }
+    std::optional<std::uint8_t> sometimes(unsigned highest = 0xFF) {
+        return oneIn(8) ? std::optional(static_cast<std::uint8_t>(draw(0, highest))) : std::nullopt;
+    }
+    void damage(Bytes& bytes) {
+        for (unsigned times = draw(1, 3); times > 0 && !bytes.empty(); --times) {
+            bytes[draw(0, static_cast<unsigned>(bytes.size() - 1))] = byte();
+        }
+    }
+
+private:
+    std::mt19937 random_;
+};
+
+ModulePayload randomPayload(Dice& dice) {
+    ModulePayload payload;
+    dice.fill(headerFields, payload.header);
+    constexpr std::uint8_t classes[] = {puckDeviceClass, rfcDeviceClass, backplaneDeviceClass};
+    if (const unsigned choice = dice.draw(0, 5); choice < std::size(classes)) {
+        payload.header[1] = classes[choice];
+    }
+    if (payload.body() == PayloadBody::backplane) {
+        dice.fill(backplaneFields, payload.backplane);
+    } else if (payload.body() == PayloadBody::endPoints) {
+        payload.endPoints.resize(dice.draw(0, mostEndPoints));
+        for (auto& endPoint : payload.endPoints) {
+            dice.fill(endPointFields, endPoint);
+            dice.fill(moreEndPointFields(indirectField.decode(endPoint) != 0), endPoint);
+        }
+    }
+    payload.statedSize = dice.sometimes();
+    payload.checksum = dice.sometimes();
+    return payload;
+}
+
+OemArea randomArea(Dice& dice) {
+    OemArea area;
+    area.descriptors.resize(dice.draw(0, 20));
+    for (OemDescriptor& descriptor : area.descriptors) {
+        descriptor.type = static_cast<std::uint8_t>(dice.draw(0, 5));
+        const bool hasFields = descriptor.type >= 1 && descriptor.type <= 3;
+        descriptor.data.resize(hasFields ? oemDescriptorSize(descriptor.type) - oemHeaderSize
+                                         : dice.draw(0, 6));
+        for (std::uint8_t& byte : descriptor.data) {
+            byte = dice.byte();
+        }
+    }
+    area.statedSize = dice.sometimes();
+    area.checksum = dice.sometimes();
+    return area;
+}
+
+Slot readBack(const DocumentTable& board) {
+    return parseBoard(board.toml(), "written.toml").slots.at(0);
+}
+
+Slot written(const ModulePayload& payload, const std::optional<OemArea>& area) {
+    DocumentTable root;
+    DocumentTable& slot = root.append("slot");
+    slot.set("id", WrittenNumber{1});
+    writeModule(payload, area, slot.table("module"));
+    return readBack(root);
+}
+
+TEST(ModuleCodec, decodesEveryPayloadThatItEncodes) {
+    Dice dice(1);
+    for (int run = 0; run < 2000; ++run) {
+        const Bytes bytes = encode(randomPayload(dice));
+        const auto payload = decodePayload(bytes);
+        ASSERT_TRUE(payload) << testing::PrintToString(bytes);
+        ASSERT_EQ(encode(*payload), bytes);
+    }
+}
+
+TEST(ModuleCodec, decodesEveryAreaThatItEncodes) {
+    Dice dice(2);
+    for (int run = 0; run < 2000; ++run) {
+        const Bytes bytes = encode(randomArea(dice));
+        const auto area = decodeOemArea(bytes);
+        ASSERT_TRUE(area) << testing::PrintToString(bytes);
+        ASSERT_EQ(encode(*area), bytes);
+    }
+}
+
+TEST(ModuleCodec, decodedBytesAreTheSameBytesAgain) {
+    Dice dice(3);
+    unsigned decoded = 0;
+    for (int run = 0; run < 20'000; ++run) {
+        Bytes bytes = encode(randomPayload(dice));
+        dice.damage(bytes);
+        bytes.resize(dice.oneIn(4) ? dice.draw(0, 247) : bytes.size());
+        if (const auto payload = decodePayload(bytes)) {
+            ++decoded;
+            ASSERT_EQ(encode(*payload), bytes);
+        }
+        Bytes area = encode(randomArea(dice));
+        dice.damage(area);
+        area.resize(dice.oneIn(4) ? dice.draw(0, 255) : area.size());
+        if (const auto oem = decodeOemArea(area)) {
+            ++decoded;
+            ASSERT_EQ(encode(*oem), area);
+        }
+    }
+    EXPECT_GT(decoded, 10'000U);
+}
+
+TEST(ModuleCodec, writtenModulesHaveTheirBytes) {
+    Dice dice(4);
+    for (int run = 0; run < 300; ++run) {
+        Bytes bytes = encode(randomPayload(dice));
+        Bytes area = encode(randomArea(dice));
+        if (dice.oneIn(2)) {
+            dice.damage(bytes);
+            dice.damage(area);
+        }
+        const auto payload = decodePayload(bytes);
+        const auto oem = decodeOemArea(area);
+        if (payload && oem) {
+            const Slot slot = written(*payload, oem);
+            ASSERT_EQ(slot.payload, bytes);
+            ASSERT_EQ(slot.oemArea, area);
+        }
+    }
+}
+
+TEST(ModuleCodec, anAreaWithoutDescriptorsIsStillAnArea) {
+    const Bytes bytes{3, 0, 0xFD};
+    const auto area = decodeOemArea(bytes);
+    ASSERT_TRUE(area);
+    EXPECT_EQ(written(ModulePayload{}, area).oemArea, bytes);
+}
+
+struct Undecodable {
+    const char* why;
+    Bytes bytes;
+};
+
+TEST(ModuleCodec, bytesThatNoModuleHasStayBytes) {
+    const Undecodable cases[] = {
+        {"empty", {}},
+        {"shorter than a header", Bytes(13)},
+        {"no whole unit", Bytes(15)},
+        {"byte 3 is no field", {0, 0x1A, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE3}},
+        {"byte 9 is no field", {0, 0x1A, 2, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0xE3}},
+        {"bit 3 of the wires", {0, 0x1A, 2, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0xDC}},
+        {"bit 7 of the address", {0, 0x1A, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0, 0, 0x64}},
+        {"bytes behind the header", {0, 0x1A, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0xE3}},
+        {"a backplane without room", {0, 0x2A, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xD4}},
+    };
+    for (const Undecodable& bad : cases) {
+        EXPECT_FALSE(decodePayload(bad.bytes)) << bad.why;
+    }
+}
+
+TEST(ModuleCodec, areasThatAreNoListOfDescriptorsStayBytes) {
+    const Undecodable cases[] = {
+        {"empty", {}},
+        {"no room for a checksum", {2, 0}},
+        {"longer than an area", Bytes(256)},
+        {"a descriptor that is cut off", {6, 1, 1, 4, 0x22, 0}},
+        {"half a descriptor", {4, 1, 7, 0}},
+        {"more descriptors than the area states", {7, 1, 9, 2, 9, 2, 0}},
+    };
+    for (const Undecodable& bad : cases) {
+        EXPECT_FALSE(decodeOemArea(bad.bytes)) << bad.why;
+    }
+}
+
+RiserMap randomMap(Dice& dice) {
+    RiserMap map;
+    dice.fill(riserMapHeadFields, map.head);
+    for (std::size_t i = 0; i < descriptionSize; ++i) {
+        map.head[descriptionOffset + i] = static_cast<std::uint8_t>(dice.draw(0, 0x7F));
+    }
+    map.records.resize(dice.draw(0, 8));
+    for (RiserRecord& record : map.records) {
+        dice.fill(recordFields, record.head);
+        for (std::size_t i = locationOffset; i < locationOffset + 2 * recordTextSize; ++i) {
+            record.head[i] = static_cast<std::uint8_t>(dice.draw(0, 0x7F));
+        }
+        record.dsls.resize(dice.draw(0, 6));
+        for (RiserDsl& dsl : record.dsls) {
+            dsl.id = dice.byte();
+            dsl.route[0] = static_cast<std::uint8_t>(dice.draw(0, 4));
+            for (const FieldsOfType& fields : dslPayloadFields) {
+                if (fields.type == dsl.route[0]) {
+                    dice.fill(fields.fields, dsl.route);
+                }
+            }
+        }
+        record.cardSlots.resize(cardSlotSize * dice.draw(0, 5));
+        for (std::uint8_t& byte : record.cardSlots) {
+            byte = dice.byte();
+        }
+        record.statedRoutes = dice.sometimes();
+        record.statedSize = dice.sometimes();
+    }
+    map.checksum = dice.sometimes();
+    return map;
+}
+
+Bytes blobOf(const RiserMap& map) {
+    Bytes blob = encode(map);
+    blob.resize(riserMapSize);
+    return blob;
+}
+
+TEST(RiserMapCodec, decodesEveryMappingThatItEncodes) {
+    Dice dice(5);
+    for (int run = 0; run < 1000; ++run) {
+        const Bytes blob = blobOf(randomMap(dice));
+        const auto map = decodeRiserMap(blob);
+        ASSERT_TRUE(map);
+        ASSERT_EQ(blobOf(*map), blob);
+    }
+}
+
+TEST(RiserMapCodec, decodedBytesAreTheSameBytesAgain) {
+    Dice dice(6);
+    unsigned decoded = 0;
+    for (int run = 0; run < 5000; ++run) {
+        Bytes blob = blobOf(randomMap(dice));
+        dice.damage(blob);
+        if (const auto map = decodeRiserMap(blob)) {
+            ++decoded;
+            ASSERT_EQ(blobOf(*map), blob);
+        }
+    }
+    EXPECT_GT(decoded, 100U);
+}
+
+TEST(RiserMapCodec, writtenMappingsHaveTheirBytes) {
+    Dice dice(7);
+    for (int run = 0; run < 200; ++run) {
+        const Bytes blob = blobOf(randomMap(dice));
+        DocumentTable root;
+        ASSERT_TRUE(writeRiserMap(decodeRiserMap(blob).value(), root.table("riser_map")));
+        ASSERT_EQ(parseBoard(root.toml(), "written.toml").riserMap, blob) << root.toml();
+    }
+}
+
+TEST(RiserMapCodec, bytesThatNoMappingHasStayBytes) {
+    const auto with = [](std::initializer_list<std::pair<std::size_t, std::uint8_t>> changes) {
+        Bytes blob = blobOf({.records = {{.dsls = {{.id = 1, .route = {1, 2}}}}}});
+        for (const auto& [at, byte] : changes) {
+            blob.at(at) = byte;
+        }
+        return blob;
+    };
+    ASSERT_TRUE(decodeRiserMap(with({})));
+    const Undecodable cases[] = {
+        {"another length", Bytes(1023)},
+        {"more records than fit", with({{58, 255}})},
+        {"a byte of a route that is no field", with({{59 + 24 + 2, 1}})},
+        {"a byte behind the checksum", with({{1023, 1}})},
+        {"a link without a route in the blob", with({{59 + 20, 255}, {59 + 20 + 256, 255}})},
+    };
+    for (const Undecodable& bad : cases) {
+        EXPECT_FALSE(decodeRiserMap(bad.bytes)) << bad.why;
+    }
+}
+
+TEST(RiserMapCodec, aTextThatIsNoUtf8IsNotWritten) {
+    RiserMap map;
+    map.head[descriptionOffset] = 0xFF;
+    DocumentTable root;
+    EXPECT_FALSE(writeRiserMap(map, root.table("riser_map")));
+    EXPECT_EQ(root.toml(), "");
+}
+
+} // namespace
+} // namespace board
