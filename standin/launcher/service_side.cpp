@@ -1,6 +1,6 @@
 #include "standin/launcher/service_side.h"
 
-#include "standin/launcher/published_board.h"
+#include "board/published_board.h"
 
 #include <algorithm>
 #include <exception>
@@ -35,7 +35,7 @@ void ServiceSide::start(sd_event* loop, const std::string& directory, const boar
     daemon_.emplace(directory);
     address_ = daemon_->address();
     if (!isAbsent(board, board::FaultKind::service)) {
-        service_.emplace(loop, address_, publishBoard(board));
+        service_.emplace(loop, address_, board::publishBoard(board));
     }
 }
 

@@ -1,4 +1,4 @@
-#include "standin/launcher/published_board.h"
+#include "board/published_board.h"
 
 #include "board/board_loader.h"
 #include "tests/board/refusal.h"
@@ -7,21 +7,21 @@
 
 #include <algorithm>
 
-namespace standin {
+namespace board {
 namespace {
 
 constexpr const char* interfacePrefix = "com.tesk.bmc.zolt.";
 constexpr const char* pathPrefix = "/com/tesk/bmc/zolt/";
 
-std::string text(const board::Value& value) {
+std::string text(const Value& value) {
     struct Texts {
         std::string operator()(bool truth) const { return truth ? "true" : "false"; }
         std::string operator()(std::int64_t number) const { return std::to_string(number); }
         std::string operator()(double number) const { return std::to_string(number); }
         std::string operator()(const std::string& string) const { return "'" + string + "'"; }
-        std::string operator()(const board::Value::List& list) const {
+        std::string operator()(const Value::List& list) const {
             std::string all;
-            for (const board::Value& each : list) {
+            for (const Value& each : list) {
                 all += (all.empty() ? "" : " ") + text(each);
             }
             return "[" + all + "]";
@@ -31,12 +31,12 @@ std::string text(const board::Value& value) {
 }
 
 // Returns an interface of an object as lines "NAME SIGNATURE VALUE", or "not published".
-std::string published(const board::ServiceModel& model, const std::string& path,
+std::string published(const ServiceModel& model, const std::string& path,
                       const std::string& interface) {
-    for (const board::PublishedInterface& each : model.interfaces) {
+    for (const PublishedInterface& each : model.interfaces) {
         if (each.path == pathPrefix + path && each.interface == interfacePrefix + interface) {
             std::string lines;
-            for (const board::Property& property : each.properties) {
+            for (const Property& property : each.properties) {
                 lines +=
                     property.name + " " + property.signature + " " + text(property.value) + "\n";
             }
@@ -46,8 +46,8 @@ std::string published(const board::ServiceModel& model, const std::string& path,
     return "not published";
 }
 
-board::ServiceModel publish(const std::string& description) {
-    return publishBoard(board::parseBoard(description, "b"));
+ServiceModel publish(const std::string& description) {
+    return publishBoard(parseBoard(description, "b"));
 }
 
 // Returns the description of a slot with a module of this type and class.
@@ -242,9 +242,9 @@ TEST(PublishedBoard, refusesWithFileLineAndReason) {
          "b:2: order: 'action' must be answer, error, reply or leave"},
     };
     for (const auto& [description, message] : cases) {
-        EXPECT_EQ(board::test::refusalOf(description, "b"), message) << description;
+        EXPECT_EQ(test::refusalOf(description, "b"), message) << description;
     }
 }
 
 } // namespace
-} // namespace standin
+} // namespace board

@@ -1,0 +1,40 @@
+#include "board/control_register_layout.h"
+
+#include <string>
+#include <utility>
+
+namespace board {
+
+namespace {
+
+std::string nameOf(const ControlClass& kind, unsigned instance, const ControlField& field) {
+    std::string name(kind.prefix);
+    if (kind.instances > 1) {
+        name += std::to_string(instance);
+    }
+    return name.append(field.suffix);
+}
+
+} // namespace
+
+void storeInstance(const ControlClass& kind, unsigned instance, const ControlInstance& bytes,
+                   Board& board) {
+    const auto address = addressOf(kind, instance);
+    for (const ControlField& field : kind.fields) {
+        const auto storeRaw = [&](std::uint8_t offset) {
+            board.controlBytes[static_cast<std::uint16_t>(address + offset)] = bytes[offset];
+        };
+        const std::uint32_t bits = field.bits.decode(bytes);
+        Bytes value{static_cast<std::uint8_t>(bits & 0xFF)};
+        storeRaw(field.bits.offset);
+        if (field.bits.upperBits != 0) {
+            value.push_back(static_cast<std::uint8_t>(bits >> 8));
+            storeRaw(field.bits.upperOffset);
+        }
+        if (!field.suffix.empty()) {
+            board.controlRegisters.push_back({nameOf(kind, instance, field), std::move(value)});
+        }
+    }
+}
+
+} // namespace board

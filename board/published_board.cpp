@@ -1,0 +1,155 @@
+#include "board/published_board.h"
+
+#include "board/cpld_contents.h"
+#include "board/module_layout.h"
+#include "board/module_type.h"
+#include "board/service_description.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace board {
+
+namespace {
+
+// A module's payload, read by offset from its first byte.
+class PayloadView {
+public:
+    PayloadView(const Bytes& block, const Slot& slot)
+        : bytes_(std::span(block).subspan(payloadIndexOfOffset0 + slot.payloadOffset)),
+          size_(slot.payload.size()) {}
+
+    [[nodiscard]] int byte(std::size_t at) const { return at < bytes_.size() ? bytes_[at] : 0; }
+    [[nodiscard]] int bigEndian(std::size_t at) const { return byte(at) << 8 | byte(at + 1); }
+
+    // The last byte by the payload's own length, even beyond the payload; 0 when the length is 0.
+    [[nodiscard]] int checksum() const {
+        switch (byte(1)) {
+        case puckDeviceClass:
+        case rfcDeviceClass:
+            return byte(headerOnlySize - 1);
+        default:
+            return byte(2) == 0 ? 0 : byte(payloadSizeUnit * static_cast<std::size_t>(byte(2)) - 1);
+        }
+    }
+
+    // An end point that does not end before the payload's last byte is missing: all zeros.
+    [[nodiscard]] Value endPoint(std::size_t at) const {
+        Value::List bytes(endPointSize, Value(0));
+        if (at + endPointSize < size_) {
+            std::ranges::transform(bytes_.subspan(at, endPointSize), bytes.begin(),
+                                   [](std::uint8_t value) { return Value(int{value}); });
+        }
+        return bytes;
+    }
+
+private:
+    static constexpr std::size_t headerOnlySize = 2 * payloadSizeUnit;
+
+    std::span<const std::uint8_t> bytes_; // to the end of the payload block
+    std::size_t size_;
+};
+
+std::vector<Property> propertiesOf(const ModuleType& type, const PayloadView& payload) {
+    std::vector<Property> properties{
+        {"PayloadFrmtVer", "y", payload.byte(0)},    {"DeviceClass", "y", payload.byte(1)},
+        {"StaticPaylodSize", "y", payload.byte(2)},  {"DeviceId", "q", payload.bigEndian(4)},
+        {"VendorId", "q", payload.bigEndian(6)},     {"DeviceVer", "y", payload.byte(8)},
+        {type.wires, "y", payload.byte(10)},         {type.targetType, "y", payload.byte(11)},
+        {type.targetAddress, "y", payload.byte(12)},
+    };
+    const auto [start, count] = type.endPoints;
+    for (std::size_t i = 0; i < count; ++i) {
+        properties.push_back({"EndPoint" + std::to_string(i), "(yyyyyy)",
+                              payload.endPoint(start + endPointSize * i)});
+    }
+    properties.push_back({"checksum", "y", payload.checksum()});
+    return properties;
+}
+
+void publishModules(const Board& board, ServiceModel& model) {
+    const Bytes block = payloadBlock(board);
+    for (const ModuleType& type : moduleTypes) {
+        const std::string manager = std::string(servicePathPrefix).append(type.name);
+        model.managers.push_back(manager);
+        for (const Slot& slot : board.slots) {
+            if (slot.moduleType == type.name) {
+                model.interfaces.push_back(
+                    {manager + "/" + slot.objectName,
+                     std::string(serviceInterfacePrefix).append(type.interface),
+                     propertiesOf(type, PayloadView(block, slot))});
+            }
+        }
+    }
+}
+
+PublishedInterface* findInterface(ServiceModel& model, const PublishedInterface& like) {
+    const auto found =
+        std::ranges::find_if(model.interfaces, [&](const PublishedInterface& published) {
+            return published.path == like.path && published.interface == like.interface;
+        });
+    return found == model.interfaces.end() ? nullptr : &*found;
+}
+
+void remove(const PublishedInterface& removal, ServiceModel& model) {
+    if (PublishedInterface* const published = findInterface(model, removal)) {
+        std::erase_if(published->properties, [&](const Property& property) {
+            return removal.properties.empty() ||
+                   std::ranges::find(removal.properties, property.name, &Property::name) !=
+                       removal.properties.end();
+        });
+    }
+}
+
+void add(const PublishedInterface& addition, ServiceModel& model) {
+    PublishedInterface* const published = findInterface(model, addition);
+    if (published == nullptr) {
+        model.interfaces.push_back(addition);
+        return;
+    }
+    for (const Property& property : addition.properties) {
+        const auto same = std::ranges::find(published->properties, property.name, &Property::name);
+        if (same == published->properties.end()) {
+            published->properties.push_back(property);
+        } else {
+            *same = property;
+        }
+    }
+}
+
+// Orders of faults go to the front, because the first order that fits a call holds.
+void addFaults(const Board& board, ServiceModel& model) {
+    for (const FaultRule& fault : board.faults) {
+        if (fault.kind == FaultKind::object) {
+            const std::string& path = fault.subject;
+            model.orders.insert(
+                model.orders.begin(),
+                {.path = path.starts_with('/') ? path : std::string(servicePathPrefix) + path,
+                 .action = ServiceOrder::Action::error,
+                 .name = fault.error.empty() ? "org.freedesktop.DBus.Error.Failed" : fault.error,
+                 .text = "ordered by a fault"});
+        }
+    }
+}
+
+} // namespace
+
+ServiceModel publishBoard(const Board& board) {
+    ServiceModel model;
+    model.interfaces.push_back({std::string(servicePathPrefix) + "info",
+                                std::string(serviceInterfacePrefix) + "pcardInfo",
+                                board.service.info});
+    publishModules(board, model);
+    for (const PublishedInterface& removal : board.service.removals) {
+        remove(removal, model);
+    }
+    for (const PublishedInterface& addition : board.service.additions) {
+        add(addition, model);
+    }
+    model.orders = board.service.orders;
+    addFaults(board, model);
+    return model;
+}
+
+} // namespace board
