@@ -5,8 +5,6 @@
 
 namespace board {
 
-namespace {
-
 std::string nameOf(const ControlClass& kind, unsigned instance, const ControlField& field) {
     std::string name(kind.prefix);
     if (kind.instances > 1) {
@@ -14,8 +12,6 @@ std::string nameOf(const ControlClass& kind, unsigned instance, const ControlFie
     }
     return name.append(field.suffix);
 }
-
-} // namespace
 
 void storeInstance(const ControlClass& kind, unsigned instance, const ControlInstance& bytes,
                    Board& board) {

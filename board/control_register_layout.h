@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace board {
@@ -120,6 +121,10 @@ using ControlInstance = std::array<std::uint8_t, mostRegisters>;
 [[nodiscard]] constexpr std::uint16_t addressOf(const ControlClass& kind, unsigned instance) {
     return static_cast<std::uint16_t>(kind.base + kind.stride * (instance - 1));
 }
+
+/// The HAL's name of a field, if the field has one.
+[[nodiscard]] std::string nameOf(const ControlClass& kind, unsigned instance,
+                                 const ControlField& field);
 
 /// Puts the registers of an instance into the board: the bytes by address, the fields by name.
 void storeInstance(const ControlClass& kind, unsigned instance, const ControlInstance& bytes,

@@ -20,6 +20,8 @@ namespace board {
 
 namespace {
 
+static_assert(highestBus == BUS_CORE_HIGHEST_BUS);
+
 template <typename T>
 T number(TomlTable& table, std::string_view key, T otherwise = 0) {
     return static_cast<T>(
@@ -34,9 +36,17 @@ std::uint8_t flag(TomlTable& table, std::string_view key) {
                                                  : number<std::uint8_t>(table, key);
 }
 
-// Reads a name. A name that fills its field has no terminator there.
+// Reads a name: a text, or an array of bytes for a name that is no UTF-8. A name that fills its
+// field has no terminator there.
 std::string nameOf(TomlTable& table, std::size_t room) {
-    std::string name = table.text("name").value_or("");
+    const auto* const node = table.node("name");
+    std::string name;
+    if (node != nullptr && node->is_array()) {
+        const Bytes bytes = table.bytes("name").value_or(Bytes{});
+        name.assign(bytes.begin(), bytes.end());
+    } else {
+        name = table.text("name").value_or("");
+    }
     if (name.size() > room) {
         table.place("name").refuse("'name' has " + std::to_string(name.size()) +
                                    " characters, at most " + std::to_string(room) + " fit");
@@ -167,8 +177,7 @@ IndexNode readIndexNode(TomlTable& table) {
         .index = number<std::int32_t>(table, "index"),
         .slotNumber = number<std::int32_t>(table, "slot_number"),
         .slotType = number<std::int32_t>(table, "slot_type"),
-        .physicalBus = static_cast<std::int32_t>(
-            table.integer("physical_bus", -1, BUS_CORE_HIGHEST_BUS).value_or(-1)),
+        .physicalBus = number<std::int32_t>(table, "physical_bus", -1),
         .bayId = number<std::uint8_t>(table, "bay_id"),
         .name = nameOf(table, sizeof(IndexNodeInfo::name)),
     };
@@ -188,7 +197,7 @@ void checkParent(TomlTable& table, const IndexNode& node, const std::set<std::in
     if (!node.parent) {
         return;
     }
-    if (node.physicalBus < 0) {
+    if (!node.hasBus()) {
         table.place().refuse("index_node: a node with 'parent' needs 'physical_bus'");
     }
     if (!known.contains(*node.parent)) {
@@ -209,7 +218,7 @@ void readIndexNodes(TomlTable& i2c, I2cDescription& description, DriverRoom& roo
     i2c.eachTable("index_node", [&](TomlTable& table) {
         IndexNode node = readIndexNode(table);
         checkParent(table, node, known, taken);
-        if (node.physicalBus >= 0) {
+        if (node.hasBus()) {
             room.addBus(node.physicalBus, table.place("physical_bus"));
             known.insert(node.physicalBus);
             taken.insert(node.physicalBus);

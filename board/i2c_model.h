@@ -9,6 +9,8 @@
 
 namespace board {
 
+constexpr std::int32_t highestBus = 1048575; ///< Linux has no minor number for a bus beyond this
+
 /// The properties of a bus or of a device, by the driver's property number.
 using I2cProperties = std::map<std::uint32_t, std::uint32_t>;
 
@@ -40,6 +42,8 @@ struct SubNode {
     std::int32_t subIndex = 0;
     std::int32_t subNodeCount = 0;
     std::string name{};
+
+    bool operator==(const SubNode&) const = default;
 };
 
 /// An index node, with the fields of its record.
@@ -53,12 +57,17 @@ struct IndexNode {
     std::int32_t index = 0;
     std::int32_t slotNumber = 0;
     std::int32_t slotType = 0;
-    std::int32_t physicalBus = -1; ///< below 0: none
+    std::int32_t physicalBus = -1; ///< hasBus() says whether there is such a bus
     std::uint8_t bayId = 0;
     std::string name{};
     std::optional<std::int32_t> subNodeCount{}; ///< none: the actual number
     std::optional<std::uint32_t> parent{};      ///< bus behind which the driver puts the node
     std::vector<SubNode> subNodes{};
+
+    /// Linux has no bus with another number.
+    [[nodiscard]] bool hasBus() const { return physicalBus >= 0 && physicalBus <= highestBus; }
+
+    bool operator==(const IndexNode&) const = default;
 };
 
 /// How the parser answers for a device type.

@@ -78,7 +78,7 @@ void publishModules(const Board& board, ServiceModel& model) {
                 model.interfaces.push_back(
                     {manager + "/" + slot.objectName,
                      std::string(serviceInterfacePrefix).append(type.interface),
-                     propertiesOf(type, PayloadView(block, slot))});
+                     moduleProperties(type, block, slot)});
             }
         }
     }
@@ -134,6 +134,11 @@ void addFaults(const Board& board, ServiceModel& model) {
 }
 
 } // namespace
+
+std::vector<Property> moduleProperties(const ModuleType& type, const Bytes& block,
+                                       const Slot& slot) {
+    return propertiesOf(type, PayloadView(block, slot));
+}
 
 ServiceModel publishBoard(const Board& board) {
     ServiceModel model;

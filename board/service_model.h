@@ -25,6 +25,8 @@ struct Value {
     Value(const char* text) : content(std::string(text)) {}
     Value(std::string text) : content(std::move(text)) {}
     Value(List list) : content(std::move(list)) {}
+
+    bool operator==(const Value&) const = default;
 };
 
 /// Makes a list of values. (Braces will not do: compilers disagree about a braced list in a list.)
@@ -40,6 +42,8 @@ struct Property {
     std::string name;
     std::string signature; ///< one complete D-Bus type
     Value value;
+
+    bool operator==(const Property&) const = default;
 };
 
 /// One interface of one object. Entries with the same path belong to the same object.
@@ -47,6 +51,8 @@ struct PublishedInterface {
     std::string path;
     std::string interface;
     std::vector<Property> properties;
+
+    bool operator==(const PublishedInterface&) const = default;
 };
 
 /// What the service does in place of its normal answer. The first order that fits a call holds.

@@ -41,7 +41,7 @@ void addBuses(BusCore& core, const board::I2cDescription& i2c) {
                                     *node.parent, static_cast<std::uint32_t>(node.index),
                                     zolt::deviceTypeName(node.deviceType).c_str()),
                 "buses");
-        } else if (node.physicalBus >= 0) {
+        } else if (node.hasBus()) {
             add(busCoreAddBus(&core, static_cast<std::uint32_t>(node.physicalBus)), "buses");
         }
     }

@@ -140,7 +140,7 @@ private:
     void addNode(const board::IndexNode& node) {
         std::vector<board::SubNode> subNodes = node.subNodes;
         // Several described nodes may share a bus; the first one lists its device nodes.
-        if (node.physicalBus >= 0 && shownBuses_.insert(node.physicalBus).second) {
+        if (node.hasBus() && shownBuses_.insert(node.physicalBus).second) {
             std::ranges::move(deviceNodes(*core_, node.physicalBus), std::back_inserter(subNodes));
         }
         TopologyNode record{

@@ -121,6 +121,29 @@ parent = 7
     EXPECT_EQ(i2c.indexNodes[1].subNodeCount, std::nullopt);
 }
 
+TEST(I2cDescription, keepsNamesAndBusesThatNoSystemHas) {
+    const I2cDescription i2c = read(R"(
+[[i2c.index_node]]
+device_type = 1
+name = [0xFF, 0x41]
+physical_bus = -7
+[[i2c.index_node.sub]]
+name = []
+[[i2c.index_node]]
+device_type = 1
+physical_bus = 1048575
+[[i2c.index_node]]
+device_type = 1
+physical_bus = 1048576
+)");
+    EXPECT_EQ(i2c.indexNodes.at(0).name, "\xFF\x41");
+    EXPECT_EQ(i2c.indexNodes[0].subNodes.at(0).name, "");
+    EXPECT_FALSE(i2c.indexNodes[0].hasBus());
+    EXPECT_TRUE(i2c.indexNodes.at(1).hasBus());
+    EXPECT_EQ(i2c.indexNodes.at(2).physicalBus, 1048576);
+    EXPECT_FALSE(i2c.indexNodes[2].hasBus());
+}
+
 TEST(I2cDescription, readsTheAnswersOfTypes) {
     using enum TypeAnswer::Root;
     I2cDescription i2c = read(R"(
@@ -245,8 +268,11 @@ TEST(I2cDescription, refusesWithFileLineAndReason) {
          "b:3: index_node: 'hw_uid' must be a whole number from 0 to 65535"},
         {node + "discoverable = 256\n",
          "b:3: index_node: 'discoverable' must be a whole number from 0 to 255"},
-        {node + "physical_bus = -2\n",
-         "b:3: index_node: 'physical_bus' must be a whole number from -1 to 1048575"},
+        {node + "physical_bus = -2147483649\n",
+         "b:3: index_node: 'physical_bus' must be a whole number from -2147483648 to 2147483647"},
+        {node + "name = [256]\n", "b:3: index_node: 'name' must be a whole number from 0 to 255"},
+        {node + "physical_bus = -2\nparent = 1\n",
+         "b:1: index_node: a node with 'parent' needs 'physical_bus'"},
         {node + "parent = 1\n", "b:1: index_node: a node with 'parent' needs 'physical_bus'"},
         {node + "physical_bus = 2\nparent = 1\n",
          "b:4: index_node: 'parent' must be a bus that is described before it"},

@@ -1,0 +1,272 @@
+#include "capture/describe_service.h"
+
+#include "board/bus_names.h"
+#include "board/cpld_contents.h"
+#include "board/module_codec.h"
+#include "board/module_type.h"
+#include "board/published_board.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace capture {
+
+namespace {
+
+using board::DocumentTable;
+using board::Property;
+using board::Value;
+using board::WrittenValue;
+
+// What an object shows of one interface, by path and interface. A reply of the object itself counts
+// more than the reply of its manager.
+using Interfaces = std::map<std::pair<std::string, std::string>, std::vector<Property>>;
+
+Interfaces interfacesOf(const ServiceReading& service) {
+    Interfaces interfaces;
+    for (const ManagerReading& manager : service.managers) {
+        for (const board::PublishedInterface& published : manager.interfaces) {
+            // Each object has the interfaces of the bus itself, without properties.
+            const bool isOfTheBus = published.interface.starts_with("org.freedesktop.DBus.");
+            const bool isPlain = published.interface.empty() || isOfTheBus;
+            if (!isPlain || !published.properties.empty()) {
+                interfaces[{published.path, published.interface}] = published.properties;
+            }
+        }
+    }
+    for (const PropertiesReading& object : service.objects) {
+        if (!object.error && !object.other) {
+            interfaces[{object.path, object.interface}] = object.properties;
+        }
+    }
+    return interfaces;
+}
+
+// A payload that no module has is written as bytes, and has no object of its own.
+bool isDescribedAsModule(const board::Slot& slot) {
+    return board::decodePayload(slot.payload) &&
+           (slot.oemArea.empty() || board::decodeOemArea(slot.oemArea));
+}
+
+std::size_t sharedProperties(const std::vector<Property>& own, const std::vector<Property>& shown) {
+    return static_cast<std::size_t>(std::ranges::count_if(own, [&](const Property& property) {
+        return std::ranges::find(shown, property) != shown.end();
+    }));
+}
+
+// The last element of an object's path directly below a manager; empty for any other path.
+std::string_view nameBelow(std::string_view path, std::string_view manager) {
+    if (!path.starts_with(manager) || path.size() <= manager.size() ||
+        path[manager.size()] != '/') {
+        return {};
+    }
+    const std::string_view name = path.substr(manager.size() + 1);
+    return name.contains('/') ? std::string_view() : name;
+}
+
+void matchObject(const board::ModuleType& type, std::string_view name,
+                 const std::vector<Property>& shown, const board::Bytes& block,
+                 board::Board& board) {
+    board::Slot* best = nullptr;
+    std::size_t most = 0;
+    for (board::Slot& slot : board.slots) {
+        if (!slot.moduleType.empty() || !isDescribedAsModule(slot)) {
+            continue;
+        }
+        const std::vector<Property> own = board::moduleProperties(type, block, slot);
+        const std::size_t shared = sharedProperties(own, shown);
+        // Zeros are shared by modules that have nothing else in common.
+        if (shared > most && 2 * shared > own.size()) {
+            most = shared;
+            best = &slot;
+        }
+    }
+    if (best != nullptr) {
+        best->moduleType = type.name;
+        best->objectName = name;
+    }
+}
+
+WrittenValue written(const Value& value) {
+    struct Writer {
+        WrittenValue operator()(bool truth) const { return truth; }
+        WrittenValue operator()(std::int64_t number) const { return board::WrittenNumber{number}; }
+        WrittenValue operator()(double number) const { return number; }
+        WrittenValue operator()(const std::string& text) const { return text; }
+        WrittenValue operator()(const Value::List& list) const {
+            board::WrittenList all;
+            for (const Value& element : list) {
+                all.push_back(written(element));
+            }
+            return all;
+        }
+    };
+    return std::visit(Writer{}, value.content);
+}
+
+void setProperties(const std::vector<Property>& properties, DocumentTable& table) {
+    for (const Property& property : properties) {
+        const bool isPlain =
+            property.signature == "b" || property.signature == "q" || property.signature == "s";
+        if (isPlain) {
+            table.set(property.name, written(property.value));
+        } else {
+            table.set(property.name, board::WrittenRow{{"signature", property.signature},
+                                                       {"value", written(property.value)}});
+        }
+    }
+}
+
+std::string shortPath(const std::string& path) {
+    return path.starts_with(board::servicePathPrefix) &&
+                   path.size() > board::servicePathPrefix.size()
+               ? path.substr(board::servicePathPrefix.size())
+               : path;
+}
+
+std::string shortInterface(const std::string& interface) {
+    const std::string rest = interface.starts_with(board::serviceInterfacePrefix)
+                                 ? interface.substr(board::serviceInterfacePrefix.size())
+                                 : std::string();
+    return rest.empty() || rest.contains('.') ? interface : rest;
+}
+
+// Writes an interface whose properties are not those that the board derives.
+void writeObject(const std::pair<std::string, std::string>& place,
+                 const std::vector<Property>& shown, const std::vector<Property>* derived,
+                 DocumentTable& service) {
+    const auto has = [](const std::vector<Property>& properties, const Property& wanted) {
+        return std::ranges::find(properties, wanted.name, &Property::name) != properties.end();
+    };
+    board::WrittenList without;
+    std::vector<Property> changed;
+    if (derived == nullptr) {
+        changed = shown;
+    } else {
+        for (const Property& property : *derived) {
+            if (!has(shown, property)) {
+                without.emplace_back(property.name);
+            }
+        }
+        std::ranges::copy_if(shown, std::back_inserter(changed), [&](const Property& property) {
+            return std::ranges::find(*derived, property) == derived->end();
+        });
+        if (without.empty() && changed.empty()) {
+            return;
+        }
+    }
+    DocumentTable& object = service.append("object");
+    object.set("path", shortPath(place.first));
+    object.set("interface", shortInterface(place.second));
+    if (derived != nullptr && shown.empty()) {
+        object.set("empty", true);
+    } else if (!without.empty()) {
+        object.set("without", std::move(without));
+    }
+    if (!changed.empty()) {
+        setProperties(changed, object.table("properties"));
+    }
+}
+
+void writeObjects(const ServiceReading& reading, const board::Board& board,
+                  DocumentTable& service) {
+    const board::ServiceModel derived = publishBoard(board);
+    for (const auto& [place, properties] : interfacesOf(reading)) {
+        const auto own = std::ranges::find_if(
+            derived.interfaces, [&](const board::PublishedInterface& published) {
+                return published.path == place.first && published.interface == place.second;
+            });
+        writeObject(place, properties, own == derived.interfaces.end() ? nullptr : &own->properties,
+                    service);
+    }
+}
+
+DocumentTable& appendOrder(const std::string& path, const std::string& interface,
+                           DocumentTable& service) {
+    DocumentTable& order = service.append("order");
+    order.set("path", shortPath(path));
+    order.set("interface", shortInterface(interface));
+    return order;
+}
+
+// Writes an order for a call whose answer was no list of properties or of objects.
+void writeOrder(const std::string& path, const std::string& interface,
+                const std::optional<BusError>& error, const std::optional<OtherReply>& other,
+                DocumentTable& service) {
+    if (error) {
+        DocumentTable& order = appendOrder(path, interface, service);
+        order.set("action", "error");
+        order.set("error", error->name);
+        order.set("text", error->text);
+    } else if (other && (other->value || other->signature.empty())) {
+        DocumentTable& order = appendOrder(path, interface, service);
+        order.set("action", "reply");
+        if (other->value) {
+            order.set("signature", other->signature);
+            order.set("value", written(*other->value));
+        }
+    }
+}
+
+void writeOrders(const ServiceReading& reading, DocumentTable& service) {
+    if (reading.info) {
+        writeOrder(reading.info->path, reading.info->interface, reading.info->error,
+                   reading.info->other, service);
+    }
+    for (const ManagerReading& manager : reading.managers) {
+        writeOrder(manager.path, "org.freedesktop.DBus.ObjectManager", manager.error, manager.other,
+                   service);
+    }
+    for (const PropertiesReading& object : reading.objects) {
+        writeOrder(object.path, object.interface, object.error, object.other, service);
+    }
+}
+
+void writeInfo(const PropertiesReading& info, DocumentTable& service) {
+    const std::vector<Property> usual{{"FRUreadComplete", "b", true},
+                                      {"SlotMappingComplete", "b", true}};
+    std::vector<Property> shown = info.properties;
+    std::ranges::sort(shown, {}, &Property::name);
+    if (shown != usual) {
+        setProperties(shown, service.table("info"));
+    }
+}
+
+} // namespace
+
+void matchObjects(const ServiceReading& service, board::Board& board) {
+    const board::Bytes block = payloadBlock(board);
+    const Interfaces interfaces = interfacesOf(service);
+    for (const board::ModuleType& type : board::moduleTypes) {
+        const std::string manager = std::string(board::servicePathPrefix).append(type.name);
+        const std::string interface =
+            std::string(board::serviceInterfacePrefix).append(type.interface);
+        for (const auto& [place, properties] : interfaces) {
+            const std::string_view name = nameBelow(place.first, manager);
+            if (!name.empty() && place.second == interface) {
+                matchObject(type, name, properties, block, board);
+            }
+        }
+    }
+}
+
+void writeService(const ServiceReading& service, const board::Board& board, DocumentTable& root) {
+    if (service.reach != ServiceReading::Reach::service) {
+        return;
+    }
+    DocumentTable& table = root.table("service");
+    if (service.info && !service.info->error && !service.info->other) {
+        writeInfo(*service.info, table);
+    }
+    writeObjects(service, board, table);
+    writeOrders(service, table);
+}
+
+} // namespace capture
