@@ -18,6 +18,8 @@ template <typename... Cases>
 struct Overloaded : Cases... {
     using Cases::operator()...;
 };
+template <typename... Cases> // not every compiler deduces the types of an aggregate
+Overloaded(Cases...)->Overloaded<Cases...>;
 
 std::string inHex(std::uint64_t value, unsigned digits) {
     std::string text;

@@ -178,13 +178,13 @@ void writeObject(const std::pair<std::string, std::string>& place,
 void writeObjects(const ServiceReading& reading, const board::Board& board,
                   DocumentTable& service) {
     const board::ServiceModel derived = publishBoard(board);
-    for (const auto& [place, properties] : interfacesOf(reading)) {
+    for (const auto& shown : interfacesOf(reading)) {
         const auto own = std::ranges::find_if(
             derived.interfaces, [&](const board::PublishedInterface& published) {
-                return published.path == place.first && published.interface == place.second;
+                return std::pair(published.path, published.interface) == shown.first;
             });
-        writeObject(place, properties, own == derived.interfaces.end() ? nullptr : &own->properties,
-                    service);
+        writeObject(shown.first, shown.second,
+                    own == derived.interfaces.end() ? nullptr : &own->properties, service);
     }
 }
 
