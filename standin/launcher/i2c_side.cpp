@@ -75,7 +75,12 @@ void addFaults(BusCore& core, const board::Board& board) {
                                      .operation = rule.operation,
                                      .anySelector = !rule.selector,
                                      .selector = rule.selector.value_or(0),
-                                     .error = rule.status};
+                                     .error = rule.status,
+                                     .delay = 0,
+                                     .after = 0,
+                                     .times = 0,
+                                     .untilRecovery = false,
+                                     .isOver = false};
             add(busCoreAddFault(&core, &fault), "faults");
         }
     }
