@@ -71,7 +71,8 @@ struct Board {
     std::map<std::string, HalObject> halObjects;
     std::map<std::string, Bytes> namedOverrides;        ///< bytes that a name delivers instead
     std::map<std::uint16_t, std::uint8_t> rawOverrides; ///< values of registers by raw address
-    std::vector<FaultRule> faults; ///< if several rules fit a call, the last one holds
+    std::vector<FaultRule>
+        faults; ///< if several rules fit a call, the last one that is due applies
 };
 
 } // namespace board

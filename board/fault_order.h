@@ -1,4 +1,4 @@
-// Adds fault rules to a board, and refuses rules that could never strike.
+// Adds fault rules to a board, and refuses rules that could never apply.
 #pragma once
 
 #include "board/board.h"

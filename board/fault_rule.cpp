@@ -92,9 +92,15 @@ enum Options : unsigned {
     none = 0,
     status = 1,
     error = 2,
-    once = 4,
-    errnoName = 8,
-    command = 16,
+    errnoName = 4,
+    command = 8,
+    count = 16, // 'once' or 'N times'
+    after = 32,
+    delay = 64,
+    fail = 128,
+    recovery = 256,
+    wholeRun = 512, // no words: the rule describes the whole run
+    timing = count | after | delay | fail,
 };
 
 struct Kind {
@@ -106,17 +112,18 @@ struct Kind {
 };
 
 constexpr Kind kinds[] = {
-    {"named-read", FaultKind::namedRead, "a name pattern", takePattern, status | once},
+    {"named-read", FaultKind::namedRead, "a name pattern", takePattern, status | timing},
     {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses,
-     status | once},
-    {"hal-object", FaultKind::halObject, "an object's name", takeSubject, once},
-    {"hal-read", FaultKind::halRead, "an object's name", takeSubject, status | once},
-    {"bus", FaultKind::bus, "'absent'", takeAbsent, none},
-    {"service", FaultKind::service, "'absent'", takeAbsent, none},
-    {"object", FaultKind::object, "an object's path", takeObject, error},
-    {"i2c-open", FaultKind::i2cOpen, "a bus number", takeBus, errnoName},
-    {"i2c-ioctl", FaultKind::i2cIoctl, "a bus number", takeBus, errnoName | command},
-    {"sysinfo", FaultKind::sysinfo, "a device type", takeDeviceType, status},
+     status | timing},
+    {"hal-object", FaultKind::halObject, "an object's name", takeSubject, timing},
+    {"hal-read", FaultKind::halRead, "an object's name", takeSubject, status | timing},
+    {"bus", FaultKind::bus, "'absent'", takeAbsent, wholeRun},
+    {"service", FaultKind::service, "'absent'", takeAbsent, wholeRun},
+    {"object", FaultKind::object, "an object's path", takeObject, error | timing},
+    {"i2c-open", FaultKind::i2cOpen, "a bus number", takeBus, errnoName | timing | recovery},
+    {"i2c-ioctl", FaultKind::i2cIoctl, "a bus number", takeBus,
+     errnoName | command | timing | recovery},
+    {"sysinfo", FaultKind::sysinfo, "a device type", takeDeviceType, status | timing},
 };
 
 struct Command {
@@ -191,6 +198,11 @@ int errnoNamed(Words words) {
                          (names.empty() ? "" : suggestion(words[1], names)));
 }
 
+// Whether the words begin with "N times", right or wrong.
+bool isCount(Words words) {
+    return words.size() >= 2 && words[1] == "times";
+}
+
 // Takes the command and, if it is given, the selector. Returns the words behind them.
 Words takeCommand(FaultRule& rule, Words words) {
     const auto found = std::ranges::find(commands, words.empty() ? "" : words[0], &Command::word);
@@ -199,7 +211,7 @@ Words takeCommand(FaultRule& rule, Words words) {
     }
     rule.operation = found->operation;
     words = words.subspan(1);
-    const auto selector = words.empty()
+    const auto selector = words.empty() || isCount(words)
                               ? std::nullopt
                               : numberIn(words[0], 0, std::numeric_limits<std::uint32_t>::max());
     if (!selector) {
@@ -207,6 +219,37 @@ Words takeCommand(FaultRule& rule, Words words) {
     }
     rule.selector = static_cast<std::uint32_t>(*selector);
     return words.subspan(1);
+}
+
+std::uint32_t numberOfCalls(std::string_view word, const char* complaint) {
+    const auto number = numberIn(word, 1, mostCalls);
+    if (!number) {
+        throw FaultRuleError(complaint);
+    }
+    return static_cast<std::uint32_t>(*number);
+}
+
+std::uint32_t delayOf(std::string_view word) {
+    if (word == "forever") {
+        return delayForever;
+    }
+    const bool hasMilliseconds = word.ends_with("ms");
+    const std::int64_t unit = hasMilliseconds ? 1 : 1000;
+    const std::string_view digits = word.substr(0, word.size() - (hasMilliseconds ? 2 : 1));
+    const auto number =
+        word.ends_with('s') ? numberIn(digits, 1, longestDelay / unit) : std::nullopt;
+    if (!number) {
+        throw FaultRuleError("'delay' needs a time from 1ms to 3600000ms or from 1s to 3600s, or "
+                             "'forever'");
+    }
+    return static_cast<std::uint32_t>(*number * unit);
+}
+
+void takeRecovery(FaultRule& rule, Words words) {
+    if (words.size() < 2 || words[1] != "recovery") {
+        throw FaultRuleError("'until' needs the word 'recovery'");
+    }
+    rule.untilRecovery = true;
 }
 
 struct Option {
@@ -217,37 +260,105 @@ struct Option {
 };
 
 constexpr Option optionRows[] = {
-    {"once", once, 1, [](FaultRule& rule, Words) { rule.once = true; }},
     {"status", status, 2, [](FaultRule& rule, Words words) { rule.status = statusOf(words); }},
     {"error", error, 2, [](FaultRule& rule, Words words) { rule.error = errorOf(words); }},
     {"error", errnoName, 2, [](FaultRule& rule, Words words) { rule.status = errnoNamed(words); }},
+    {"once", count, 1, [](FaultRule& rule, Words) { rule.times = 1; }},
+    // The number stands in front of this word.
+    {"times", count, 2,
+     [](FaultRule& rule, Words words) {
+         rule.times = numberOfCalls(isCount(words) ? words[0] : "",
+                                    "'times' needs a number from 1 to 2147483647 in front of it");
+     }},
+    {"after", after, 2,
+     [](FaultRule& rule, Words words) {
+         rule.after = numberOfCalls(words.size() < 2 ? "" : words[1],
+                                    "'after' needs a number from 1 to 2147483647");
+     }},
+    {"until", recovery, 2, takeRecovery},
+    {"delay", delay, 2,
+     [](FaultRule& rule, Words words) { rule.delay = delayOf(words.size() < 2 ? "" : words[1]); }},
+    {"fail", fail, 1, [](FaultRule&, Words) {}},
 };
 
-void takeOptions(FaultRule& rule, Words words, unsigned options) {
+[[noreturn]] void refuseWord(const FaultRule& rule, std::string_view word, unsigned options) {
+    std::vector<std::string> understood;
+    bool isTiming = false;
+    for (const Option& option : optionRows) {
+        if ((options & option.option) != 0) {
+            understood.emplace_back(option.word);
+        }
+        isTiming = isTiming || (option.word == word && (option.option & (timing | recovery)) != 0);
+    }
+    if (isTiming && (options & wholeRun) != 0) {
+        throw FaultRuleError(std::string("'")
+                                 .append(rule.kind == FaultKind::bus ? "bus" : "service")
+                                 .append(" absent' describes the whole run, and takes no ")
+                                 .append(inQuotes(word)));
+    }
+    if (isTiming) {
+        throw FaultRuleError("'until recovery' is for i2c-open and i2c-ioctl: only a bus can be "
+                             "recovered");
+    }
+    throw FaultRuleError(inQuotes(word) + " is not understood here" + suggestion(word, understood));
+}
+
+// Returns the options that the words give.
+unsigned takeOptions(FaultRule& rule, Words words, unsigned options) {
     if ((options & command) != 0) {
         words = takeCommand(rule, words);
     }
     unsigned taken = none;
     while (!words.empty()) {
+        const std::string_view word = isCount(words) ? words[1] : words[0];
         const auto row = std::ranges::find_if(optionRows, [&](const Option& option) {
-            return option.word == words[0] && (options & option.option) != 0;
+            return option.word == word && (options & option.option) != 0;
         });
         if (row == std::ranges::end(optionRows)) {
-            std::vector<std::string> understood;
-            for (const Option& option : optionRows) {
-                if ((options & option.option) != 0) {
-                    understood.emplace_back(option.word);
-                }
-            }
-            throw FaultRuleError(inQuotes(words[0]) + " is not understood here" +
-                                 suggestion(words[0], understood));
+            refuseWord(rule, word, options);
         }
         if ((taken & row->option) != 0) {
-            throw FaultRuleError(inQuotes(words[0]) + " is given twice");
+            throw FaultRuleError(row->option == count ? "'once' or 'times' is given twice"
+                                                      : inQuotes(word).append(" is given twice"));
         }
         row->take(rule, words);
         taken |= row->option;
         words = words.subspan(row->words);
+    }
+    return taken;
+}
+
+// A rule with a delay alone takes long and does not fail.
+void settleDelay(FaultRule& rule, unsigned taken) {
+    const unsigned failing = taken & (status | error | errnoName | fail);
+    if ((taken & delay) == 0) {
+        if ((taken & fail) != 0) {
+            throw FaultRuleError("'fail' has no effect: a rule without 'delay' always fails");
+        }
+        return;
+    }
+    if (rule.delay == delayForever && failing != 0) {
+        throw FaultRuleError("a call with 'delay forever' never comes back, so it cannot fail");
+    }
+    if (failing == 0) {
+        rule.status = 0;
+    }
+}
+
+// A recovery ends with a successful request of its last step, on a bus that is open.
+void refuseEndlessWait(const FaultRule& rule) {
+    const bool letsAllPass = rule.status == 0 && rule.delay != delayForever;
+    if (!rule.untilRecovery || letsAllPass || rule.after != 0 || rule.times != 0) {
+        return;
+    }
+    if (rule.kind == FaultKind::i2cOpen) {
+        throw FaultRuleError("a bus that never opens cannot be recovered: 'until recovery' needs "
+                             "'after N' or 'N times' here");
+    }
+    if (rule.operation == CONTROL_RECOVER_BUS &&
+        rule.selector.value_or(RECOVERY_CLOCK_UNRAVEL) == RECOVERY_CLOCK_UNRAVEL) {
+        throw FaultRuleError("recover-bus 98 recovers the bus: 'until recovery' needs another "
+                             "mode, 'after N' or 'N times' here");
     }
 }
 
@@ -264,7 +375,9 @@ FaultRule parseFaultRule(std::string_view text) {
     }
     FaultRule rule{.kind = kind->kind, .status = noAnswer};
     kind->takeSubject(rule, words[1]);
-    takeOptions(rule, Words(words).subspan(2), kind->options);
+    const unsigned taken = takeOptions(rule, Words(words).subspan(2), kind->options);
+    settleDelay(rule, taken);
+    refuseEndlessWait(rule);
     if (!rule.error.empty() && !isInterfaceName(rule.error)) {
         throw FaultRuleError(inQuotes(rule.error) + " is no error name of D-Bus");
     }

@@ -1,33 +1,23 @@
-// Fault rules: one line of words names the calls that fail, and how they fail.
+// Fault rules: one line of words names the calls that fail or take long, and how they end.
 //
-//   named-read PATTERN [status N] [once]
-//       reads of a register whose name fits the pattern (* ? [...] as in a shell)
-//   raw-read ADDRESS[-ADDRESS] [status N] [once]
-//       raw reads that touch one of the addresses
-//   hal-object NAME [once]
-//       the HAL has no object of that name
-//   hal-read NAME [status N] [once]
-//       bulk reads through that object
-//   bus absent
-//       there is no system bus
-//   service absent
-//       there is a system bus, but no service on it
-//   object PATH [error NAME]
-//       the service answers calls on that object with an error
-//   i2c-open BUS [error ERRNO]
-//       the bus cannot be opened
-//   i2c-ioctl BUS COMMAND [SELECTOR] [error ERRNO]
-//       requests of that command on the bus; the selector limits the rule to one property of
-//       update-property and get-property, one target of create-node and remove-device, one mode of
-//       recover-bus, or one address of plain transfers
-//   sysinfo TYPE [status N]
-//       the parser fails for that device type
+// faultRuleHelp() and faultTimingHelp() list the rules. The second word of a rule is its subject.
+// All words behind the subject, and behind COMMAND and SELECTOR, may come in any order.
+//
+// Rules are asked from the last to the first. A rule that fits a call answers in one of three ways:
+//
+//   not yet due  'after N' lets the call pass. The call is one of the N.
+//   used up      'N times' have passed, or the bus has been recovered.
+//   it applies   The call is one of 'N times'. No earlier rule is asked, so none counts the call.
+//
+// In the first two cases the next earlier rule is asked. All processes of the command count
+// together.
 //
 // A board description and zolt_sim's --fault use the same rules.
 #pragma once
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -47,16 +37,23 @@ enum class FaultKind : std::uint8_t {
     sysinfo,
 };
 
+constexpr std::uint32_t delayForever = 0xFFFFFFFF; ///< the delay of a call that never comes back
+constexpr std::uint32_t longestDelay = 3'600'000;  ///< in milliseconds
+constexpr std::int32_t mostCalls = 2'147'483'647;  ///< of 'after' and 'times'
+
 struct FaultRule {
     FaultKind kind = FaultKind::namedRead;
-    std::string subject{};       ///< pattern, name or path
-    std::uint16_t first = 0;     ///< raw-read: first address
-    std::uint16_t last = 0;      ///< raw-read: last address
-    std::int32_t status = 0;     ///< what the failing call returns, or an errno; never 0
-    std::string error{};         ///< name of the D-Bus error that answers the call; may be empty
-    bool once = false;           ///< only the first fitting call fails
-    std::uint32_t bus = 0;       ///< of i2c-open and i2c-ioctl
-    std::uint32_t operation = 0; ///< operation that fails, by the bus driver's number
+    std::string subject{};   ///< pattern, name or path
+    std::uint16_t first = 0; ///< raw-read: first address
+    std::uint16_t last = 0;  ///< raw-read: last address
+    std::int32_t status = 0; ///< what the failing call returns, or an errno; 0: it only takes long
+    std::string error{};     ///< name of the D-Bus error that answers the call; may be empty
+    std::uint32_t after = 0; ///< number of fitting calls that pass before the rule applies
+    std::uint32_t times = 0; ///< number of calls to which the rule applies; 0: all
+    bool untilRecovery = false;              ///< the rule ends with the first recovery of its bus
+    std::uint32_t delay = 0;                 ///< of the call, in milliseconds; or delayForever
+    std::uint32_t bus = 0;                   ///< of i2c-open and i2c-ioctl
+    std::uint32_t operation = 0;             ///< operation that fails, by the bus driver's number
     std::optional<std::uint32_t> selector{}; ///< none: any
     std::uint8_t deviceType = 0;             ///< of sysinfo
 
@@ -71,6 +68,19 @@ public:
 
 /// Reads one rule. @throw FaultRuleError
 [[nodiscard]] FaultRule parseFaultRule(std::string_view text);
+
+/// One rule, or one word of a rule, for people: how to write it, and its effect.
+struct FaultRuleHelp {
+    std::string_view usage;   ///< one line without a newline; capitals stand for the caller's words
+    std::string_view meaning; ///< one sentence
+};
+
+/// All rules, in the order in which the documents list them. TIMING stands for any of the words of
+/// faultTimingHelp().
+[[nodiscard]] std::span<const FaultRuleHelp> faultRuleHelp();
+
+/// The words that say when a rule applies, and how long the call takes.
+[[nodiscard]] std::span<const FaultRuleHelp> faultTimingHelp();
 
 /// Whether a rule fits a name. A named-read compares its pattern, all others their subject.
 [[nodiscard]] bool fits(const FaultRule& rule, const std::string& name);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <span>
 
 namespace board {
@@ -118,15 +119,25 @@ void add(const PublishedInterface& addition, ServiceModel& model) {
     }
 }
 
-// Orders of faults go to the front, because the first order that fits a call holds.
+std::chrono::milliseconds delayOf(const FaultRule& fault) {
+    return fault.delay == delayForever ? ServiceOrder::forever
+                                       : std::chrono::milliseconds(fault.delay);
+}
+
+// Orders of faults go to the front, the last fault first, because the first order that is due
+// applies.
 void addFaults(const Board& board, ServiceModel& model) {
+    using Action = ServiceOrder::Action;
     for (const FaultRule& fault : board.faults) {
         if (fault.kind == FaultKind::object) {
             const std::string& path = fault.subject;
             model.orders.insert(
                 model.orders.begin(),
                 {.path = path.starts_with('/') ? path : std::string(servicePathPrefix) + path,
-                 .action = ServiceOrder::Action::error,
+                 .after = static_cast<int>(fault.after),
+                 .times = static_cast<int>(fault.times),
+                 .delay = delayOf(fault),
+                 .action = fault.status == 0 ? Action::answer : Action::error,
                  .name = fault.error.empty() ? "org.freedesktop.DBus.Error.Failed" : fault.error,
                  .text = "ordered by a fault"});
         }

@@ -55,7 +55,9 @@ struct PublishedInterface {
     bool operator==(const PublishedInterface&) const = default;
 };
 
-/// What the service does in place of its normal answer. The first order that fits a call holds.
+/// What the service does in place of its normal answer. The orders that fit a call are asked from
+/// the first to the last, and the first one that is due applies. An order counts each call for
+/// which it is asked.
 struct ServiceOrder {
     enum class Action : std::uint8_t {
         answer, ///< the normal answer, after the delay
@@ -64,11 +66,15 @@ struct ServiceOrder {
         leave,  ///< no answer: the service leaves the bus for good
     };
 
-    std::string path = {};      ///< object that is called; empty: any
-    std::string interface = {}; ///< interface whose properties are asked for, or
-                                ///< "org.freedesktop.DBus.ObjectManager"; empty: any
-    int after = 0;              ///< number of fitting calls that the order lets pass first
-    std::chrono::milliseconds delay{0};
+    /// The delay of a call that gets no answer.
+    static constexpr auto forever = std::chrono::milliseconds::max();
+
+    std::string path = {};              ///< object that is called; empty: any
+    std::string interface = {};         ///< interface whose properties are asked for, or
+                                        ///< "org.freedesktop.DBus.ObjectManager"; empty: any
+    int after = 0;                      ///< number of fitting calls that the order lets pass first
+    int times = 0;                      ///< number of calls to which the order applies; 0: all
+    std::chrono::milliseconds delay{0}; ///< of the answer; or `forever`
     Action action = Action::answer;
     std::string name = {};
     std::string text = {};

@@ -1,11 +1,12 @@
 // The image of a board: one file that the platform's libraries map and share.
 //
 // zolt_sim writes the image into its private directory, and every process of the command maps it. A
-// look-up costs no system call, and a fault that strikes once does so for all processes together.
+// look-up costs no system call, and all processes count the calls of a fault together.
 // Numbers are in the machine's byte order, because an image never leaves the machine.
 #pragma once
 
 #include "board/cpld_map.h"
+#include "standin/image/topology.h"
 
 #include <array>
 #include <atomic>
@@ -17,13 +18,24 @@ namespace standin {
 constexpr const char* boardDirectoryVariable = "ZOLT_SIM_DIR";
 constexpr const char* imageFileName = "board";
 
-constexpr std::uint32_t noFault = 0; ///< fault number 0 stands for no fault
-
-/// A fault, and how often it will still strike.
+/// A fault, the calls that still pass, and the calls to which it still applies.
 struct ImageFault {
-    static constexpr std::uint32_t always = 0xFFFFFFFF;
-    std::int32_t status;
+    static constexpr std::uint32_t always = 0xFFFFFFFF;  ///< a number of calls without end
+    static constexpr std::uint32_t forever = 0xFFFFFFFF; ///< a delay without end
+    std::int32_t status;                                 ///< of the call; 0: the call succeeds
+    std::uint32_t delay;                                 ///< of the call, in milliseconds
+    std::atomic<std::uint32_t> passing;
     std::atomic<std::uint32_t> remaining;
+};
+
+/// The number of a fault in the list of faults.
+using ImageFaultNumber = std::uint16_t;
+
+/// A fault of raw reads that touch an address from first to last.
+struct ImageRawFault {
+    std::uint16_t first;
+    std::uint16_t last;
+    ImageFaultNumber fault;
 };
 
 /// A range of items in the image: where it starts, in bytes, and the number of items.
@@ -32,11 +44,12 @@ struct ImageRange {
     std::uint32_t length;
 };
 
-/// A name and the bytes that it delivers. Entries are sorted by name, in byte order.
+/// A name and the bytes that it delivers. Entries are sorted by name, in byte order. A list of
+/// fault numbers begins with the last rule.
 struct ImageName {
     ImageRange name;
     ImageRange value;
-    std::uint32_t fault;
+    ImageRange faults; ///< of ImageFaultNumber
 };
 
 /// An object of the HAL: it shows a range of the raw registers.
@@ -44,23 +57,24 @@ struct ImageObject {
     ImageRange name;
     std::uint32_t firstAddress;
     std::uint32_t length;
-    std::uint32_t missingFault;
-    std::uint32_t readFault;
+    ImageRange missingFaults; ///< of ImageFaultNumber, like readFaults
+    ImageRange readFaults;
     std::int32_t unregisterStatus;
     std::uint32_t interruptCallback;
     std::uint32_t mostBytes; ///< most bytes that one read delivers
 };
 
 struct ImageHeader {
-    static constexpr std::array<char, 8> expectedMagic{'Z', 'S', 'I', 'M', 'B', 'R', 'D', '1'};
+    static constexpr std::array<char, 8> expectedMagic{'Z', 'S', 'I', 'M', 'B', 'R', 'D', '2'};
 
     std::array<char, 8> magic;
-    std::uint32_t size; ///< of the whole image, in bytes
-    ImageRange faults;  ///< of ImageFault; the first stands for no fault
-    ImageRange names;   ///< of ImageName
-    ImageRange objects; ///< of ImageObject
+    std::uint32_t size;                               ///< of the whole image, in bytes
+    ImageRange faults;                                ///< of ImageFault
+    ImageRange names;                                 ///< of ImageName
+    ImageRange objects;                               ///< of ImageObject
+    ImageRange rawFaults;                             ///< of ImageRawFault, the last rule first
+    std::array<ImageRange, topologyTypes> typeFaults; ///< of ImageFaultNumber, by device type
     std::array<std::uint8_t, board::rawAddressCount> raw;
-    std::array<std::uint16_t, board::rawAddressCount> rawFault; ///< fault number by address
 };
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free, "shared between processes");

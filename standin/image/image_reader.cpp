@@ -36,6 +36,17 @@ const ImageHeader* mapFile(const char* path) {
     return header;
 }
 
+// Takes one from a counter that several processes share. False when the counter is at 0.
+bool takeOne(std::atomic<std::uint32_t>& counter) {
+    std::uint32_t left = counter.load();
+    while (left != 0) {
+        if (counter.compare_exchange_weak(left, left - 1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 template <typename T>
@@ -57,7 +68,8 @@ std::optional<ImageReader> ImageReader::map(const char* path) {
     }
     const ImageReader reader(header);
     if (!reader.holds<ImageFault>(header->faults) || !reader.holds<ImageName>(header->names) ||
-        !reader.holds<ImageObject>(header->objects)) {
+        !reader.holds<ImageObject>(header->objects) ||
+        !reader.holds<ImageRawFault>(header->rawFaults)) {
         return std::nullopt;
     }
     return reader;
@@ -106,24 +118,40 @@ std::span<const std::uint8_t> ImageReader::raw(std::uint32_t first, std::uint32_
     return std::span(header_->raw).subspan(first, count);
 }
 
-std::int32_t ImageReader::strikeRaw(std::uint32_t first, std::uint32_t count) const {
-    const auto faults = std::span(header_->rawFault).subspan(first, count);
-    return faults.empty() ? 0 : strike(std::ranges::max(faults)); // highest number: last rule
+// None when the rule lets the call pass or is used up.
+std::optional<CallEnd> ImageReader::ask(ImageFaultNumber fault) const {
+    const auto faults = items<ImageFault>(header_->faults);
+    if (fault >= faults.size()) {
+        return std::nullopt;
+    }
+    auto& asked = const_cast<ImageFault&>(faults[fault]);
+    const bool applies = !takeOne(asked.passing) &&
+                         (asked.remaining == ImageFault::always || takeOne(asked.remaining));
+    return applies ? std::optional(CallEnd{asked.status, asked.delay}) : std::nullopt;
 }
 
-std::int32_t ImageReader::strike(std::uint32_t fault) const {
-    if (fault == noFault || fault >= header_->faults.length) {
-        return 0;
-    }
-    auto& ordered = const_cast<ImageFault&>(items<ImageFault>(header_->faults)[fault]);
-    std::uint32_t remaining = ordered.remaining.load();
-    while (remaining != 0) {
-        if (remaining == ImageFault::always ||
-            ordered.remaining.compare_exchange_weak(remaining, remaining - 1)) {
-            return ordered.status;
+CallEnd ImageReader::endOf(ImageRange faults) const {
+    for (const ImageFaultNumber fault : items<ImageFaultNumber>(faults)) {
+        if (const auto end = ask(fault)) {
+            return *end;
         }
     }
-    return 0;
+    return {};
+}
+
+CallEnd ImageReader::endOfRawRead(std::uint32_t first, std::uint32_t count) const {
+    for (const ImageRawFault& fault : items<ImageRawFault>(header_->rawFaults)) {
+        const bool fits = count > 0 && fault.first <= first + (count - 1) && first <= fault.last;
+        const auto end = fits ? ask(fault.fault) : std::nullopt;
+        if (end) {
+            return *end;
+        }
+    }
+    return {};
+}
+
+CallEnd ImageReader::endOfParsing(std::size_t deviceType) const {
+    return endOf(header_->typeFaults[deviceType]);
 }
 
 } // namespace standin

@@ -3,11 +3,19 @@
 
 #include "standin/image/image.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
 
 namespace standin {
+
+/// How a call ends.
+struct CallEnd {
+    std::int32_t status = 0; ///< 0 for success
+    std::uint32_t delay = 0; ///< in milliseconds, or ImageFault::forever
+};
 
 class ImageReader {
 public:
@@ -26,12 +34,15 @@ public:
     /// Registers [first, first + count); the range must lie below rawAddressCount.
     [[nodiscard]] std::span<const std::uint8_t> raw(std::uint32_t first, std::uint32_t count) const;
 
-    /// Lets the faults of a raw read strike. @return the status of the read, 0 for success. If
-    /// several rules fit addresses of the range, the last one holds.
-    [[nodiscard]] std::int32_t strikeRaw(std::uint32_t first, std::uint32_t count) const;
+    /// Asks the rules for a call from the last to the first, and counts the call for each rule that
+    /// is asked. The first rule that is due applies.
+    [[nodiscard]] CallEnd endOf(ImageRange faults) const;
 
-    /// Lets a fault strike. @return the status of the call, 0 for success
-    [[nodiscard]] std::int32_t strike(std::uint32_t fault) const;
+    /// The same for a raw read: the rules are those for any of its addresses.
+    [[nodiscard]] CallEnd endOfRawRead(std::uint32_t first, std::uint32_t count) const;
+
+    /// The same for parsing a device type, which must lie below topologyTypes.
+    [[nodiscard]] CallEnd endOfParsing(std::size_t deviceType) const;
 
 private:
     explicit ImageReader(const ImageHeader* header) : header_(header) {}
@@ -40,6 +51,7 @@ private:
     [[nodiscard]] std::span<const T> items(ImageRange range) const;
     template <typename T>
     [[nodiscard]] bool holds(ImageRange range) const;
+    [[nodiscard]] std::optional<CallEnd> ask(ImageFaultNumber fault) const;
 
     const ImageHeader* header_;
 };

@@ -61,30 +61,60 @@ ImageRange appendText(Layout& layout, std::string_view text) {
     return layout.append(std::span(text.data(), text.size()));
 }
 
-// The number of the fault that holds for a name: the last one that fits.
-std::uint32_t faultFor(const board::Board& board, board::FaultKind kind, const std::string& name) {
+// Lists the rules that fit, the last one first. No rule before one that always applies is asked.
+template <typename Fits>
+ImageRange appendFitting(const board::Board& board, Layout& layout, Fits fits) {
+    std::vector<ImageFaultNumber> numbers;
     for (std::size_t i = board.faults.size(); i > 0; --i) {
         const board::FaultRule& rule = board.faults[i - 1];
-        if (rule.kind == kind && fits(rule, name)) {
-            return static_cast<std::uint32_t>(i);
+        if (!fits(rule)) {
+            continue;
+        }
+        numbers.push_back(static_cast<ImageFaultNumber>(i - 1));
+        if (rule.after == 0 && rule.times == 0) {
+            break;
         }
     }
-    return noFault;
+    return layout.append(std::span<const ImageFaultNumber>(numbers));
 }
 
-// Laid out like ImageFault, but without its atomic: an atomic cannot be copied.
+ImageRange appendFitting(const board::Board& board, Layout& layout, board::FaultKind kind,
+                         const std::string& name) {
+    return appendFitting(board, layout, [&](const board::FaultRule& rule) {
+        return rule.kind == kind && fits(rule, name);
+    });
+}
+
+// Laid out like ImageFault, but without its atomics: an atomic cannot be copied.
 struct PlainFault {
     std::int32_t status;
+    std::uint32_t delay;
+    std::uint32_t passing;
     std::uint32_t remaining;
 };
 static_assert(sizeof(PlainFault) == sizeof(ImageFault));
+static_assert(board::delayForever == ImageFault::forever);
 
 void appendFaults(const board::Board& board, Layout& layout) {
-    std::vector<PlainFault> faults(1); // number 0, no fault
+    std::vector<PlainFault> faults;
+    std::vector<ImageRawFault> rawFaults;
     for (const board::FaultRule& rule : board.faults) {
-        faults.push_back({rule.status, rule.once ? 1 : ImageFault::always});
+        if (rule.kind == board::FaultKind::rawRead) {
+            rawFaults.push_back(
+                {rule.first, rule.last, static_cast<ImageFaultNumber>(faults.size())});
+        }
+        faults.push_back({rule.status, rule.delay, rule.after,
+                          rule.times == 0 ? ImageFault::always : rule.times});
     }
+    std::ranges::reverse(rawFaults);
     layout.header().faults = layout.append(std::span<const PlainFault>(faults));
+    layout.header().rawFaults = layout.append(std::span<const ImageRawFault>(rawFaults));
+    for (std::size_t type = 0; type < topologyTypes; ++type) {
+        layout.header().typeFaults[type] =
+            appendFitting(board, layout, [&](const board::FaultRule& rule) {
+                return rule.kind == board::FaultKind::sysinfo && rule.deviceType == type;
+            });
+    }
 }
 
 void appendNames(const board::Board& board, const board::CpldContents& contents, Layout& layout) {
@@ -92,7 +122,7 @@ void appendNames(const board::Board& board, const board::CpldContents& contents,
     for (const auto& [name, bytes] : contents.named) { // the map is sorted in byte order
         names.push_back({appendText(layout, name),
                          layout.append(std::span<const std::uint8_t>(bytes)),
-                         faultFor(board, board::FaultKind::namedRead, name)});
+                         appendFitting(board, layout, board::FaultKind::namedRead, name)});
     }
     layout.header().names = layout.append(std::span<const ImageName>(names));
 }
@@ -100,28 +130,17 @@ void appendNames(const board::Board& board, const board::CpldContents& contents,
 void appendObjects(const board::Board& board, Layout& layout) {
     std::vector<ImageObject> objects;
     for (const auto& [name, object] : board.halObjects) {
-        objects.push_back({.name = appendText(layout, name),
-                           .firstAddress = board::payloadBlockStart,
-                           .length = board::payloadBlockSize,
-                           .missingFault = faultFor(board, board::FaultKind::halObject, name),
-                           .readFault = faultFor(board, board::FaultKind::halRead, name),
-                           .unregisterStatus = object.unregisterStatus,
-                           .interruptCallback = object.interruptCallback ? 1U : 0U,
-                           .mostBytes = object.mostBytes});
+        objects.push_back(
+            {.name = appendText(layout, name),
+             .firstAddress = board::payloadBlockStart,
+             .length = board::payloadBlockSize,
+             .missingFaults = appendFitting(board, layout, board::FaultKind::halObject, name),
+             .readFaults = appendFitting(board, layout, board::FaultKind::halRead, name),
+             .unregisterStatus = object.unregisterStatus,
+             .interruptCallback = object.interruptCallback ? 1U : 0U,
+             .mostBytes = object.mostBytes});
     }
     layout.header().objects = layout.append(std::span<const ImageObject>(objects));
-}
-
-void fillRaw(const board::Board& board, const board::CpldContents& contents, Layout& layout) {
-    std::ranges::copy(contents.raw, layout.header().raw.begin());
-    for (std::size_t i = 0; i < board.faults.size(); ++i) {
-        const board::FaultRule& rule = board.faults[i];
-        if (rule.kind == board::FaultKind::rawRead) {
-            std::fill(layout.header().rawFault.begin() + rule.first,
-                      layout.header().rawFault.begin() + rule.last + 1,
-                      static_cast<std::uint16_t>(i + 1));
-        }
-    }
 }
 
 } // namespace
@@ -129,7 +148,7 @@ void fillRaw(const board::Board& board, const board::CpldContents& contents, Lay
 void writeImage(const board::Board& board, const std::string& path) {
     Layout layout;
     const board::CpldContents contents = board::deriveCpldContents(board);
-    fillRaw(board, contents, layout);
+    std::ranges::copy(contents.raw, layout.header().raw.begin());
     appendFaults(board, layout);
     appendNames(board, contents, layout);
     appendObjects(board, layout);

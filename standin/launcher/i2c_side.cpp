@@ -68,6 +68,8 @@ void addDevice(BusState& state, std::uint32_t bus, const board::I2cDevice& devic
     addProperties(state.core(), bus, device.address, device.properties);
 }
 
+static_assert(board::delayForever == BUS_CORE_FOREVER);
+
 void addFaults(BusCore& core, const board::Board& board) {
     for (const board::FaultRule& rule : board.faults) {
         if (rule.kind == board::FaultKind::i2cOpen || rule.kind == board::FaultKind::i2cIoctl) {
@@ -75,7 +77,12 @@ void addFaults(BusCore& core, const board::Board& board) {
                                      .operation = rule.operation,
                                      .anySelector = !rule.selector,
                                      .selector = rule.selector.value_or(0),
-                                     .error = rule.status};
+                                     .error = rule.status,
+                                     .delay = rule.delay,
+                                     .after = rule.after,
+                                     .times = rule.times,
+                                     .untilRecovery = rule.untilRecovery,
+                                     .isOver = false};
             add(busCoreAddFault(&core, &fault), "faults");
         }
     }

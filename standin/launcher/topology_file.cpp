@@ -188,11 +188,6 @@ board::TypeAnswer answerFor(const board::Board& board, std::uint8_t type, bool h
     if (const auto found = board.i2c.answers.find(type); found != board.i2c.answers.end()) {
         answer = found->second;
     }
-    for (const board::FaultRule& rule : board.faults) {
-        if (rule.kind == board::FaultKind::sysinfo && rule.deviceType == type) {
-            answer = {.status = rule.status, .root = board::TypeAnswer::Root::none};
-        }
-    }
     return answer;
 }
 

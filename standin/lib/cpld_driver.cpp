@@ -2,6 +2,7 @@
 #include "platform/cpld_driver.h"
 
 #include "standin/image/image_reader.h"
+#include "standin/lib/call_end.h"
 #include "standin/lib/log_file.h"
 
 #include <algorithm>
@@ -30,7 +31,7 @@ std::int32_t read(std::uint8_t* buffer, std::uint32_t address, std::uint32_t len
     if (!first || length == 0 || length > board::rawAddressCount - *first) {
         return badArgument;
     }
-    if (const auto status = image->strikeRaw(*first, length); status != 0) {
+    if (const auto status = standin::awaitEnd(image->endOfRawRead(*first, length)); status != 0) {
         return status;
     }
     std::ranges::copy(image->raw(*first, length), buffer);

@@ -2,6 +2,7 @@
 #include "platform/hal.h"
 
 #include "standin/image/image_reader.h"
+#include "standin/lib/call_end.h"
 #include "standin/lib/log_file.h"
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 
 namespace {
 
+using standin::awaitEnd;
 using standin::ImageObject;
 using standin::ImageReader;
 using standin::logCall;
@@ -50,7 +52,7 @@ private:
         if (offset > object_.length || length > object_.length - offset) {
             return notThere;
         }
-        if (const auto status = image_.strike(object_.readFault); status != 0) {
+        if (const auto status = awaitEnd(image_.endOf(object_.readFaults)); status != 0) {
             return status;
         }
         const auto bytes =
@@ -71,7 +73,7 @@ std::int32_t readNamed(const std::string& name, std::vector<std::uint8_t>& value
     if (entry == nullptr) {
         return notThere;
     }
-    if (const auto status = image->strike(entry->fault); status != 0) {
+    if (const auto status = awaitEnd(image->endOf(entry->faults)); status != 0) {
         return status;
     }
     const auto bytes = image->value(*entry);
@@ -82,7 +84,7 @@ std::int32_t readNamed(const std::string& name, std::vector<std::uint8_t>& value
 const ImageObject* findObject(const std::string& name) {
     const ImageReader* const image = ImageReader::attached();
     const ImageObject* const object = image == nullptr ? nullptr : image->findObject(name);
-    if (object == nullptr || image->strike(object->missingFault) != 0) {
+    if (object == nullptr || awaitEnd(image->endOf(object->missingFaults)) != 0) {
         return nullptr;
     }
     return object;

@@ -4,7 +4,9 @@
 #include "platform/sysinfo.h"
 
 #include "standin/image/image.h"
+#include "standin/image/image_reader.h"
 #include "standin/image/topology.h"
+#include "standin/lib/call_end.h"
 #include "standin/lib/log_file.h"
 
 #include <algorithm>
@@ -165,7 +167,12 @@ int parse(int deviceType, SysInfoTree** root) {
     if (deviceType < 0 || static_cast<std::size_t>(deviceType) >= topologyTypes) {
         return badArgument;
     }
-    int status = 0;
+    const auto* const image = ImageReader::attached();
+    int status =
+        image == nullptr ? 0 : awaitEnd(image->endOfParsing(static_cast<std::size_t>(deviceType)));
+    if (status != 0) {
+        return status;
+    }
     const auto topology = publishedTopology(status);
     if (!topology) {
         return status;

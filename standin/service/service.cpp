@@ -115,15 +115,34 @@ const board::ServiceOrder* Service::orderFor(sd_bus_message* call) {
     const std::string_view interface = ofManager ? objectManager : firstText(call);
     for (const board::ServiceOrder& order : model_.orders) {
         if ((order.path.empty() || order.path == path) &&
-            (order.interface.empty() || order.interface == interface) &&
-            fitted_[&order]++ >= order.after) {
+            (order.interface.empty() || order.interface == interface) && isDue(order)) {
             return &order;
         }
     }
     return nullptr;
 }
 
+// Counts a call. Returns whether the order applies to the call.
+bool Service::isDue(const board::ServiceOrder& order) {
+    Count& count = counts_[&order];
+    if (count.passed < order.after) {
+        ++count.passed;
+        return false;
+    }
+    if (order.times == 0) {
+        return true;
+    }
+    if (count.applied == order.times) {
+        return false;
+    }
+    ++count.applied;
+    return true;
+}
+
 int Service::delay(sd_bus_message* call, const board::ServiceOrder& order) {
+    if (order.delay == board::ServiceOrder::forever) {
+        return 1; // no answer; the client waits as long as it likes
+    }
     delayed_.push_front({.service = this,
                          .call = Message(sd_bus_message_ref(call)),
                          .order = &order,

@@ -53,6 +53,12 @@ private:
         std::list<Delayed>::iterator self;
     };
 
+    // The calls for which an order has been asked.
+    struct Count {
+        int passed = 0;  // of the first `after` calls
+        int applied = 0; // counted only if `times` limits them
+    };
+
     struct Method {
         const char* interface;
         const char* member;
@@ -65,6 +71,7 @@ private:
     static int onDelayOver(sd_event_source* timer, std::uint64_t now, void* delayed);
 
     const board::ServiceOrder* orderFor(sd_bus_message* call);
+    bool isDue(const board::ServiceOrder& order);
     int delay(sd_bus_message* call, const board::ServiceOrder& order);
     int obey(sd_bus_message* call, const board::ServiceOrder& order);
     int leave();
@@ -78,7 +85,7 @@ private:
 
     const board::ServiceModel model_;
     const ObjectTree tree_;
-    std::map<const board::ServiceOrder*, int> fitted_; // number of calls that each order fitted
+    std::map<const board::ServiceOrder*, Count> counts_;
     std::unique_ptr<sd_bus, Close> bus_;
     std::list<Delayed> delayed_;
 };

@@ -31,10 +31,12 @@ TEST(FaultOrder, acceptsFaultsThatCanHappen) {
              "sysinfo 164",
              "bus absent",
              "service absent",
+             "hal-object PICPWR_PAYLOADS after 3 2 times delay 1s",
+             "i2c-ioctl 5 plain until recovery",
          }) {
         EXPECT_NO_THROW(orderFault(board, text)) << text;
     }
-    EXPECT_EQ(board.faults.size(), 14U);
+    EXPECT_EQ(board.faults.size(), 16U);
 }
 
 TEST(FaultOrder, refusesFaultsThatCanNeverHappen) {

@@ -11,7 +11,11 @@ namespace {
 
 FaultRule rule(FaultKind kind, std::string subject, std::uint16_t first, std::uint16_t last,
                std::int32_t status, bool once, std::string error = {}) {
-    return {kind, std::move(subject), first, last, status, std::move(error), once};
+    FaultRule expected{.kind = kind, .subject = std::move(subject), .first = first, .last = last};
+    expected.status = status;
+    expected.error = std::move(error);
+    expected.times = once ? 1 : 0;
+    return expected;
 }
 
 FaultRule busRule(FaultKind kind, std::uint32_t bus, std::uint32_t operation, std::int32_t error,
@@ -64,6 +68,164 @@ TEST(FaultRule, everyKind) {
     }
 }
 
+// When a rule applies, how long the call takes, and whether it fails.
+struct Timing {
+    std::uint32_t after = 0;
+    std::uint32_t times = 0;
+    bool untilRecovery = false;
+    std::uint32_t delay = 0;
+    std::int32_t status = -1;
+
+    bool operator==(const Timing&) const = default;
+};
+
+void PrintTo(const Timing& timing, std::ostream* out) {
+    *out << "after " << timing.after << ", " << timing.times << " times, recovery "
+         << timing.untilRecovery << ", delay " << timing.delay << ", status " << timing.status;
+}
+
+TEST(FaultRule, takesTheWordsOfTimeInAnyOrder) {
+    const std::pair<const char*, Timing> cases[] = {
+        {"named-read X", {}},
+        {"named-read X once", {.times = 1}},
+        {"named-read X 1 times", {.times = 1}},
+        {"named-read X 2147483647 times", {.times = 2147483647}},
+        {"raw-read 1 after 3", {.after = 3}},
+        {"raw-read 1 after 2147483647", {.after = 2147483647}},
+        {"hal-object X after 3 2 times", {.after = 3, .times = 2}},
+        {"hal-read X 2 times after 3 status 7", {.after = 3, .times = 2, .status = 7}},
+        {"object X once after 1", {.after = 1, .times = 1}},
+        {"sysinfo PUCK status 4 after 0x10", {.after = 16, .status = 4}},
+        {"i2c-open 5 after 1 until recovery", {.after = 1, .untilRecovery = true, .status = EIO}},
+        {"i2c-open 5 3 times until recovery", {.times = 3, .untilRecovery = true, .status = EIO}},
+        {"i2c-open 5 delay 1s until recovery", {.untilRecovery = true, .delay = 1000, .status = 0}},
+        {"i2c-ioctl 5 plain until recovery", {.untilRecovery = true, .status = EIO}},
+        {"i2c-ioctl 5 plain 2 times", {.times = 2, .status = EIO}},
+        {"i2c-ioctl 5 plain 0x50 2 times", {.times = 2, .status = EIO}},
+        {"i2c-ioctl 5 recover-bus 96 until recovery", {.untilRecovery = true, .status = EIO}},
+        {"i2c-ioctl 5 recover-bus 98 2 times until recovery",
+         {.times = 2, .untilRecovery = true, .status = EIO}},
+        {"i2c-ioctl 5 recover-bus after 4 until recovery",
+         {.after = 4, .untilRecovery = true, .status = EIO}},
+        {"i2c-ioctl 5 recover-bus delay 5ms until recovery",
+         {.untilRecovery = true, .delay = 5, .status = 0}},
+        // A delay alone does not fail.
+        {"named-read X delay 1s", {.delay = 1000, .status = 0}},
+        {"named-read X delay 250ms once", {.times = 1, .delay = 250, .status = 0}},
+        {"hal-object X delay 1ms", {.delay = 1, .status = 0}},
+        {"object X delay 3600s", {.delay = 3600000, .status = 0}},
+        {"sysinfo PUCK delay 3600000ms", {.delay = 3600000, .status = 0}},
+        {"raw-read 1 delay forever", {.delay = 0xFFFFFFFF, .status = 0}},
+        {"named-read X delay 1s fail", {.delay = 1000}},
+        {"named-read X status 9 delay 1s", {.delay = 1000, .status = 9}},
+        {"named-read X status 9 delay 1s fail", {.delay = 1000, .status = 9}},
+        {"hal-object X fail delay 2s", {.delay = 2000}},
+        {"object X error a.b delay 2s", {.delay = 2000}},
+        {"i2c-open 5 error EBUSY delay 2s", {.delay = 2000, .status = EBUSY}},
+        {"i2c-ioctl 5 plain delay 2s fail", {.delay = 2000, .status = EIO}},
+    };
+    for (const auto& [text, expected] : cases) {
+        const FaultRule rule = parseFaultRule(text);
+        EXPECT_EQ((Timing{rule.after, rule.times, rule.untilRecovery, rule.delay, rule.status}),
+                  expected)
+            << text;
+    }
+    EXPECT_EQ(parseFaultRule("i2c-ioctl 5 plain 2 times").selector, std::nullopt);
+    EXPECT_EQ(parseFaultRule("i2c-ioctl 5 plain 0x50 2 times").selector, 0x50U);
+}
+
+TEST(FaultRule, everyRuleWithCallsTakesEveryWordOfTime) {
+    for (const char* const start :
+         {"named-read X", "raw-read 1", "hal-object X", "hal-read X", "object X", "i2c-open 5",
+          "i2c-ioctl 5 plain", "i2c-ioctl 5 recover-bus 98", "sysinfo PUCK"}) {
+        for (const char* const words : {"once", "2 times", "after 2", "after 2 2 times", "delay 1s",
+                                        "delay forever", "delay 1s fail once after 1"}) {
+            EXPECT_NO_THROW((void)parseFaultRule(std::string(start).append(" ").append(words)))
+                << start << ' ' << words;
+        }
+    }
+}
+
+TEST(FaultRule, refusesAWordOfTimeThatIsMalformedOrWithoutEffect) {
+    const char* const noTime = "'delay' needs a time from 1ms to 3600000ms or from 1s to 3600s, or "
+                               "'forever'";
+    const char* const noCount = "'times' needs a number from 1 to 2147483647 in front of it";
+    const char* const noAfter = "'after' needs a number from 1 to 2147483647";
+    const char* const onlyBuses =
+        "'until recovery' is for i2c-open and i2c-ioctl: only a bus can be recovered";
+    const char* const neverOpens = "a bus that never opens cannot be recovered: 'until recovery' "
+                                   "needs 'after N' or 'N times' here";
+    const char* const neverRecovers = "recover-bus 98 recovers the bus: 'until recovery' needs "
+                                      "another mode, 'after N' or 'N times' here";
+    const char* const cannotFail =
+        "a call with 'delay forever' never comes back, so it cannot fail";
+    const std::pair<std::string, std::string> cases[] = {
+        {"named-read X delay", noTime},
+        {"named-read X delay 1", noTime},
+        {"named-read X delay 0s", noTime},
+        {"named-read X delay 0ms", noTime},
+        {"named-read X delay 3601s", noTime},
+        {"named-read X delay 3600001ms", noTime},
+        {"named-read X delay -1s", noTime},
+        {"named-read X delay 1.5s", noTime},
+        {"named-read X delay 1m", noTime},
+        {"named-read X delay s", noTime},
+        {"named-read X delay ms", noTime},
+        {"named-read X delay 1 s", noTime},
+        {"named-read X delay ever", noTime},
+        {"named-read X times", noCount},
+        {"named-read X 0 times", noCount},
+        {"named-read X -1 times", noCount},
+        {"named-read X 2147483648 times", noCount},
+        {"named-read X two times", noCount},
+        {"named-read X times 2", noCount},
+        {"named-read X after", noAfter},
+        {"named-read X after 0", noAfter},
+        {"named-read X after once", noAfter},
+        {"named-read X after 2147483648", noAfter},
+        {"named-read X 2", "'2' is not understood here"},
+        {"named-read X 2 time", "'2' is not understood here"},
+        {"named-read X once 2 times", "'once' or 'times' is given twice"},
+        {"named-read X 2 times 2 times", "'once' or 'times' is given twice"},
+        {"named-read X after 1 after 1", "'after' is given twice"},
+        {"named-read X delay 1s delay 1s", "'delay' is given twice"},
+        {"i2c-open 5 until recovery until recovery", "'until' is given twice"},
+        {"i2c-open 5 until", "'until' needs the word 'recovery'"},
+        {"i2c-open 5 until sunrise", "'until' needs the word 'recovery'"},
+        {"named-read X until recovery", onlyBuses},
+        {"object X until recovery", onlyBuses},
+        {"sysinfo PUCK until recovery", onlyBuses},
+        {"i2c-open 5 until recovery", neverOpens},
+        {"i2c-open 5 until recovery delay forever", neverOpens},
+        {"i2c-ioctl 5 recover-bus until recovery", neverRecovers},
+        {"i2c-ioctl 5 recover-bus 98 until recovery error EBUSY", neverRecovers},
+        {"i2c-ioctl 5 recover-bus delay forever until recovery", neverRecovers},
+        {"named-read X fail", "'fail' has no effect: a rule without 'delay' always fails"},
+        {"named-read X fail fail delay 1s", "'fail' is given twice"},
+        {"named-read X delay forever fail", cannotFail},
+        {"named-read X status 3 delay forever", cannotFail},
+        {"object X error a.b delay forever", cannotFail},
+        {"i2c-open 5 delay forever error EBUSY", cannotFail},
+        {"bus absent once", "'bus absent' describes the whole run, and takes no 'once'"},
+        {"bus absent 2 times", "'bus absent' describes the whole run, and takes no 'times'"},
+        {"bus absent delay 1s", "'bus absent' describes the whole run, and takes no 'delay'"},
+        {"service absent after 3",
+         "'service absent' describes the whole run, and takes no 'after'"},
+        {"service absent fail", "'service absent' describes the whole run, and takes no 'fail'"},
+        {"service absent until recovery",
+         "'service absent' describes the whole run, and takes no 'until'"},
+        {"service absent now", "'now' is not understood here"},
+    };
+    for (const auto& [text, reason] : cases) {
+        try {
+            (void)parseFaultRule(text);
+            ADD_FAILURE() << "accepted: " << text;
+        } catch (const FaultRuleError& error) {
+            EXPECT_EQ(error.what(), reason) << text;
+        }
+    }
+}
+
 TEST(FaultRule, refusesWithAReason) {
     const char* const kinds = "a fault begins with one of: named-read, raw-read, hal-object, "
                               "hal-read, bus, service, object, i2c-open, i2c-ioctl, sysinfo";
@@ -93,8 +255,8 @@ TEST(FaultRule, refusesWithAReason) {
         {"named-read X status one", noStatus},
         {"named-read X status 2147483648", noStatus},
         {"named-read X status -2147483649", noStatus},
-        {"named-read X once once", "'once' is given twice"},
-        {"named-read X once status 1 once", "'once' is given twice"},
+        {"named-read X once once", "'once' or 'times' is given twice"},
+        {"named-read X once status 1 once", "'once' or 'times' is given twice"},
         {"raw-read 1 status 1 status 1", "'status' is given twice"},
         {"object X error a error b", "'error' is given twice"},
         {"i2c-open 5 error EIO error EIO", "'error' is given twice"},
@@ -109,8 +271,6 @@ TEST(FaultRule, refusesWithAReason) {
         {"object bp//bp1", "'bp//bp1' is no object path of D-Bus"},
         {"object bp/", "'bp/' is no object path of D-Bus"},
         {"named-read X onec", "'onec' is not understood here; did you mean 'once'?"},
-        {"object X once", "'once' is not understood here"},
-        {"service absent once", "'once' is not understood here"},
         {"named-read X error E", "'error' is not understood here"},
         {"hal-object X status 3", "'status' is not understood here"},
         {"i2c-open", "i2c-open needs a bus number"},

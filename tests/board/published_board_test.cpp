@@ -182,6 +182,32 @@ interface = "com.tesk.bmc.zolt.other"
     EXPECT_EQ(published(model, "puck/two", "other"), "");
 }
 
+TEST(PublishedBoard, faultsHaveTheirTimeAndNumberOfCalls) {
+    const auto model = publish("faults = ['object a delay 2s', 'object b delay 1ms fail', "
+                               "'object c delay forever', 'object d after 3 2 times']");
+    ASSERT_EQ(model.orders.size(), 4U);
+    using Action = ServiceOrder::Action;
+    const struct {
+        const char* path;
+        int after;
+        int times;
+        std::chrono::milliseconds delay;
+        Action action;
+    } expected[] = {
+        {"/com/tesk/bmc/zolt/d", 3, 2, std::chrono::milliseconds(0), Action::error},
+        {"/com/tesk/bmc/zolt/c", 0, 0, ServiceOrder::forever, Action::answer},
+        {"/com/tesk/bmc/zolt/b", 0, 0, std::chrono::milliseconds(1), Action::error},
+        {"/com/tesk/bmc/zolt/a", 0, 0, std::chrono::milliseconds(2000), Action::answer},
+    };
+    for (std::size_t i = 0; i < model.orders.size(); ++i) {
+        EXPECT_EQ(model.orders[i].path, expected[i].path);
+        EXPECT_EQ(model.orders[i].after, expected[i].after) << expected[i].path;
+        EXPECT_EQ(model.orders[i].times, expected[i].times) << expected[i].path;
+        EXPECT_EQ(model.orders[i].delay, expected[i].delay) << expected[i].path;
+        EXPECT_EQ(model.orders[i].action, expected[i].action) << expected[i].path;
+    }
+}
+
 TEST(PublishedBoard, faultsComeBeforeTheDescriptionsOrders) {
     const auto model = publish("faults = ['object bp/bp1', 'object /a/b error com.Error']\n"
                                "[[service.order]]\npath = 'bp'\ndelay_ms = 5\nafter = 2\n"

@@ -1,5 +1,7 @@
 #include "standin/launcher/arguments.h"
 
+#include "board/fault_rule.h"
+
 #include <gtest/gtest.h>
 
 namespace standin {
@@ -53,6 +55,20 @@ TEST(Arguments, checkTakesBoards) {
 TEST(Arguments, helpAndVersionNeedNoCommand) {
     EXPECT_TRUE(parse({"--help"}).help);
     EXPECT_TRUE(parse({"--version"}).version);
+}
+
+TEST(Arguments, usageListsEveryFaultRule) {
+    const std::string text = usage();
+    for (const board::FaultRuleHelp& rule : board::faultRuleHelp()) {
+        EXPECT_NE(text.find("\n" + std::string(22, ' ') + std::string(rule.usage) + "\n"),
+                  std::string::npos)
+            << rule.usage;
+    }
+    const std::size_t timings = text.find("TIMING: ");
+    ASSERT_NE(timings, std::string::npos);
+    for (const board::FaultRuleHelp& timing : board::faultTimingHelp()) {
+        EXPECT_NE(text.find(timing.usage, timings), std::string::npos) << timing.usage;
+    }
 }
 
 TEST(Arguments, refusesWithAReason) {

@@ -2,6 +2,7 @@
 #include "standin/i2c_bus/server/bus_connection.h"
 
 #include "standin/i2c_bus/server/bus_state.h"
+#include "tests/standin/bus_fault.h"
 
 #include <cerrno>
 #include <cstring>
@@ -77,8 +78,7 @@ TEST_F(Connection, anOpenRequestComesFirstAndOnce) {
 }
 
 TEST_F(Connection, aLookRequestOpensNoBus) {
-    const BusCoreFault busy{
-        .bus = 8, .operation = BUS_CORE_OPEN, .anySelector = true, .selector = 0, .error = EBUSY};
+    const BusCoreFault busy = busFault(8, BUS_CORE_OPEN, EBUSY);
     ASSERT_EQ(busCoreAddFault(&state_.core(), &busy), 0);
     EXPECT_EQ(answer(request(WIRE_LOOK, 5)), reply(0));
     EXPECT_EQ(answer(request(WIRE_LOOK, 6)), reply(-ENOENT));
@@ -214,6 +214,33 @@ TEST_F(Connection, everyTransactionIsLogged) {
                           "/dev/i2c-5 transfer [0x0050 0x0000 1: 02] [0x0050 0x0001 1: 4D] -> 2",
                           "/dev/i2c-5 transfer [0x0033 0x0000 0] -> -6 ENXIO",
                       }));
+}
+
+TEST_F(Connection, aDelayedTransferLeavesItsLogLineToTheCaller) {
+    open();
+    const BusCoreFault slow = busDelay(5, BUS_CORE_PLAIN, 20);
+    ASSERT_EQ(busCoreAddFault(&state_.core(), &slow), 0);
+    Bytes bytes = transfer({{0x50, 0, 1}, {0x50, I2C_M_RD, 2}}, {1});
+    Bytes received;
+    const Wait wait = connection_.answer(bytes, received);
+    EXPECT_EQ(received, reply(2, {11, 12}));
+    EXPECT_EQ(wait.milliseconds, 20U);
+    EXPECT_EQ(wait.line, "/dev/i2c-5 transfer [0x0050 0x0000 1: 01] [0x0050 0x0001 2: 0B 0C] -> 2");
+    EXPECT_TRUE(lines_.empty());
+    Bytes number = request(WIRE_NUMBER, 0);
+    EXPECT_EQ(connection_.answer(number, received).milliseconds, 0U); // the next request is quick
+}
+
+TEST_F(Connection, aDelayedOpeningOpensTheBus) {
+    const BusCoreFault slow = busDelay(5, BUS_CORE_OPEN, 20);
+    ASSERT_EQ(busCoreAddFault(&state_.core(), &slow), 0);
+    EXPECT_EQ(answer(request(WIRE_LOOK, 5)), reply(0));
+    Bytes bytes = request(WIRE_OPEN, 5);
+    Bytes received;
+    const Wait wait = connection_.answer(bytes, received);
+    EXPECT_EQ(wait.milliseconds, 20U);
+    EXPECT_EQ(wait.line, "");
+    EXPECT_EQ(received, reply(0));
 }
 
 TEST_F(Connection, randomRequestsDoNoHarm) {

@@ -1,11 +1,14 @@
 // Tests the core of the bus driver without a server.
 #include "standin/i2c_bus/core/bus_core.h"
 
+#include "tests/standin/bus_fault.h"
 #include "tests/standin/control_request.h"
 
+#include <array>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <memory>
+#include <utility>
 
 namespace standin {
 namespace {
@@ -66,9 +69,10 @@ TEST_F(BusCoreTest, descriptionsAreChecked) {
     EXPECT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), -EEXIST);
     EXPECT_EQ(busCoreSetProperty(core(), 5, 0x51, 1, 1), -ENODEV);
     EXPECT_EQ(busCoreSetProperty(core(), 6, 0, 1, 1), -ENODEV);
-    const BusCoreFault noError{
-        .bus = 5, .operation = 5, .anySelector = true, .selector = 0, .error = 0};
-    EXPECT_EQ(busCoreAddFault(core(), &noError), -EINVAL);
+    for (const int error : {0, -EIO}) {
+        const BusCoreFault wrong = busFault(5, CONTROL_GET_PROPERTY, error);
+        EXPECT_EQ(busCoreAddFault(core(), &wrong), -EINVAL);
+    }
 }
 
 TEST_F(BusCoreTest, fullTablesRefuseMore) {
@@ -93,8 +97,7 @@ TEST_F(BusCoreTest, fullTablesRefuseMore) {
     EXPECT_EQ(busCoreSetProperty(core(), 5, 0, 3, 33), 0); // replaces the old value
     EXPECT_EQ(query(5, 0, 3, 33), 2);
 
-    const BusCoreFault fault{
-        .bus = 6, .operation = 5, .anySelector = true, .selector = 0, .error = EIO};
+    const BusCoreFault fault = busFault(6, CONTROL_GET_PROPERTY, EIO);
     while (core()->faultCount < BUS_CORE_FAULTS) {
         ASSERT_EQ(busCoreAddFault(core(), &fault), 0);
     }
@@ -453,18 +456,13 @@ TEST_F(Plain, onlyTheAddressedDeviceAnswers) {
 
 class Faults : public BusCoreTest {
 protected:
-    void add(std::uint32_t operation, int error) {
-        const BusCoreFault fault{
-            .bus = 5, .operation = operation, .anySelector = true, .selector = 0, .error = error};
-        ASSERT_EQ(busCoreAddFault(core(), &fault), 0);
-    }
+    void add(const BusCoreFault& fault) { ASSERT_EQ(busCoreAddFault(core(), &fault), 0); }
+    void add(std::uint32_t operation, int error) { add(busFault(5, operation, error)); }
     void add(std::uint32_t operation, std::uint32_t selector, int error) {
-        const BusCoreFault fault{.bus = 5,
-                                 .operation = operation,
-                                 .anySelector = false,
-                                 .selector = selector,
-                                 .error = error};
-        ASSERT_EQ(busCoreAddFault(core(), &fault), 0);
+        BusCoreFault fault = busFault(5, operation, error);
+        fault.anySelector = false;
+        fault.selector = selector;
+        add(fault);
     }
 };
 
@@ -525,6 +523,164 @@ TEST_F(Faults, aPlainMessageFailsByItsAddress) {
     i2c_msg message{.addr = 0x50, .flags = 0, .len = 0, .buf = nullptr};
     EXPECT_EQ(busCoreTransfer(core(), 5, &message, 1), -EAGAIN);
     message.addr = 0x51;
+    EXPECT_EQ(busCoreTransfer(core(), 5, &message, 1), 1);
+}
+
+// A fault that lets calls pass, then applies a number of times.
+BusCoreFault counted(std::uint32_t operation, int error, std::uint32_t after, std::uint32_t times) {
+    BusCoreFault fault = busFault(5, operation, error);
+    fault.after = after;
+    fault.times = times;
+    return fault;
+}
+
+TEST_F(Faults, aFaultCountsItsOperationsAndThenLetsEarlierOnesApply) {
+    add(counted(CONTROL_RECOVER_BUS, EPERM, 1, 1));
+    add(counted(CONTROL_RECOVER_BUS, EIO, 2, 2));
+    const int expected[] = {1, -EPERM, -EIO, -EIO, 1, 1};
+    for (const int result : expected) {
+        EXPECT_EQ(send(recoverBus(96)), result);
+    }
+}
+
+TEST_F(Faults, onlyOperationsForWhichItIsAskedCountForAFault) {
+    add(counted(CONTROL_RECOVER_BUS, EPERM, 1, 0));
+    add(counted(CONTROL_RECOVER_BUS, EIO, 0, 2));
+    ControlRequest malformed = recoverBus(96);
+    malformed.messages[0].len = 163;
+    EXPECT_EQ(send(malformed), -EMSGSIZE);
+    for (const int result : {-EIO, -EIO, 1, -EPERM, -EPERM}) {
+        EXPECT_EQ(send(recoverBus(97)), result);
+    }
+}
+
+TEST_F(Faults, aTransferCountsOnceAndFailsAtTheFirstMessageThatFits) {
+    std::array<std::uint8_t, 2> memories{};
+    ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memories[0], 1, 1, false), 0);
+    ASSERT_EQ(busCoreAddMemory(core(), 5, 0x51, &memories[1], 1, 1, false), 0);
+    BusCoreFault fault = counted(BUS_CORE_PLAIN, EAGAIN, 1, 1);
+    fault.anySelector = false;
+    fault.selector = 0x51;
+    add(fault);
+    std::array<std::uint8_t, 2> bytes{0, 7};
+    std::array<i2c_msg, 3> messages{{{.addr = 0x50, .flags = 0, .len = 2, .buf = bytes.data()},
+                                     {.addr = 0x51, .flags = 0, .len = 2, .buf = bytes.data()},
+                                     {.addr = 0x51, .flags = 0, .len = 2, .buf = bytes.data()}}};
+    EXPECT_EQ(busCoreTransfer(core(), 5, messages.data(), 3), 3);
+    memories = {};
+    EXPECT_EQ(busCoreTransfer(core(), 5, messages.data(), 3), -EAGAIN);
+    EXPECT_EQ(memories, (std::array<std::uint8_t, 2>{7, 0}));
+    EXPECT_EQ(busCoreTransfer(core(), 5, messages.data(), 3), 3);
+}
+
+TEST_F(Faults, aLookCountsForNoFault) {
+    add(counted(BUS_CORE_OPEN, ENOENT, 0, 1));
+    EXPECT_EQ(busCoreLook(core(), 5), -ENOENT);
+    EXPECT_EQ(busCoreLook(core(), 5), -ENOENT);
+    EXPECT_EQ(busCoreOpen(core(), 5), -ENOENT);
+    EXPECT_EQ(busCoreLook(core(), 5), 0);
+    EXPECT_EQ(busCoreLook(core(), 6), -ENOENT);
+    add(busFault(6, BUS_CORE_OPEN, EBUSY));
+    EXPECT_EQ(busCoreLook(core(), 6), 0);
+    add(busDelay(6, BUS_CORE_OPEN, 5)); // the bus opens slowly, but does not exist
+    EXPECT_EQ(busCoreLook(core(), 6), -ENOENT);
+    add(counted(BUS_CORE_OPEN, ENOENT, 1, 0));
+    EXPECT_EQ(busCoreLook(core(), 5), 0);
+    EXPECT_EQ(busCoreOpen(core(), 5), 0);
+    EXPECT_EQ(busCoreLook(core(), 5), -ENOENT);
+}
+
+TEST_F(Faults, aDelayIsReportedWithTheResult) {
+    add(busDelay(5, CONTROL_RECOVER_BUS, 250));
+    BusCoreFault slowRefusal = busDelay(5, BUS_CORE_OPEN, 1000);
+    slowRefusal.error = EBUSY;
+    add(slowRefusal);
+    EXPECT_EQ(send(recoverBus(97)), 1);
+    EXPECT_EQ(core()->delay, 250U);
+    EXPECT_TRUE(busCoreFindBus(core(), 5)->clockHeld);
+    EXPECT_EQ(query(5, 0, 8, 0), -ENOENT);
+    EXPECT_EQ(core()->delay, 0U); // of the last operation only
+    EXPECT_EQ(busCoreOpen(core(), 5), -EBUSY);
+    EXPECT_EQ(core()->delay, 1000U);
+    EXPECT_EQ(busCoreOpen(core(), 6), -ENOENT);
+    EXPECT_EQ(core()->delay, 0U);
+}
+
+TEST_F(Faults, anOperationWithoutEndIsNotPerformed) {
+    add(busDelay(5, CONTROL_CREATE_NODE, BUS_CORE_FOREVER));
+    add(busDelay(5, BUS_CORE_PLAIN, BUS_CORE_FOREVER));
+    add(busDelay(5, BUS_CORE_OPEN, BUS_CORE_FOREVER));
+    std::uint8_t memory = 0;
+    ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
+    EXPECT_LT(send(createNode(3, 0, "PUCK", "")), 0);
+    EXPECT_EQ(core()->delay, BUS_CORE_FOREVER);
+    EXPECT_EQ(core()->busCount, 1U);
+    std::array<std::uint8_t, 2> bytes{0, 7};
+    i2c_msg message{.addr = 0x50, .flags = 0, .len = 2, .buf = bytes.data()};
+    EXPECT_LT(busCoreTransfer(core(), 5, &message, 1), 0);
+    EXPECT_EQ(core()->delay, BUS_CORE_FOREVER);
+    EXPECT_EQ(memory, 0);
+    EXPECT_LT(busCoreOpen(core(), 5), 0);
+    EXPECT_EQ(core()->delay, BUS_CORE_FOREVER);
+}
+
+TEST_F(Faults, aTransferThatEndsBeforeTheFaultyMessageIsNotDelayed) {
+    std::uint8_t memory = 0;
+    ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
+    BusCoreFault hang = busDelay(5, BUS_CORE_PLAIN, BUS_CORE_FOREVER);
+    hang.anySelector = false;
+    hang.selector = 0x50;
+    add(hang);
+    std::array<i2c_msg, 2> messages{{{.addr = 0x33, .flags = 0, .len = 0, .buf = nullptr},
+                                     {.addr = 0x50, .flags = 0, .len = 0, .buf = nullptr}}};
+    EXPECT_EQ(busCoreTransfer(core(), 5, messages.data(), 2), -ENXIO);
+    EXPECT_EQ(core()->delay, 0U);
+    std::swap(messages[0], messages[1]);
+    EXPECT_EQ(busCoreTransfer(core(), 5, messages.data(), 2), -ETIMEDOUT);
+    EXPECT_EQ(core()->delay, BUS_CORE_FOREVER);
+}
+
+TEST_F(Faults, aRecoveryEndsTheFaultsOfItsBusForGood) {
+    ASSERT_EQ(busCoreAddBus(core(), 6), 0);
+    std::uint8_t memory = 0;
+    ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
+    ASSERT_EQ(busCoreAddMemory(core(), 6, 0x50, &memory, 1, 1, false), 0);
+    for (const std::uint32_t bus : {5U, 6U}) {
+        BusCoreFault stuck = busFault(bus, BUS_CORE_PLAIN, EREMOTEIO);
+        stuck.untilRecovery = true;
+        add(stuck);
+        BusCoreFault early = busFault(bus, CONTROL_RECOVER_BUS, EIO); // not due before the recovery
+        early.untilRecovery = true;
+        early.after = 3;
+        add(early);
+    }
+    const auto read = [&](std::uint32_t bus) {
+        i2c_msg message{.addr = 0x50, .flags = 0, .len = 0, .buf = nullptr};
+        return busCoreTransfer(core(), bus, &message, 1);
+    };
+    EXPECT_EQ(read(5), -EREMOTEIO);
+    EXPECT_EQ(send(recoverBus(96)), 1);
+    EXPECT_EQ(read(5), -EREMOTEIO);
+    EXPECT_EQ(send(recoverBus(97)), 1);
+    EXPECT_EQ(read(5), -ETIMEDOUT); // the clock is held
+    EXPECT_EQ(send(recoverBus(98)), 1);
+    EXPECT_EQ(read(5), 1);
+    EXPECT_EQ(read(6), -EREMOTEIO); // another bus
+    EXPECT_EQ(send(recoverBus(96)), 1);
+    EXPECT_EQ(read(5), 1);
+}
+
+TEST_F(Faults, aRecoveryThatFailsEndsNoFault) {
+    std::uint8_t memory = 0;
+    ASSERT_EQ(busCoreAddMemory(core(), 5, 0x50, &memory, 1, 1, false), 0);
+    BusCoreFault stuck = busFault(5, BUS_CORE_PLAIN, EREMOTEIO);
+    stuck.untilRecovery = true;
+    add(stuck);
+    add(counted(CONTROL_RECOVER_BUS, EIO, 0, 1));
+    i2c_msg message{.addr = 0x50, .flags = 0, .len = 0, .buf = nullptr};
+    EXPECT_EQ(send(recoverBus(98)), -EIO);
+    EXPECT_EQ(busCoreTransfer(core(), 5, &message, 1), -EREMOTEIO);
+    EXPECT_EQ(send(recoverBus(98)), 1);
     EXPECT_EQ(busCoreTransfer(core(), 5, &message, 1), 1);
 }
 

@@ -1,5 +1,6 @@
 // Runs whole programs on the stand-in's buses, through the preload library.
 #include "standin/i2c_bus/wire.h"
+#include "tests/standin/bus_fault.h"
 #include "tests/standin/running_bus_server.h"
 
 #include <array>
@@ -38,8 +39,7 @@ BusState boardWithEeprom() {
     std::ranges::copy(std::string_view("ZOLT EEPROM\x01\x02\x03\x7F."), content.begin());
     EXPECT_EQ(state.addMemory(5, 0x50, content, 1, false), 0);
     EXPECT_EQ(state.addMemory(5, 0x57, {0xAB}, 2, true), 0);
-    const BusCoreFault fault{
-        .bus = 6, .operation = BUS_CORE_OPEN, .anySelector = true, .selector = 0, .error = EACCES};
+    const BusCoreFault fault = busFault(6, BUS_CORE_OPEN, EACCES);
     EXPECT_EQ(busCoreAddFault(&core, &fault), 0);
     return state;
 }

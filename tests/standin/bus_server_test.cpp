@@ -4,12 +4,16 @@
 
 #include "standin/i2c_bus/preload/bus_client.h"
 #include "standin/i2c_bus/wire.h"
+#include "tests/standin/bus_fault.h"
 #include "tests/standin/control_request.h"
 #include "tests/standin/running_bus_server.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -35,15 +39,16 @@ BusState twoBuses() {
     EXPECT_EQ(state.addMemory(5, 0x50, {10, 11, 12, 13}, 1, false), 0);
     EXPECT_EQ(busCoreAddDeviceNode(&state.core(), 5, 0x51, 0, ""), 0);
     EXPECT_EQ(busCoreSetProperty(&state.core(), 5, 0, 8, 42), 0);
-    const BusCoreFault fault{
-        .bus = 6, .operation = BUS_CORE_OPEN, .anySelector = true, .selector = 0, .error = EACCES};
+    const BusCoreFault fault = busFault(6, BUS_CORE_OPEN, EACCES);
     EXPECT_EQ(busCoreAddFault(&state.core(), &fault), 0);
     return state;
 }
 
 class BusServerTest : public testing::Test {
 protected:
-    BusServerTest() { setenv(WIRE_ENVIRONMENT, server_.socket().c_str(), 1); }
+    explicit BusServerTest(BusState state = twoBuses()) : server_(std::move(state)) {
+        setenv(WIRE_ENVIRONMENT, server_.socket().c_str(), 1);
+    }
 
     static int rdwr(int bus, std::vector<i2c_msg>& messages) {
         i2c_rdwr_ioctl_data data{.msgs = messages.data(),
@@ -62,7 +67,7 @@ protected:
         return client;
     }
 
-    RunningBusServer server_{twoBuses()};
+    RunningBusServer server_;
 };
 
 TEST_F(BusServerTest, theServerDecidesWhatOpens) {
@@ -368,6 +373,130 @@ TEST_F(BusServerTest, requestsFailOnceTheServerHasEnded) {
     ControlRequest request = getProperty(0, 8);
     EXPECT_EQ(rdwr(bus.number(), request), -1);
     EXPECT_EQ(errno, EIO);
+}
+
+// Bus 7 answers recover-bus requests after 100 ms and get-property requests never. Bus 8 opens
+// after 100 ms.
+BusState slowBuses() {
+    BusState state = twoBuses();
+    EXPECT_EQ(busCoreAddBus(&state.core(), 7), 0);
+    EXPECT_EQ(busCoreAddBus(&state.core(), 8), 0);
+    for (const BusCoreFault& fault :
+         {busDelay(7, CONTROL_RECOVER_BUS, 100),
+          busDelay(7, CONTROL_GET_PROPERTY, BUS_CORE_FOREVER), busDelay(8, BUS_CORE_OPEN, 100)}) {
+        EXPECT_EQ(busCoreAddFault(&state.core(), &fault), 0);
+    }
+    return state;
+}
+
+class SlowBusServerTest : public BusServerTest {
+protected:
+    SlowBusServerTest() : BusServerTest(slowBuses()) {}
+
+    // Opens the bus and sends a request whose reply the test does not await.
+    [[nodiscard]] Descriptor withoutPatience(ControlRequest request, int times) const {
+        Descriptor client = rawClient();
+        const WireRequest open{.kind = WIRE_OPEN, .argument = 7, .ticket = 0};
+        EXPECT_EQ(send(client.number(), &open, sizeof open, 0), sizeof open);
+        const bool isReading = request.messages.size() == 2;
+        WireRequest head{.kind = WIRE_TRANSFER, .argument = isReading ? 2U : 1U, .ticket = 1};
+        std::vector<WireMessage> messages{{0, CONTROL_FLAG, CONTROL_RECORD_SIZE}};
+        if (isReading) {
+            messages.push_back({0, I2C_M_RD, request.messages[1].len});
+        }
+        Bytes bytes(sizeof head);
+        std::memcpy(bytes.data(), &head, sizeof head);
+        const auto* const rest = reinterpret_cast<const std::uint8_t*>(messages.data());
+        bytes.insert(bytes.end(), rest, rest + messages.size() * sizeof(WireMessage));
+        bytes.insert(bytes.end(), request.messages[0].buf,
+                     request.messages[0].buf + CONTROL_RECORD_SIZE);
+        for (int i = 0; i < times; ++i) {
+            EXPECT_EQ(send(client.number(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
+                      static_cast<ssize_t>(bytes.size()));
+        }
+        return client;
+    }
+
+    [[nodiscard]] std::string logged() const {
+        std::ostringstream log;
+        log << std::ifstream(server_.log()).rdbuf();
+        return log.str();
+    }
+};
+
+// The milliseconds that a call takes.
+template <typename Call>
+long long durationOf(Call call) {
+    const auto start = std::chrono::steady_clock::now();
+    call();
+    const auto duration = std::chrono::steady_clock::now() - start;
+    return std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
+}
+
+TEST_F(SlowBusServerTest, aDelayedRequestIsAnsweredAndLoggedWhenItEnds) {
+    const Descriptor bus(busOpen(7, true));
+    EXPECT_GE(durationOf([&] {
+                  ControlRequest request = recoverBus(96);
+                  EXPECT_EQ(rdwr(bus.number(), request), 1);
+              }),
+              100);
+    EXPECT_EQ(logged(), "/dev/i2c-7 recover-bus mode=96 -> 1\n");
+}
+
+TEST_F(SlowBusServerTest, aDelayedOpeningSucceedsWhenItEnds) {
+    EXPECT_GE(durationOf([&] { EXPECT_GE(Descriptor(busOpen(8, true)).number(), 0); }), 100);
+    EXPECT_LT(durationOf([&] { EXPECT_TRUE(busIsThere(8)); }), 100); // a look is not delayed
+}
+
+TEST_F(SlowBusServerTest, otherThreadsUseOtherBusesAndTheSameBusMeanwhile) {
+    const Descriptor slow(busOpen(7, true));
+    std::atomic<bool> isOver = false;
+    std::thread waiting([&] {
+        ControlRequest request = getProperty(0, 8);
+        EXPECT_EQ(rdwr(slow.number(), request), -1); // until the server ends
+        EXPECT_EQ(errno, EIO);
+        isOver = true;
+    });
+    // The other thread needs this time to send its request. If it blocked this thread, only the
+    // test's time limit would end the test.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const Descriptor other(busOpen(5, true));
+    const Descriptor same(busOpen(7, true));
+    for (int round = 0; round < 50; ++round) {
+        ControlRequest request = getProperty(0, 8);
+        EXPECT_EQ(rdwr(other.number(), request), 2);
+        EXPECT_EQ(request.replyWord(0), 42);
+    }
+    ControlRequest recovery = recoverBus(96);
+    EXPECT_EQ(rdwr(same.number(), recovery), 1);
+    EXPECT_FALSE(isOver);
+    server_.stop();
+    waiting.join();
+}
+
+TEST_F(SlowBusServerTest, aClientThatLeavesEndsItsDelayedRequests) {
+    { const Descriptor gone = withoutPatience(recoverBus(96), 3); }
+    const Descriptor bus(busOpen(7, true));
+    ControlRequest request = recoverBus(97);
+    EXPECT_EQ(rdwr(bus.number(), request), 1); // ends after the others would have
+    EXPECT_EQ(logged(), "/dev/i2c-7 recover-bus mode=97 -> 1\n");
+}
+
+TEST_F(SlowBusServerTest, aClientWithTooManyDelayedRequestsIsDroppedAlone) {
+    const Descriptor hasty = withoutPatience(recoverBus(96), 65);
+    pollfd waiting{.fd = hasty.number(), .events = POLLRDHUP, .revents = 0};
+    EXPECT_EQ(poll(&waiting, 1, 10000), 1);
+    EXPECT_NE(waiting.revents & (POLLRDHUP | POLLHUP), 0);
+    const Descriptor bus(busOpen(5, true));
+    ControlRequest request = getProperty(0, 8);
+    EXPECT_EQ(rdwr(bus.number(), request), 2);
+}
+
+TEST_F(SlowBusServerTest, theServerEndsWithRequestsThatWait) {
+    const Descriptor hung = withoutPatience(getProperty(0, 8), 3);
+    const Descriptor slow = withoutPatience(recoverBus(96), 3);
+    server_.stop();
+    EXPECT_EQ(logged(), "");
 }
 
 TEST(BusServerStart, anUnusableSocketIsReportedWithItsPath) {

@@ -2,6 +2,7 @@
 #include "platform/cpld_driver.h"
 #include "platform/debug_log.h"
 #include "platform/hal.h"
+#include "platform/sysinfo.h"
 
 #include "board/board_loader.h"
 #include "standin/image/image.h"
@@ -10,11 +11,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace standin {
@@ -35,6 +40,15 @@ faults = [
     "named-read PICPWR_2_DSTAT status 7",
     "raw-read 0x1010-0x1011 status 8",
     "hal-object PICPWR_PAYLOADS once",
+    "named-read PICPWR_3_DSTAT delay 60ms once",
+    "named-read PICPWR_3_DBYP delay 60ms status 5",
+    "raw-read 0x1030 delay 60ms once",
+    "named-read PICPWR_4_DSTAT delay forever",
+    "raw-read 0x1040 delay forever",
+    "hal-read PICPWR_PAYLOADS delay 60ms once",
+    "sysinfo 150 status 9 2 times",
+    "sysinfo 151 delay 60ms",
+    "sysinfo 152 delay forever",
 ]
 [[slot]]
 id = 1
@@ -59,6 +73,9 @@ BLOB = [9, 8, 7]
         setenv(boardDirectoryVariable, directory.c_str(), 1);
         setenv(debugLogVariable, (directory + "/debug").c_str(), 1);
         setenv(callLogVariable, (directory + "/calls").c_str(), 1);
+        // Each library looks for the board once. Other tests of this program change the variable.
+        SysInfoTree* root = nullptr;
+        i2c_parse_sysinfo(0, &root);
     }
     void TearDown() override { std::filesystem::remove_all(directory); }
 };
@@ -72,6 +89,15 @@ std::string received(const std::string& log) {
     content << std::ifstream(path).rdbuf();
     std::filesystem::resize_file(path, 0);
     return content.str();
+}
+
+// The milliseconds that a call takes.
+template <typename Call>
+long long durationOf(Call call) {
+    const auto start = std::chrono::steady_clock::now();
+    call();
+    const auto duration = std::chrono::steady_clock::now() - start;
+    return std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
 }
 
 class StandinLibrary : public testing::Test {
@@ -145,6 +171,7 @@ TEST_F(StandinLibrary, objectMissingOnceIsFoundAtTheSecondRequest) {
     ASSERT_NE(object, nullptr);
     EXPECT_NE(dynamic_cast<HAL_i2c*>(object.get()), nullptr);
     EXPECT_EQ(object->Name(), payloads);
+    EXPECT_GE(durationOf([&] { EXPECT_EQ(object->ReadIO(bytes_, 1, 0), 0); }), 60);
     bytes_ = {99, 99, 99};
     EXPECT_EQ(object->ReadIO(bytes_, 2, 0x12), 0); // index 0x12 is payload offset 0x11
     EXPECT_EQ(bytes_, (board::Bytes{2, 3}));
@@ -157,6 +184,81 @@ TEST_F(StandinLibrary, objectMissingOnceIsFoundAtTheSecondRequest) {
     EXPECT_TRUE(object->IsInterruptCallbackRegistered());
     EXPECT_EQ(object->UnregisterInterruptCallback(), -4);
     EXPECT_FALSE(object->IsInterruptCallbackRegistered());
+}
+
+TEST_F(StandinLibrary, delayedCallsSucceedOrFailWhenTheDelayIsOver) {
+    std::uint8_t byte = 0;
+    EXPECT_GE(durationOf([&] { EXPECT_EQ(ReadIO_Str("PICPWR_3_DSTAT", bytes_, &size_), 0); }), 60);
+    EXPECT_EQ(bytes_, board::Bytes{0});
+    EXPECT_GE(durationOf([&] { EXPECT_EQ(ReadIO_Str("PICPWR_3_DBYP", bytes_, &size_), 5); }), 60);
+    EXPECT_GE(durationOf([&] { EXPECT_EQ(cpld_read_device(&byte, 0x1030, 1), 0); }), 60);
+    SysInfoTree* root = nullptr;
+    EXPECT_GE(durationOf([&] { EXPECT_EQ(i2c_parse_sysinfo(151, &root), -19); }), 60);
+    EXPECT_EQ(received("calls"), "ReadIO_Str PICPWR_3_DSTAT = 0\n"
+                                 "ReadIO_Str PICPWR_3_DBYP = 5\n"
+                                 "cpld_read_device 0x1030 1 = 0\n"
+                                 "i2c_parse_sysinfo 151 = -19 none\n");
+}
+
+// A caught signal must not shorten the delay.
+TEST_F(StandinLibrary, delayOutlastsCaughtSignals) {
+    struct sigaction caught {};
+    caught.sa_handler = [](int) {};
+    struct sigaction before {};
+    sigaction(SIGALRM, &caught, &before);
+    const itimerval soon{.it_interval = {.tv_sec = 0, .tv_usec = 5000},
+                         .it_value = {.tv_sec = 0, .tv_usec = 5000}};
+    setitimer(ITIMER_REAL, &soon, nullptr);
+    EXPECT_GE(durationOf([&] { EXPECT_EQ(ReadIO_Str("PICPWR_3_DBYP", bytes_, &size_), 5); }), 60);
+    const itimerval never{};
+    setitimer(ITIMER_REAL, &never, nullptr);
+    sigaction(SIGALRM, &before, nullptr);
+}
+
+TEST_F(StandinLibrary, sysinfoFaultsCountTheirCalls) {
+    SysInfoTree* root = nullptr;
+    EXPECT_EQ(i2c_parse_sysinfo(150, &root), 9);
+    EXPECT_EQ(root, nullptr);
+    EXPECT_EQ(i2c_parse_sysinfo(150, &root), 9);
+    EXPECT_EQ(i2c_parse_sysinfo(150, &root), -19); // this board has no topology
+    EXPECT_EQ(i2c_parse_sysinfo(-1, &root), -22);
+    EXPECT_EQ(i2c_parse_sysinfo(165, &root), -22);
+}
+
+// Makes a call in a process of its own, and ends the process by a signal. Returns the signal, or 0
+// for a call that came back.
+template <typename Call>
+int signalThatEnds(int signal, Call call) {
+    const pid_t child = fork();
+    if (child == 0) {
+        call();
+        _exit(0);
+    }
+    usleep(50000);
+    kill(child, signal);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
+TEST_F(StandinLibrary, callsThatNeverComeBackEndBySignals) {
+    for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
+        EXPECT_EQ(signalThatEnds(signal, [&] { ReadIO_Str("PICPWR_4_DSTAT", bytes_, &size_); }),
+                  signal);
+        EXPECT_EQ(signalThatEnds(signal,
+                                 [] {
+                                     std::uint8_t byte = 0;
+                                     cpld_read_device(&byte, 0x1040, 1);
+                                 }),
+                  signal);
+        EXPECT_EQ(signalThatEnds(signal,
+                                 [] {
+                                     SysInfoTree* root = nullptr;
+                                     i2c_parse_sysinfo(152, &root);
+                                 }),
+                  signal);
+    }
+    EXPECT_EQ(received("calls"), "");
 }
 
 TEST_F(StandinLibrary, debugLogWritesALine) {

@@ -234,6 +234,39 @@ TEST(ServiceOrders, delayHoldsUpItsOwnCall) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
 }
 
+TEST(ServiceOrders, applyToTheGivenNumberOfCallsAndThenLetLaterOrdersApply) {
+    SystemBus bus;
+    bus.publish(twoModules({{.interface = "com.tesk.bmc.zolt.extra",
+                             .after = 1,
+                             .times = 2,
+                             .action = Action::reply,
+                             .signature = "u",
+                             .value = 7},
+                            {.interface = "com.tesk.bmc.zolt.extra",
+                             .after = 1,
+                             .times = 1,
+                             .action = Action::reply,
+                             .signature = "u",
+                             .value = 8}}));
+    const std::string extra = std::string(all) + "com.tesk.bmc.zolt.extra";
+    const Outcome normal{"a{sv} 1 \"Note\" s \"text\"\n", 0};
+    EXPECT_EQ(busctl(extra), normal); // passes both
+    EXPECT_EQ(busctl(extra), (Outcome{"u 7\n", 0}));
+    EXPECT_EQ(busctl(extra), (Outcome{"u 7\n", 0}));
+    EXPECT_EQ(busctl(extra), (Outcome{"u 8\n", 0})); // counts for the second order only now
+    EXPECT_EQ(busctl(extra), normal);
+}
+
+TEST(ServiceOrders, callWithoutAnAnswerHoldsUpNoOtherCall) {
+    SystemBus bus;
+    bus.publish(twoModules({{.interface = "com.tesk.bmc.zolt.extra",
+                             .times = 1,
+                             .delay = board::ServiceOrder::forever}}));
+    const std::string extra = std::string(all) + "com.tesk.bmc.zolt.extra";
+    EXPECT_EQ(busctl("--timeout=1 " + extra), (Outcome{"Call failed: Connection timed out\n", 1}));
+    EXPECT_EQ(busctl(extra), (Outcome{"a{sv} 1 \"Note\" s \"text\"\n", 0}));
+}
+
 TEST(ServiceOrders, leavingEndsTheService) {
     SystemBus bus;
     bus.publish(twoModules({{.interface = "com.tesk.bmc.zolt.extra", .action = Action::leave}}));

@@ -82,7 +82,6 @@ private:
 };
 
 constexpr const char* description = R"(
-faults = ["sysinfo RTC status 9"]
 [[i2c.bus]]
 number = 5
 [[i2c.bus]]
@@ -225,7 +224,6 @@ TEST_F(TopologyFile, everyTypeHasItsStatus) {
     const board::Board board = board::parseBoard(description, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
-    EXPECT_EQ(statusOf(13), 9); // a fault
     EXPECT_EQ(statusOf(49), 0); // known, without nodes
     EXPECT_EQ(statusOf(0), -2); // unknown
     EXPECT_EQ(statusOf(164), -2);
@@ -320,7 +318,7 @@ device_type = "PUCK"
 
 TEST(BusStateOf, driverHasTheDescribedBoard) {
     const board::Board board = board::parseBoard(R"(
-faults = ["i2c-open 6 error EBUSY", "i2c-ioctl 5 recover-bus 97"]
+faults = ["i2c-open 6 error EBUSY", "i2c-ioctl 5 recover-bus 97 after 3 2 times delay 1500ms fail until recovery"]
 [[i2c.bus]]
 number = 20
 properties = { 8 = 3 }
@@ -367,6 +365,11 @@ device_type = "PUCK"
     ASSERT_EQ(core.faultCount, 2U);
     EXPECT_FALSE(core.faults[1].anySelector);
     EXPECT_EQ(core.faults[1].selector, 97U);
+    EXPECT_EQ(core.faults[1].error, EIO);
+    EXPECT_EQ(core.faults[1].after, 3U);
+    EXPECT_EQ(core.faults[1].times, 2U);
+    EXPECT_EQ(core.faults[1].delay, 1500U);
+    EXPECT_TRUE(core.faults[1].untilRecovery);
 }
 
 // The loader refuses such a description.

@@ -201,33 +201,105 @@ int busCoreSetProperty(struct BusCore* core, uint32_t bus, uint32_t target, uint
 }
 
 int busCoreAddFault(struct BusCore* core, const struct BusCoreFault* fault) {
-    if (fault->error <= 0) {
+    struct BusCoreFault* added = NULL;
+    if (fault->error < 0 || (fault->error == 0 && fault->delay == 0)) {
         return -EINVAL;
     }
     if (core->faultCount == BUS_CORE_FAULTS) {
         return -ENOSPC;
     }
-    core->faults[core->faultCount] = *fault;
+    added = &core->faults[core->faultCount];
     ++core->faultCount;
+    *added = *fault;
+    if (added->delay == BUS_CORE_FOREVER) {
+        added->error = ETIMEDOUT; // keeps the core from performing the operation
+    }
     return 0;
 }
 
-int busCoreFaultOf(const struct BusCore* core, uint32_t bus, uint32_t operation,
-                   uint32_t selector) {
+bool busCoreSelects(const struct BusCoreFault* fault, uint32_t selector) {
+    return fault->anySelector || fault->selector == selector;
+}
+
+static bool isFor(const struct BusCoreFault* fault, uint32_t bus, uint32_t operation) {
+    return fault->bus == bus && fault->operation == operation;
+}
+
+// Counts an operation. Returns whether the fault applies to the operation.
+static bool isDue(struct BusCoreFault* fault) {
+    if (fault->isOver) {
+        return false;
+    }
+    if (fault->after > 0) {
+        --fault->after;
+        return false;
+    }
+    if (fault->times > 0) {
+        --fault->times;
+        fault->isOver = fault->times == 0;
+    }
+    return true;
+}
+
+int busCoreFaultOf(struct BusCore* core, uint32_t bus, uint32_t operation, uint32_t selector) {
     for (uint32_t i = core->faultCount; i > 0; --i) {
-        const struct BusCoreFault* fault = &core->faults[i - 1];
-        if (fault->bus == bus && fault->operation == operation &&
-            (fault->anySelector || fault->selector == selector)) {
+        struct BusCoreFault* fault = &core->faults[i - 1];
+        if (isFor(fault, bus, operation) && busCoreSelects(fault, selector) && isDue(fault)) {
+            core->delay = fault->delay;
             return fault->error;
         }
     }
     return 0;
 }
 
+static bool selectsOneOf(const struct BusCoreFault* fault, const struct i2c_msg* messages,
+                         uint32_t count) {
+    for (uint32_t i = 0; i < count; ++i) {
+        if (busCoreSelects(fault, messages[i].addr)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+const struct BusCoreFault* busCorePlainFaultOf(struct BusCore* core, uint32_t bus,
+                                               const struct i2c_msg* messages, uint32_t count) {
+    for (uint32_t i = core->faultCount; i > 0; --i) {
+        struct BusCoreFault* fault = &core->faults[i - 1];
+        if (isFor(fault, bus, BUS_CORE_PLAIN) && selectsOneOf(fault, messages, count) &&
+            isDue(fault)) {
+            return fault;
+        }
+    }
+    return NULL;
+}
+
+void busCoreEndFaults(struct BusCore* core, uint32_t bus) {
+    for (uint32_t i = 0; i < core->faultCount; ++i) {
+        struct BusCoreFault* fault = &core->faults[i];
+        fault->isOver = fault->isOver || (fault->untilRecovery && fault->bus == bus);
+    }
+}
+
 int busCoreOpen(struct BusCore* core, uint32_t bus) {
-    const int fault = busCoreFaultOf(core, bus, BUS_CORE_OPEN, 0);
+    int fault = 0;
+    core->delay = 0;
+    fault = busCoreFaultOf(core, bus, BUS_CORE_OPEN, 0);
     if (fault != 0) {
         return -fault;
+    }
+    return busCoreFindBus(core, bus) == NULL ? -ENOENT : 0;
+}
+
+int busCoreLook(struct BusCore* core, uint32_t bus) {
+    for (uint32_t i = core->faultCount; i > 0; --i) {
+        const struct BusCoreFault* fault = &core->faults[i - 1];
+        if (isFor(fault, bus, BUS_CORE_OPEN) && !fault->isOver && fault->after == 0) {
+            if (fault->error != 0) {
+                return fault->error == ENOENT ? -ENOENT : 0;
+            }
+            break;
+        }
     }
     return busCoreFindBus(core, bus) == NULL ? -ENOENT : 0;
 }

@@ -5,11 +5,15 @@
 // I2C_RDWR at a time, and hands out read bytes only when the transfer succeeded. Results are those
 // of the kernel: 0 or a count, or a negative error number.
 //
+// The core knows no time. A fault may delay an operation: the core performs the operation at once,
+// and the caller hands out the result when the delay is over. The caller may serve other operations
+// in the meantime.
+//
 // The state consists of:
 //   buses       the board's own, and index nodes, each of which is a bus behind another bus
 //   devices     at addresses of a bus, with a memory for plain transfers, a device node, or both
 //   properties  by bus, target and ID; target 0 is the bus itself
-//   faults      operations that fail
+//   faults      operations that fail or take long
 #pragma once
 
 #include "standin/i2c_bus/core/control_record.h"
@@ -72,14 +76,26 @@ enum BusCoreOperation {
     BUS_CORE_OPEN = 1,
 };
 
-// A fault: a well-formed operation fails. The bus need not exist yet.
+// The delay of an operation that never ends. The core does not perform the operation, and the
+// caller never hands out its result.
+#define BUS_CORE_FOREVER 0xFFFFFFFFU
+
+// A fault: a well-formed operation fails or takes long. The bus need not exist yet.
+//
+// The core asks the faults that fit an operation from the last to the first. The first one that is
+// due applies. A fault counts each operation for which it is asked.
 struct BusCoreFault {
     uint32_t bus;
     uint32_t operation; ///< a ControlCommand, or one of the above
     bool anySelector;
-    uint32_t selector; ///< property ID of commands 4 and 5, target of 6 and 7, mode of 8, address
-                       ///< of a plain message
-    int error;         ///< errno
+    uint32_t selector;  ///< property ID of commands 4 and 5, target of 6 and 7, mode of 8, address
+                        ///< of a plain message
+    int error;          ///< errno; 0: the operation only takes long
+    uint32_t delay;     ///< in milliseconds, or BUS_CORE_FOREVER
+    uint32_t after;     ///< number of operations that pass before the fault is due
+    uint32_t times;     ///< number of operations to which the fault applies; 0: all of them
+    bool untilRecovery; ///< the fault ends with the first recovery of its bus
+    bool isOver;        ///< used up, or the bus has been recovered
 };
 
 struct BusCore {
@@ -87,6 +103,8 @@ struct BusCore {
     uint32_t deviceCount;
     uint32_t propertyCount;
     uint32_t faultCount;
+    uint32_t delay; ///< of the last busCoreOpen() or busCoreTransfer(): in milliseconds, or
+                    ///< BUS_CORE_FOREVER
     struct BusCoreBus buses[BUS_CORE_BUSES];
     struct BusCoreDevice devices[BUS_CORE_DEVICES];
     struct BusCoreProperty properties[BUS_CORE_PROPERTIES];
@@ -122,7 +140,13 @@ int busCoreRemoveDeviceNode(struct BusCore* core, uint32_t bus, uint32_t address
 // Opens a bus. Returns 0, -ENOENT when there is no such bus, or the error of a fault.
 int busCoreOpen(struct BusCore* core, uint32_t bus);
 
-// Performs one I2C_RDWR on an open bus.
+// Whether a bus exists: returns 0 or -ENOENT. A bus that refuses to open exists, unless the error
+// is ENOENT. No fault counts the look or delays it.
+int busCoreLook(struct BusCore* core, uint32_t bus);
+
+// Performs one I2C_RDWR on an open bus. A fault counts it as one operation, even if several of its
+// plain messages fit. The transfer then fails at the first message that fits. A successful request
+// of RECOVERY_CLOCK_UNRAVEL recovers the bus.
 //
 // Message flags may include I2C_M_DMA_SAFE, which a kernel adds. Returns the message count, or:
 //   -EINVAL     message count or length out of bounds, control and plain messages mixed, a control

@@ -191,7 +191,6 @@ static int removeDevice(struct BusCore* core, struct BusCoreBus* bus, const uint
 // No device can answer while the clock is held low. The last step of a recovery releases the clock.
 static int recoverBus(struct BusCore* core, struct BusCoreBus* bus, const uint8_t* record,
                       uint8_t* reply) {
-    (void)core;
     (void)reply;
     switch (controlNumber(record, RECOVER_MODE)) {
     case RECOVERY_RESET_STOP:
@@ -201,6 +200,7 @@ static int recoverBus(struct BusCore* core, struct BusCoreBus* bus, const uint8_
         return 0;
     case RECOVERY_CLOCK_UNRAVEL:
         bus->clockHeld = false;
+        busCoreEndFaults(core, bus->number);
         return 0;
     default:
         return -EINVAL;

@@ -24,15 +24,19 @@ static void readDevice(struct BusCoreDevice* device, uint8_t* bytes, uint32_t co
 
 int busCorePlain(struct BusCore* core, const struct BusCoreBus* bus, struct i2c_msg* messages,
                  uint32_t count) {
+    const struct BusCoreFault* fault = NULL;
     if (bus->clockHeld) {
         return -ETIMEDOUT;
     }
+    fault = busCorePlainFaultOf(core, bus->number, messages, count);
     for (uint32_t i = 0; i < count; ++i) {
         struct i2c_msg* message = &messages[i];
         struct BusCoreDevice* device = busCoreFindDevice(core, bus->number, message->addr);
-        const int fault = busCoreFaultOf(core, bus->number, BUS_CORE_PLAIN, message->addr);
-        if (fault != 0) {
-            return -fault;
+        if (fault != NULL && busCoreSelects(fault, message->addr)) {
+            core->delay = fault->delay;
+            if (fault->error != 0) {
+                return -fault->error;
+            }
         }
         if ((message->flags & ~(I2C_M_RD | I2C_M_DMA_SAFE)) != 0) {
             return -EOPNOTSUPP;
@@ -52,6 +56,7 @@ int busCorePlain(struct BusCore* core, const struct BusCoreBus* bus, struct i2c_
 int busCoreTransfer(struct BusCore* core, uint32_t bus, struct i2c_msg* messages, uint32_t count) {
     struct BusCoreBus* found = busCoreFindBus(core, bus);
     bool isControl = false;
+    core->delay = 0;
     if (found == NULL) {
         return -ENODEV;
     }

@@ -169,7 +169,7 @@ int busIoctl(int descriptor, unsigned long request, void* argument) {
         return 0;
     case I2C_RETRIES:
     case I2C_TIMEOUT:
-        return 0; // without effect: the server never retries or waits
+        return 0; // without effect: the server never retries, and a fault delays regardless
     case I2C_TENBIT:
     case I2C_PEC:
         return argument == NULL ? 0 : failed(EINVAL); // neither can be switched on

@@ -31,7 +31,8 @@ ssize_t busRead(int descriptor, void* buffer, size_t size);
 ssize_t busWrite(int descriptor, const void* buffer, size_t size);
 
 // Performs an ioctl of the I2C range on a descriptor from busOpen(), with the results of the
-// kernel's I2C devices. Threads may share a descriptor. Processes that share one must take turns.
+// kernel's I2C devices. Threads may share a descriptor; they take turns. Processes that share one
+// must take turns themselves. A call waits for its own bus only.
 int busIoctl(int descriptor, unsigned long request, void* argument);
 
 #ifdef __cplusplus

@@ -81,12 +81,71 @@ static int converse(int descriptor, struct iovec* request, size_t requestPieces,
     return head->result;
 }
 
+// The conversations that are under way. Conversations over one connection take turns. Those over
+// different connections do not: a bus that answers late must not stop another bus.
+struct Conversation {
+    int descriptor;
+    struct Conversation* next;
+};
+
+static pthread_mutex_t conversationsLock = PTHREAD_MUTEX_INITIALIZER;
+static pthread_cond_t conversationEnded = PTHREAD_COND_INITIALIZER;
+static struct Conversation* conversations;
+
+// Two descriptors lead to one connection if one is a duplicate of the other. The kernel gives each
+// socket a cookie of its own.
+static bool leadToOneConnection(int one, int other) {
+    uint64_t cookies[2] = {0};
+    socklen_t length = sizeof(cookies[0]);
+    if (one == other) {
+        return true;
+    }
+    if (getsockopt(one, SOL_SOCKET, SO_COOKIE, &cookies[0], &length) != 0) {
+        return false;
+    }
+    length = sizeof(cookies[1]);
+    return getsockopt(other, SOL_SOCKET, SO_COOKIE, &cookies[1], &length) == 0 &&
+           cookies[0] == cookies[1];
+}
+
+static bool isBusy(int descriptor) {
+    for (const struct Conversation* each = conversations; each != NULL; each = each->next) {
+        if (leadToOneConnection(each->descriptor, descriptor)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+static void begin(struct Conversation* conversation) {
+    pthread_mutex_lock(&conversationsLock);
+    while (isBusy(conversation->descriptor)) {
+        pthread_cond_wait(&conversationEnded, &conversationsLock);
+    }
+    conversation->next = conversations;
+    conversations = conversation;
+    pthread_mutex_unlock(&conversationsLock);
+}
+
+static void end(const struct Conversation* conversation) {
+    pthread_mutex_lock(&conversationsLock);
+    struct Conversation** link = &conversations;
+    while (*link != conversation) {
+        link = &(*link)->next;
+    }
+    *link = conversation->next;
+    pthread_cond_broadcast(&conversationEnded);
+    pthread_mutex_unlock(&conversationsLock);
+}
+
 int exchange(int descriptor, struct iovec* request, size_t requestPieces, struct iovec* reply,
              size_t replyPieces) {
-    static pthread_mutex_t oneAtATime = PTHREAD_MUTEX_INITIALIZER;
-    pthread_mutex_lock(&oneAtATime);
+    struct Conversation conversation = {.descriptor = descriptor};
+    begin(&conversation);
     const int result = converse(descriptor, request, requestPieces, reply, replyPieces);
-    pthread_mutex_unlock(&oneAtATime);
+    const int error = errno;
+    end(&conversation);
+    errno = error;
     return result;
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace standin {
 
@@ -56,7 +57,8 @@ bool place(std::span<i2c_msg> messages, std::span<std::uint8_t> written, Bytes& 
 
 } // namespace
 
-void BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
+Wait BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
+    wait_ = {};
     std::span<const std::uint8_t> rest = request;
     const WireRequest head = take<WireRequest>(rest).value_or(WireRequest{});
     reply.assign(sizeof(WireReply), 0);
@@ -64,6 +66,7 @@ void BusConnection::answer(std::span<std::uint8_t> request, Bytes& reply) {
     const WireReply replyHead{.result = result, .ticket = head.ticket};
     reply.resize(result < 0 ? sizeof replyHead : reply.size());
     std::memcpy(reply.data(), &replyHead, sizeof replyHead);
+    return std::exchange(wait_, {});
 }
 
 std::optional<int> BusConnection::perform(const WireRequest& head, std::span<std::uint8_t> rest,
@@ -90,8 +93,8 @@ std::optional<int> BusConnection::performAlone(const WireRequest& head, Bytes& r
     switch (head.kind) {
     case WIRE_OPEN:
         return open(head.argument);
-    case WIRE_LOOK: // a bus exists even when it refuses to open
-        return busCoreOpen(core_, head.argument) == -ENOENT ? -ENOENT : 0;
+    case WIRE_LOOK:
+        return busCoreLook(core_, head.argument);
     case WIRE_NUMBER:
         return static_cast<int>(*bus_);
     case WIRE_SLAVE:
@@ -106,6 +109,7 @@ std::optional<int> BusConnection::performAlone(const WireRequest& head, Bytes& r
 
 int BusConnection::open(std::uint32_t bus) {
     const int result = busCoreOpen(core_, bus);
+    wait_.milliseconds = core_->delay;
     if (result == 0) {
         bus_ = bus;
     }
@@ -145,12 +149,16 @@ std::optional<int> BusConnection::transfer(std::uint32_t count, std::span<std::u
     return run(messages);
 }
 
-// Performs a transaction on the open bus, and logs it.
+// Performs a transaction on the open bus, and logs it when it ends.
 int BusConnection::run(std::span<i2c_msg> messages) {
     const int result =
         busCoreTransfer(core_, *bus_, messages.data(), static_cast<std::uint32_t>(messages.size()));
+    wait_.milliseconds = core_->delay;
     if (*log_) {
-        (*log_)(transactionText(*bus_, messages, result));
+        wait_.line = transactionText(*bus_, messages, result);
+    }
+    if (*log_ && wait_.milliseconds == 0) {
+        (*log_)(std::exchange(wait_.line, {}));
     }
     return result;
 }

@@ -17,17 +17,23 @@ namespace standin {
 /// Called with the log line of each transaction.
 using TransactionLog = std::function<void(const std::string& line)>;
 
+/// How long a reply has to wait, and the log line to write when the time is over.
+struct Wait {
+    std::uint32_t milliseconds = 0; ///< or BUS_CORE_FOREVER: the request gets no reply
+    std::string line{};             ///< empty: none
+};
+
 /// Answers one client's requests, well-formed or not.
 class BusConnection {
 public:
     /// Core and log must outlive the connection. An empty log gets no lines.
     BusConnection(BusCore& core, const TransactionLog& log) : core_(&core), log_(&log) {}
 
-    /// Answers one request.
+    /// Answers one request. Logs its transaction, unless the reply has to wait.
     ///
     /// @param request  one datagram; the core reads the write messages in place.
     /// @param reply    receives the reply, at most WIRE_LONGEST bytes.
-    void answer(std::span<std::uint8_t> request, std::vector<std::uint8_t>& reply);
+    Wait answer(std::span<std::uint8_t> request, std::vector<std::uint8_t>& reply);
 
 private:
     // An optional result is none when the request is malformed.
@@ -50,6 +56,7 @@ private:
     const TransactionLog* log_;
     std::optional<std::uint32_t> bus_; ///< none before it is open
     std::uint16_t address_ = 0;        ///< of SMBus accesses, reads and writes
+    Wait wait_{};                      ///< of the request that is being answered
 };
 
 } // namespace standin

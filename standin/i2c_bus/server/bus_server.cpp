@@ -53,7 +53,23 @@ TransactionLog logTo(const std::string& path) {
     };
 }
 
+constexpr std::size_t mostDelayed = 64; // replies of one client
+
+bool sendTo(const Descriptor& client, std::span<const std::uint8_t> reply) {
+    return send(client.number(), reply.data(), reply.size(), MSG_NOSIGNAL) ==
+           static_cast<ssize_t>(reply.size());
+}
+
 } // namespace
+
+// A reply that a fault delays.
+struct BusServer::DelayedReply {
+    Client* client;
+    std::string line; ///< of the log; empty: none
+    std::vector<std::uint8_t> reply;
+    EventSource timer{};
+    std::list<DelayedReply>::iterator self{};
+};
 
 struct BusServer::Client {
     Client(BusServer& owner, Descriptor accepted)
@@ -65,6 +81,7 @@ struct BusServer::Client {
     Descriptor socket;
     EventSource source; // must end before `socket` closes its descriptor
     BusConnection connection;
+    std::list<DelayedReply> delayed{};
 };
 
 BusServer::BusServer(sd_event* loop, const std::string& path, BusState state,
@@ -137,12 +154,50 @@ bool BusServer::serve(Client& client) {
     if (length == 0 || static_cast<std::size_t>(length) > request_.size()) {
         return false;
     }
-    client.connection.answer(std::span(request_).first(static_cast<std::size_t>(length)), reply_);
+    Wait wait = client.connection.answer(
+        std::span(request_).first(static_cast<std::size_t>(length)), reply_);
     if (afterEachRequest_) {
         afterEachRequest_();
     }
-    return send(socket, reply_.data(), reply_.size(), MSG_NOSIGNAL) ==
-           static_cast<ssize_t>(reply_.size());
+    return wait.milliseconds == 0 ? sendTo(client.socket, reply_) : delay(client, std::move(wait));
+}
+
+bool BusServer::delay(Client& client, Wait wait) {
+    if (wait.milliseconds == BUS_CORE_FOREVER) {
+        return true;
+    }
+    if (client.delayed.size() >= mostDelayed) {
+        return false;
+    }
+    DelayedReply& delayed = client.delayed.emplace_front(
+        DelayedReply{.client = &client, .line = std::move(wait.line), .reply = reply_});
+    delayed.self = client.delayed.begin();
+    sd_event_source* timer = nullptr;
+    const int result = sd_event_add_time_relative(loop_, &timer, CLOCK_MONOTONIC,
+                                                  std::uint64_t{wait.milliseconds} * 1000, 1,
+                                                  onDelayOver, &delayed);
+    delayed.timer.reset(timer);
+    return result >= 0;
+}
+
+int BusServer::onDelayOver(sd_event_source* /*source*/, std::uint64_t /*now*/, void* delayed) {
+    auto& over = *static_cast<DelayedReply*>(delayed);
+    Client& client = *over.client;
+    BusServer& server = *client.server;
+    bool sent = false;
+    try {
+        if (!over.line.empty()) {
+            server.log_(over.line);
+        }
+        sent = sendTo(client.socket, over.reply);
+    } catch (const std::exception&) {
+        sent = false; // out of memory: only this client is dropped
+    }
+    client.delayed.erase(over.self);
+    if (!sent) {
+        server.drop(client);
+    }
+    return 0;
 }
 
 void BusServer::drop(const Client& client) {
