@@ -34,7 +34,8 @@ struct DescriptionChain {
 /// @param name         its file: the path of a base is relative to the file's directory
 /// @param find         may be empty: no board comes with the tool then
 /// @param errors       if given, gets the errors of the changes
-/// @throw BoardError when a description cannot be read or is no TOML, when the chain has a circle or
+/// @throw BoardError when a description cannot be read or is no TOML, when the chain has a circle
+/// or
 ///        is too long
 [[nodiscard]] DescriptionChain readChain(const DescriptionFile& description,
                                          const std::string& name, const BoardFinder& find,

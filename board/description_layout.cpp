@@ -63,8 +63,7 @@ constexpr Layout moduleMembers[] = {
     {.key = "end_point", .kind = Kind::list},
     {.key = "oem", .kind = Kind::list},
 };
-constexpr Layout slotMembers[] = {
-    {.key = "module", .kind = Kind::table, .members = moduleMembers}};
+constexpr Layout slotMembers[] = {{.key = "module", .kind = Kind::table, .members = moduleMembers}};
 
 constexpr Layout recordMembers[] = {{.key = "dsl", .kind = Kind::list, .identity = byLink}};
 constexpr Layout riserMapMembers[] = {
@@ -78,10 +77,7 @@ constexpr Layout overrideMembers[] = {{.key = "named", .kind = Kind::names},
 constexpr Layout objectMembers[] = {{.key = "properties", .kind = Kind::names}};
 constexpr Layout serviceMembers[] = {
     {.key = "info", .kind = Kind::names},
-    {.key = "object",
-     .kind = Kind::list,
-     .members = objectMembers,
-     .identity = byPathAndInterface},
+    {.key = "object", .kind = Kind::list, .members = objectMembers, .identity = byPathAndInterface},
     // The first order that matches a call applies.
     {.key = "order", .kind = Kind::list, .newestFirst = true},
 };

@@ -38,7 +38,7 @@ struct Layout {
 
     std::string_view key;
     Kind kind;
-    std::span<const Layout> members{}; ///< in a table, or in each table of a list
+    std::span<const Layout> members{};       ///< in a table, or in each table of a list
     std::span<const IdentityKey> identity{}; ///< of a list; empty: its elements have only positions
     std::span<const Alternatives> alternatives{};
     bool newestFirst = false; ///< of a list: new elements stand before those of the base

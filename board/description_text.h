@@ -15,8 +15,8 @@ constexpr std::size_t longestDescription = 16 * 1024 * 1024; ///< bytes
 constexpr std::size_t mostEntries = 262'144;                 ///< keys and tables together
 
 // Bounds of each description.
-constexpr std::size_t deepestBrackets = 64;                  ///< arrays and inline tables
-constexpr std::size_t mostKeyParts = 16;                     ///< of a dotted key or header
+constexpr std::size_t deepestBrackets = 64; ///< arrays and inline tables
+constexpr std::size_t mostKeyParts = 16;    ///< of a dotted key or header
 
 /// Tells files apart, whatever their paths are; none for a text without a file.
 using FileIdentity = std::optional<std::pair<dev_t, ino_t>>;

@@ -126,10 +126,9 @@ private:
             appendAll(over, base);
             appendAll(over, held);
         } else if (layout.kind == Kind::list && over.is_array_of_tables()) {
-            layListOver(over, base, layout, rules_,
-                        [&](toml::table& mine, toml::table& theirs) {
-                            layTable(mine, theirs, layout);
-                        });
+            layListOver(over, base, layout, rules_, [&](toml::table& mine, toml::table& theirs) {
+                layTable(mine, theirs, layout);
+            });
         } // else the loader refuses the array
     }
 

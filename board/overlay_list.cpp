@@ -17,15 +17,10 @@ class ListOverlay {
 public:
     ListOverlay(toml::array& base, const Layout& layout, const OverlayRules& rules,
                 const LayTable& lay)
-        : base_(&base),
-          layout_(&layout),
-          rules_(&rules),
-          lay_(&lay),
-          changes_(base.size()) {
+        : base_(&base), layout_(&layout), rules_(&rules), lay_(&lay), changes_(base.size()) {
         for (std::size_t at = 0; at < base.size(); ++at) {
             if (const auto* table = base.get_as<toml::table>(at)) {
-                const auto identity =
-                    hasPositions() ? std::to_string(at + 1) : identityOf(*table);
+                const auto identity = hasPositions() ? std::to_string(at + 1) : identityOf(*table);
                 if (identity) {
                     known_[*identity].push_back(at);
                 }
@@ -134,8 +129,9 @@ private:
         if (found.size() > 1) {
             const Place first = placeIn(*base_->get(found[0]));
             const Place second = placeIn(*base_->get(found[1]));
-            place.refuse(message() + shortened(identity) + " stands more than once in the base, at " +
-                         first.seenFrom(place) + " and " + second.seenFrom(place));
+            place.refuse(message() + shortened(identity) +
+                         " stands more than once in the base, at " + first.seenFrom(place) +
+                         " and " + second.seenFrom(place));
         }
         Change& change = changes_[found.front()];
         if (change.place) {

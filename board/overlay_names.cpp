@@ -61,14 +61,8 @@ void layNames(toml::table& over, toml::table& base, const Layout& layout,
               const OverlayRules& rules) {
     for (const std::string& name : keysOf(over)) {
         attempt(rules.errors, [&] {
-            const bool isKnown = base.contains(name);
             if (isRemoval(*over.get(name))) {
-                rules.takeOut(over, name, base, isKnown ? name : "", layout.key);
-            } else if (isKnown) {
-                // The thing keeps its place in the order of the names.
-                const toml::key place = base.find(name)->first;
-                base.erase(name);
-                moveKey(over, name, over, place);
+                rules.takeOut(over, name, base, base.contains(name) ? name : "", layout.key);
             }
         });
     }

@@ -26,18 +26,10 @@ bool isRemoval(const toml::node& node) {
     return remove != nullptr && remove->value_exact<bool>() == true;
 }
 
-void moveKey(toml::table& from, const std::string& name, toml::table& to, const toml::key& newKey) {
-    toml::array held; // a node cannot be moved within its table
-    held.push_back(std::move(*from.get(name)));
-    from.erase(name);
-    to.insert_or_assign(newKey, std::move(*held.get(0)));
-}
-
 void moveRest(toml::table& over, toml::table& base) {
-    for (const std::string& name : keysOf(base)) {
-        if (!over.contains(name)) {
-            const toml::key place = base.find(name)->first;
-            moveKey(base, name, over, place);
+    for (auto&& [key, value] : base) {
+        if (!over.contains(key.str())) {
+            over.insert(key, std::move(value));
         }
     }
 }
@@ -74,7 +66,7 @@ void OverlayRules::takeOut(toml::table& over, const std::string& name, toml::tab
                            const std::string& baseName, std::string_view what) const {
     const toml::table removal = std::move(*over.get(name)->as_table());
     over.erase(name);
-    checkRemoval(removal, what);
+    checkRemoval(removal, shortened(name));
     if (baseName.empty()) {
         refuseMissing(placeIn(removal), what, name, base);
     }

@@ -22,10 +22,7 @@ constexpr std::string_view positionKey = "position";
 /// Whether a value is a table that takes out the thing in whose place it stands.
 [[nodiscard]] bool isRemoval(const toml::node& node);
 
-/// Moves a value with its place. @param newKey  its key in @p to, which may be the same table
-void moveKey(toml::table& from, const std::string& name, toml::table& to, const toml::key& newKey);
-
-/// Moves the values whose keys the description does not give.
+/// Moves the values whose keys the description does not give. They keep their places.
 void moveRest(toml::table& over, toml::table& base);
 
 /// Moves all elements.

@@ -73,8 +73,7 @@ Place TomlTable::place(std::string_view key) const {
     }
     const Place value = placeOf(found->second);
     // A register of a base has no place if the base lists it among others.
-    return value.line != 0 ? value
-                           : board::placeOf(found->first.source(), reading_->files.back());
+    return value.line != 0 ? value : board::placeOf(found->first.source(), reading_->files.back());
 }
 
 std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, std::int64_t lowest,
@@ -219,14 +218,12 @@ std::vector<std::string> TomlTable::names() {
         keys.push_back({rankOf(key.source()), &key});
     }
     std::ranges::sort(keys, [](const Placed& one, const Placed& other) {
-        return one.rank != other.rank
-                   ? one.rank < other.rank
-                   : one.key->source().begin < other.key->source().begin;
+        return one.rank != other.rank ? one.rank < other.rank
+                                      : one.key->source().begin < other.key->source().begin;
     });
     std::vector<std::string> names;
     for (const auto& [rank, key] : keys) {
-        refuseNul(key->str(), key->str(),
-                  board::placeOf(key->source(), reading_->files.back()));
+        refuseNul(key->str(), key->str(), board::placeOf(key->source(), reading_->files.back()));
         names.emplace_back(key->str());
         known_.insert(names.back());
     }
@@ -241,8 +238,7 @@ std::size_t TomlTable::rankOf(const toml::source_region& source) const {
     return static_cast<std::size_t>(found - files.begin());
 }
 
-void TomlTable::onlyWhere(std::string_view key, std::string_view condition,
-                          std::string_view kind) {
+void TomlTable::onlyWhere(std::string_view key, std::string_view condition, std::string_view kind) {
     const auto* node = table_->get(key);
     if (node == nullptr || known_.contains(key)) {
         return;
@@ -272,8 +268,9 @@ void TomlTable::finish() const {
 
 void TomlTable::refuseUnknown(const toml::key& key) const {
     const std::vector<std::string> known(known_.begin(), known_.end());
-    board::placeOf(key.source(), reading_->files.back()).refuse(
-        what_ + ": " + inQuotes(key.str()) + " is not a key here" + suggestion(key.str(), known));
+    board::placeOf(key.source(), reading_->files.back())
+        .refuse(what_ + ": " + inQuotes(key.str()) + " is not a key here" +
+                suggestion(key.str(), known));
 }
 
 } // namespace board
