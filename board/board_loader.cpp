@@ -203,12 +203,12 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
 
 // @param errors  if given, gets all errors; else the first error is thrown
 Board read(const DescriptionFile& description, const std::string& name, const BoardFinder& find,
-           Errors* errors) {
+           Errors* errors, KeyObserver* observer = nullptr) {
     DescriptionChain chain = readChain(description, name, find, errors);
-    const Reading reading{.files = std::move(chain.files), .errors = errors};
+    const Reading reading{.files = std::move(chain.files), .errors = errors, .observer = observer};
     TomlTable root(chain.table, "board", reading);
     Board board;
-    (void)root.node(baseKey); // is known, and read already
+    (void)root.text(baseKey); // is known, and read already
     root.attempt([&] { board.name = root.text("name").value_or(""); });
     for (const auto& readPart : parts) {
         root.attempt([&] { readPart(root, board); });
@@ -236,6 +236,10 @@ Board parseBoard(std::string_view description, const std::string& name, const Bo
 
 Board loadBoard(const std::string& path, const BoardFinder& find) {
     return read(readDescription(path), path, find, nullptr);
+}
+
+void observeKeys(std::string_view description, const std::string& name, KeyObserver& observer) {
+    (void)read({std::string(description)}, name, {}, nullptr, &observer);
 }
 
 Errors errorsIn(std::string_view description, const std::string& name, const BoardFinder& find) {

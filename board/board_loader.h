@@ -21,6 +21,9 @@ namespace board {
 [[nodiscard]] Board parseBoard(std::string_view description, const std::string& name,
                                const BoardFinder& find = {});
 
+/// Tells an observer all keys that a description without errors may have in its tables.
+void observeKeys(std::string_view description, const std::string& name, KeyObserver& observer);
+
 /// Returns the errors of a description, part by part. Of each table there is the first error, and
 /// each unknown key if there is no other. An error may be the consequence of another one.
 [[nodiscard]] Errors errorsIn(std::string_view description, const std::string& name,

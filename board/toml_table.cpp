@@ -53,9 +53,26 @@ void TomlTable::attempt(const std::function<void()>& read) const {
     board::attempt(reading_->errors, read);
 }
 
-const toml::node* TomlTable::find(std::string_view key) {
+const toml::node* TomlTable::find(std::string_view key, std::string_view kind, std::int64_t lowest,
+                                  std::int64_t highest) {
+    if (reading_->observer != nullptr) {
+        reading_->observer->asked(pathTo(key), kind, lowest, highest);
+    }
     known_.emplace(key);
     return table_->get(key);
+}
+
+std::string TomlTable::pathTo(std::string_view key) const {
+    std::string path = path_;
+    return path.append(path.empty() ? "" : ".").append(hasNames_ ? "*" : key);
+}
+
+TomlTable TomlTable::inner(const toml::table& table, std::string_view key) const {
+    TomlTable inner(table, std::string(key), *reading_);
+    if (reading_->observer != nullptr) {
+        inner.path_ = pathTo(key);
+    }
+    return inner;
 }
 
 Place TomlTable::placeOf(const toml::node& node) const {
@@ -88,7 +105,7 @@ std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, 
 
 std::optional<std::int64_t> TomlTable::integer(std::string_view key, std::int64_t lowest,
                                                std::int64_t highest) {
-    const auto* node = find(key);
+    const auto* node = find(key, "integer", lowest, highest);
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -105,7 +122,7 @@ std::int64_t TomlTable::requiredInteger(std::string_view key, std::int64_t lowes
 }
 
 std::optional<bool> TomlTable::boolean(std::string_view key) {
-    const auto* node = find(key);
+    const auto* node = find(key, "boolean");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -117,7 +134,7 @@ std::optional<bool> TomlTable::boolean(std::string_view key) {
 }
 
 std::optional<std::string> TomlTable::text(std::string_view key, std::size_t longest) {
-    const auto* node = find(key);
+    const auto* node = find(key, "text");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -136,7 +153,7 @@ std::optional<std::string> TomlTable::text(std::string_view key, std::size_t lon
 }
 
 std::optional<Bytes> TomlTable::bytes(std::string_view key) {
-    const auto* node = find(key);
+    const auto* node = find(key, "bytes");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -159,7 +176,7 @@ std::optional<Bytes> TomlTable::bytes(std::string_view key) {
 
 void TomlTable::eachText(std::string_view key,
                          const std::function<void(const std::string&, const Place&)>& use) {
-    const auto* node = find(key);
+    const auto* node = find(key, "texts");
     if (node == nullptr) {
         return;
     }
@@ -178,7 +195,7 @@ void TomlTable::eachText(std::string_view key,
 }
 
 void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTable&)>& use) {
-    const auto* node = find(key);
+    const auto* node = find(key, "tables");
     if (node == nullptr) {
         return;
     }
@@ -189,7 +206,7 @@ void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTab
     }
     for (const auto& element : *array) {
         attempt([&] {
-            TomlTable table(*element.as_table(), std::string(key), *reading_);
+            TomlTable table = inner(*element.as_table(), key);
             use(table);
             table.finish();
         });
@@ -197,7 +214,7 @@ void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTab
 }
 
 std::optional<TomlTable> TomlTable::table(std::string_view key) {
-    const auto* node = find(key);
+    const auto* node = find(key, "table");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -205,10 +222,14 @@ std::optional<TomlTable> TomlTable::table(std::string_view key) {
         placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a table, [" +
                               std::string(key) + "]");
     }
-    return TomlTable(*node->as_table(), std::string(key), *reading_);
+    return inner(*node->as_table(), key);
 }
 
 std::vector<std::string> TomlTable::names() {
+    hasNames_ = true;
+    if (reading_->observer != nullptr) {
+        reading_->observer->asked(path_, "names", 0, 0);
+    }
     struct Placed {
         std::size_t rank; ///< of the file
         const toml::key* key;

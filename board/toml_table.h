@@ -47,10 +47,28 @@ void attempt(Errors* errors, const std::function<void()>& read);
 /// The place of a node or key. @param file  for a node that was not read from a file
 [[nodiscard]] Place placeOf(const toml::source_region& source, const std::string& file);
 
+/// Learns which keys the code that reads a description asks for.
+class KeyObserver {
+public:
+    KeyObserver() = default;
+    KeyObserver(const KeyObserver&) = delete;
+    KeyObserver& operator=(const KeyObserver&) = delete;
+    virtual ~KeyObserver() = default;
+
+    /// @param path   the keys that lead to the value, "slot.module.type"; "*" for the name of a
+    /// thing
+    /// @param kind   "integer", "boolean", "text", "bytes", "texts", "tables", "table", "names" or
+    ///               "any"
+    /// @param lowest, highest  of an integer; else 0
+    virtual void asked(const std::string& path, std::string_view kind, std::int64_t lowest,
+                       std::int64_t highest) = 0;
+};
+
 /// What all tables of one description share.
 struct Reading {
     std::vector<std::string> files; ///< the description, behind the bases that it takes over
     Errors* errors = nullptr;       ///< if given, gets the errors of all tables
+    KeyObserver* observer = nullptr;
 };
 
 class TomlTable {
@@ -83,7 +101,7 @@ public:
     void eachTable(std::string_view key, const std::function<void(TomlTable&)>& use);
 
     /// The value of the key, of any type; null when the key is not given.
-    [[nodiscard]] const toml::node* node(std::string_view key) { return find(key); }
+    [[nodiscard]] const toml::node* node(std::string_view key) { return find(key, "any"); }
 
     /// The table under the key; none when the key is not given.
     [[nodiscard]] std::optional<TomlTable> table(std::string_view key);
@@ -106,7 +124,11 @@ public:
     void finish() const;
 
 private:
-    [[nodiscard]] const toml::node* find(std::string_view key);
+    /// @param kind  of the value that the caller wants, as a KeyObserver learns it
+    [[nodiscard]] const toml::node* find(std::string_view key, std::string_view kind,
+                                         std::int64_t lowest = 0, std::int64_t highest = 0);
+    [[nodiscard]] TomlTable inner(const toml::table& table, std::string_view key) const;
+    [[nodiscard]] std::string pathTo(std::string_view key) const;
     [[nodiscard]] Place placeOf(const toml::node& node) const;
     [[nodiscard]] std::size_t rankOf(const toml::source_region& source) const;
     [[noreturn]] void refuseUnknown(const toml::key& key) const;
@@ -117,6 +139,8 @@ private:
     const toml::table* table_;
     std::string what_;
     const Reading* reading_;
+    std::string path_;      ///< for the observer
+    bool hasNames_ = false; ///< its keys are names of things
     std::set<std::string, std::less<>> known_;
 };
 

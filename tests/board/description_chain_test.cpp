@@ -1,7 +1,7 @@
 #include "board/description_chain.h"
 
 #include "board/board_loader.h"
-#include "tests/support/private_directory.h"
+#include "tests/board/refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -60,8 +60,16 @@ protected:
     // The refusal of over.toml, which takes over base.toml.
     [[nodiscard]] std::string refusalOf(const std::string& over, const std::string& base) const {
         write("base.toml", base);
-        write("over.toml", "base = 'base.toml'\n" + over);
-        return refusalOf("over.toml");
+        const std::string wholeOver = "base = 'base.toml'\n" + over;
+        write("over.toml", wholeOver);
+        const std::string refusal = refusalOf("over.toml");
+        if (refusal.starts_with("{}/base.toml")) {
+            test::record(base, refusal);
+        } else {
+            test::record(base, "");
+            test::record(wholeOver, refusal);
+        }
+        return refusal;
     }
 
 private:
