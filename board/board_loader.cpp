@@ -15,8 +15,6 @@
 #include "board/service_description.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <limits>
 
 namespace board {
@@ -145,12 +143,6 @@ void readHalObjects(TomlTable& root, Board& board) {
     hal->finish();
 }
 
-std::string addressText(std::int64_t address) {
-    std::array<char, 8> text{};
-    std::snprintf(text.data(), text.size(), "0x%04X", static_cast<unsigned>(address));
-    return text.data();
-}
-
 void readRawOverrides(TomlTable& table, Board& board) {
     DescribedOnce described("raw"); // an address can be written in several ways
     for (const std::string& key : table.names()) {
@@ -210,42 +202,52 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
 };
 
 // @param errors  if given, gets all errors; else the first error is thrown
-Board parse(std::string_view description, const std::string& name,
-            std::vector<std::string>* errors) {
-    checkBounds(description, name);
-    try {
-        const toml::table document = toml::parse(description, name);
-        TomlTable root(document, name, "board", errors);
-        Board board;
-        root.attempt([&] { board.name = root.text("name").value_or(""); });
-        for (const auto& read : parts) {
-            root.attempt([&] { read(root, board); });
-        }
-        root.finish();
-        return board;
-    } catch (const toml::parse_error& error) {
-        Place{name, error.source().begin.line}.refuse(shortened(error.description()));
+Board read(const DescriptionFile& description, const std::string& name, const BoardFinder& find,
+           Errors* errors, KeyObserver* observer = nullptr) {
+    DescriptionChain chain = readChain(description, name, find, errors);
+    const Reading reading{.files = std::move(chain.files), .errors = errors, .observer = observer};
+    TomlTable root(chain.table, "board", reading);
+    Board board;
+    (void)root.text(baseKey); // is known, and read already
+    root.attempt([&] { board.name = root.text("name").value_or(""); });
+    for (const auto& readPart : parts) {
+        root.attempt([&] { readPart(root, board); });
     }
+    root.finish();
+    return board;
 }
 
-} // namespace
-
-Board parseBoard(std::string_view description, const std::string& name) {
-    return parse(description, name, nullptr);
-}
-
-Board loadBoard(const std::string& path) {
-    return parseBoard(readDescription(path), path);
-}
-
-std::vector<std::string> errorsIn(std::string_view description, const std::string& name) {
-    std::vector<std::string> errors;
+template <typename Open>
+Errors errorsOf(Open open, const std::string& name, const BoardFinder& find) {
+    Errors errors;
     try {
-        (void)parse(description, name, &errors);
+        (void)read(open(), name, find, &errors);
     } catch (const BoardError& error) { // nothing behind such an error can be read
         errors.emplace_back(error.what());
     }
     return errors;
+}
+
+} // namespace
+
+Board parseBoard(std::string_view description, const std::string& name, const BoardFinder& find) {
+    return read({std::string(description)}, name, find, nullptr);
+}
+
+Board loadBoard(const std::string& path, const BoardFinder& find) {
+    return read(readDescription(path), path, find, nullptr);
+}
+
+void observeKeys(std::string_view description, const std::string& name, KeyObserver& observer) {
+    (void)read({std::string(description)}, name, {}, nullptr, &observer);
+}
+
+Errors errorsIn(std::string_view description, const std::string& name, const BoardFinder& find) {
+    return errorsOf([&] { return DescriptionFile{std::string(description)}; }, name, find);
+}
+
+Errors errorsInFile(const std::string& path, const BoardFinder& find) {
+    return errorsOf([&] { return readDescription(path); }, path, find);
 }
 
 } // namespace board

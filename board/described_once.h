@@ -17,17 +17,17 @@ public:
     /// Notes where the description has a thing of that name.
     /// @throw BoardError when the thing is described already
     void note(const std::string& name, const Place& place) {
-        const auto [found, isNew] = lines_.emplace(name, place.line);
+        const auto [found, isNew] = places_.emplace(name, place);
         if (!isNew) {
-            place.refuse(what_ + ": " + name + " is described already, at line " +
-                         std::to_string(found->second));
+            place.refuse(what_ + ": " + name + " is described already, at " +
+                         found->second.seenFrom(place));
         }
     }
     void note(std::int64_t number, const Place& place) { note(std::to_string(number), place); }
 
 private:
     std::string what_;
-    std::map<std::string, unsigned> lines_;
+    std::map<std::string, Place> places_;
 };
 
 } // namespace board

@@ -36,7 +36,9 @@ private:
 // notice errors: the parser reads the same text, and ends at the first one.
 class BoundsCheck {
 public:
-    BoundsCheck(std::string_view text, const std::string& name) : text_(text), name_(&name) {}
+    // @param entries  of the descriptions in front; gets those of the text added
+    BoundsCheck(std::string_view text, const std::string& name, std::size_t& entries)
+        : text_(text), name_(&name), before_(entries), entries_(&entries) {}
 
     void run() {
         while (at_ < text_.size()) {
@@ -95,8 +97,10 @@ private:
     }
 
     void addEntry() {
-        require(++entries_ <= mostEntries, "the description has more than", mostEntries,
-                "keys and tables");
+        require(++*entries_ <= mostEntries,
+                before_ == 0 ? "the description has more than"
+                             : "the description and those that take it over have more than",
+                mostEntries, "keys and tables");
     }
 
     void skipString(char quote) {
@@ -144,12 +148,13 @@ private:
     bool startsLine_ = true;
     std::size_t depth_ = 0;
     std::size_t dots_ = 0; ///< since the start of the key
-    std::size_t entries_ = 0;
+    std::size_t before_;
+    std::size_t* entries_;
 };
 
 } // namespace
 
-std::string readDescription(const std::string& path) {
+DescriptionFile readDescription(const std::string& path) {
     const Place place{path};
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) {
@@ -159,7 +164,7 @@ std::string readDescription(const std::string& path) {
         place.refuse(S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : "is not a regular file");
     }
     const File file(path);
-    if (file.descriptor() < 0) {
+    if (file.descriptor() < 0 || fstat(file.descriptor(), &status) != 0) {
         place.refuse(std::strerror(errno));
     }
     std::string text;
@@ -173,18 +178,23 @@ std::string readDescription(const std::string& path) {
         }
         if (count == 0) {
             text.resize(length);
-            return text;
+            return {std::move(text), {{status.st_dev, status.st_ino}}};
         }
         length += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
     place.refuse("has more than " + std::to_string(longestDescription) + " bytes");
 }
 
-void checkBounds(std::string_view text, const std::string& name) {
-    if (text.size() > longestDescription) {
-        Place{name}.refuse("has more than " + std::to_string(longestDescription) + " bytes");
+void checkBounds(std::string_view text, const std::string& name, DescriptionSize& chain) {
+    const bool isFirst = chain.bytes == 0;
+    chain.bytes += text.size();
+    if (chain.bytes > longestDescription) {
+        const std::string bound = std::to_string(longestDescription) + " bytes";
+        Place{name}.refuse(isFirst ? "has more than " + bound
+                                   : "has, with the descriptions that take it over, more than " +
+                                         bound);
     }
-    BoundsCheck(text, name).run();
+    BoundsCheck(text, name, chain.entries).run();
 }
 
 } // namespace board

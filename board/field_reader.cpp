@@ -41,7 +41,7 @@ void readFieldsOfType(TomlTable& table, unsigned type, std::span<const FieldsOfT
     }
     for (const FieldsOfType& layout : layouts) {
         for (const BitField& field : layout.fields) {
-            table.onlyWhere(field.key, typesWith(field.key, layouts));
+            table.onlyWhere(field.key, typesWith(field.key, layouts), "type");
         }
     }
 }

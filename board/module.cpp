@@ -24,10 +24,10 @@ void readEndPoints(TomlTable& table, ModulePayload& payload) {
         readFields(endPoint, endPointFields, descriptor);
         readFields(endPoint, moreEndPointFields(indirectField.decode(descriptor) != 0), descriptor);
         for (const BitField& field : indirectFields) {
-            endPoint.onlyWhere(field.key, "'indirect' is true");
+            endPoint.onlyWhere(field.key, "'indirect' is true", "indirect");
         }
         for (const BitField& field : directFields) {
-            endPoint.onlyWhere(field.key, "'indirect' is not true");
+            endPoint.onlyWhere(field.key, "'indirect' is not true", "indirect");
         }
         payload.endPoints.push_back(descriptor);
     });
@@ -52,8 +52,8 @@ ModulePayload readPayload(TomlTable& table) {
     case PayloadBody::endPoints:
         readEndPoints(table, payload);
     }
-    table.onlyWhere("backplane", "'device_class' is 0x2A");
-    table.onlyWhere("end_point", "'device_class' is not 0x1A, 0x1B or 0x2A");
+    table.onlyWhere("backplane", "'device_class' is 0x2A", "device_class");
+    table.onlyWhere("end_point", "'device_class' is not 0x1A, 0x1B or 0x2A", "device_class");
     payload.statedSize = givenByte(table, lengthField.key);
     payload.statedEndPoints = givenByte(table, countField.key, countField.highest());
     payload.checksum = givenByte(table, "checksum");
@@ -69,7 +69,7 @@ OemDescriptor readOemDescriptor(TomlTable& table) {
     if (descriptor.data.empty()) {
         descriptor.data = table.bytes("data").value_or(Bytes{});
     }
-    table.onlyWhere("data", "'type' is not 1, 2 or 3");
+    table.onlyWhere("data", "'type' is not 1, 2 or 3", "type");
     descriptor.statedSize = givenByte(table, "size");
     return descriptor;
 }
@@ -82,7 +82,7 @@ Bytes readOemArea(TomlTable& table) {
     area.statedDescriptors = givenByte(table, "oem_descriptors");
     area.statedSize = givenByte(table, "oem_area_size");
     if (area.descriptors.empty() && !area.statedDescriptors && !area.statedSize) {
-        table.onlyWhere("oem_checksum", "the module has an OEM area");
+        table.onlyWhere("oem_checksum", "the module has an OEM area", "oem");
         return {};
     }
     area.checksum = givenByte(table, "oem_checksum");

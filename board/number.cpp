@@ -1,6 +1,8 @@
 #include "board/number.h"
 
+#include <array>
 #include <charconv>
+#include <cstdio>
 
 namespace board {
 
@@ -23,6 +25,12 @@ std::optional<std::int64_t> numberIn(std::string_view text, std::int64_t lowest,
         return std::nullopt;
     }
     return number;
+}
+
+std::string addressText(std::int64_t address) {
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "0x%04X", static_cast<unsigned>(address));
+    return text.data();
 }
 
 } // namespace board

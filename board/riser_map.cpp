@@ -66,10 +66,10 @@ Bytes readRiserMap(TomlTable& table) {
     if (auto bytes = table.bytes("bytes")) {
         constexpr std::string_view noBytes = "'bytes' is not given";
         for (const BitField& field : riserMapHeadFields) {
-            table.onlyWhere(field.key, noBytes);
+            table.onlyWhere(field.key, noBytes, "bytes");
         }
         for (const char* const key : {"description", "record", "records", "checksum"}) {
-            table.onlyWhere(key, noBytes);
+            table.onlyWhere(key, noBytes, "bytes");
         }
         return std::move(*bytes);
     }

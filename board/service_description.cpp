@@ -181,8 +181,8 @@ void readOrder(TomlTable& table, ServiceDescription& service) {
     if (isReply && (table.node("value") != nullptr || table.node("signature") != nullptr)) {
         std::tie(order.signature, order.value) = readTyped(table, "order");
     }
-    table.onlyWhere("signature", "'action' is 'reply'");
-    table.onlyWhere("value", "'action' is 'reply'");
+    table.onlyWhere("signature", "'action' is 'reply'", "action");
+    table.onlyWhere("value", "'action' is 'reply'", "action");
     service.orders.push_back(std::move(order));
 }
 

@@ -16,6 +16,10 @@ std::string range(std::int64_t lowest, std::int64_t highest) {
 
 } // namespace
 
+std::string Place::seenFrom(const Place& other) const {
+    return (file == other.file ? "line " : file + ":") + std::to_string(line);
+}
+
 void Place::refuse(std::string_view reason) const {
     std::string where = file;
     if (line != 0) {
@@ -24,30 +28,55 @@ void Place::refuse(std::string_view reason) const {
     throw BoardError(printable(where.append(": ").append(reason)));
 }
 
-TomlTable::TomlTable(const toml::table& table, std::string file, std::string what,
-                     std::vector<std::string>* errors)
-    : table_(&table), file_(std::move(file)), what_(std::move(what)), errors_(errors) {}
-
-void TomlTable::attempt(const std::function<void()>& read) const {
+void attempt(Errors* errors, const std::function<void()>& read) {
+    constexpr std::size_t most = 100;
     try {
         read();
     } catch (const BoardError& error) {
-        if (errors_ == nullptr) {
+        if (errors == nullptr) {
             throw;
         }
-        if (errors_->size() < mostErrors) {
-            errors_->emplace_back(error.what());
+        if (errors->size() < most) {
+            errors->emplace_back(error.what());
         }
     }
 }
 
-const toml::node* TomlTable::find(std::string_view key) {
+Place placeOf(const toml::source_region& source, const std::string& file) {
+    return {source.path ? *source.path : file, source.begin.line};
+}
+
+TomlTable::TomlTable(const toml::table& table, std::string what, const Reading& reading)
+    : table_(&table), what_(std::move(what)), reading_(&reading) {}
+
+void TomlTable::attempt(const std::function<void()>& read) const {
+    board::attempt(reading_->errors, read);
+}
+
+const toml::node* TomlTable::find(std::string_view key, std::string_view kind, std::int64_t lowest,
+                                  std::int64_t highest) {
+    if (reading_->observer != nullptr) {
+        reading_->observer->asked(pathTo(key), kind, lowest, highest);
+    }
     known_.emplace(key);
     return table_->get(key);
 }
 
+std::string TomlTable::pathTo(std::string_view key) const {
+    std::string path = path_;
+    return path.append(path.empty() ? "" : ".").append(hasNames_ ? "*" : key);
+}
+
+TomlTable TomlTable::inner(const toml::table& table, std::string_view key) const {
+    TomlTable inner(table, std::string(key), *reading_);
+    if (reading_->observer != nullptr) {
+        inner.path_ = pathTo(key);
+    }
+    return inner;
+}
+
 Place TomlTable::placeOf(const toml::node& node) const {
-    return {file_, node.source().begin.line};
+    return board::placeOf(node.source(), reading_->files.back());
 }
 
 Place TomlTable::place() const {
@@ -55,8 +84,13 @@ Place TomlTable::place() const {
 }
 
 Place TomlTable::place(std::string_view key) const {
-    const auto* node = table_->get(key);
-    return node == nullptr ? place() : placeOf(*node);
+    const auto found = table_->find(key);
+    if (found == table_->end()) {
+        return place();
+    }
+    const Place value = placeOf(found->second);
+    // A register of a base has no place if the base lists it among others.
+    return value.line != 0 ? value : board::placeOf(found->first.source(), reading_->files.back());
 }
 
 std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, std::int64_t lowest,
@@ -71,7 +105,7 @@ std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, 
 
 std::optional<std::int64_t> TomlTable::integer(std::string_view key, std::int64_t lowest,
                                                std::int64_t highest) {
-    const auto* node = find(key);
+    const auto* node = find(key, "integer", lowest, highest);
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -88,7 +122,7 @@ std::int64_t TomlTable::requiredInteger(std::string_view key, std::int64_t lowes
 }
 
 std::optional<bool> TomlTable::boolean(std::string_view key) {
-    const auto* node = find(key);
+    const auto* node = find(key, "boolean");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -100,7 +134,7 @@ std::optional<bool> TomlTable::boolean(std::string_view key) {
 }
 
 std::optional<std::string> TomlTable::text(std::string_view key, std::size_t longest) {
-    const auto* node = find(key);
+    const auto* node = find(key, "text");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -119,7 +153,7 @@ std::optional<std::string> TomlTable::text(std::string_view key, std::size_t lon
 }
 
 std::optional<Bytes> TomlTable::bytes(std::string_view key) {
-    const auto* node = find(key);
+    const auto* node = find(key, "bytes");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -142,7 +176,7 @@ std::optional<Bytes> TomlTable::bytes(std::string_view key) {
 
 void TomlTable::eachText(std::string_view key,
                          const std::function<void(const std::string&, const Place&)>& use) {
-    const auto* node = find(key);
+    const auto* node = find(key, "texts");
     if (node == nullptr) {
         return;
     }
@@ -161,7 +195,7 @@ void TomlTable::eachText(std::string_view key,
 }
 
 void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTable&)>& use) {
-    const auto* node = find(key);
+    const auto* node = find(key, "tables");
     if (node == nullptr) {
         return;
     }
@@ -172,7 +206,7 @@ void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTab
     }
     for (const auto& element : *array) {
         attempt([&] {
-            TomlTable table(*element.as_table(), file_, std::string(key), errors_);
+            TomlTable table = inner(*element.as_table(), key);
             use(table);
             table.finish();
         });
@@ -180,7 +214,7 @@ void TomlTable::eachTable(std::string_view key, const std::function<void(TomlTab
 }
 
 std::optional<TomlTable> TomlTable::table(std::string_view key) {
-    const auto* node = find(key);
+    const auto* node = find(key, "table");
     if (node == nullptr) {
         return std::nullopt;
     }
@@ -188,32 +222,54 @@ std::optional<TomlTable> TomlTable::table(std::string_view key) {
         placeOf(*node).refuse(what_ + ": " + inQuotes(key) + " must be a table, [" +
                               std::string(key) + "]");
     }
-    return TomlTable(*node->as_table(), file_, std::string(key), errors_);
+    return inner(*node->as_table(), key);
 }
 
 std::vector<std::string> TomlTable::names() {
-    std::vector<const toml::key*> keys;
-    for (const auto& [key, value] : *table_) {
-        keys.push_back(&key);
+    hasNames_ = true;
+    if (reading_->observer != nullptr) {
+        reading_->observer->asked(path_, "names", 0, 0);
     }
-    std::ranges::sort(keys, [](const toml::key* one, const toml::key* other) {
-        const auto start = [](const toml::key* key) { return key->source().begin; };
-        return start(one) < start(other);
+    struct Placed {
+        std::size_t rank; ///< of the file
+        const toml::key* key;
+    };
+    std::vector<Placed> keys;
+    for (const auto& [key, value] : *table_) {
+        keys.push_back({rankOf(key.source()), &key});
+    }
+    std::ranges::sort(keys, [](const Placed& one, const Placed& other) {
+        return one.rank != other.rank ? one.rank < other.rank
+                                      : one.key->source().begin < other.key->source().begin;
     });
     std::vector<std::string> names;
-    for (const toml::key* const key : keys) {
-        refuseNul(key->str(), key->str(), {file_, key->source().begin.line});
+    for (const auto& [rank, key] : keys) {
+        refuseNul(key->str(), key->str(), board::placeOf(key->source(), reading_->files.back()));
         names.emplace_back(key->str());
         known_.insert(names.back());
     }
     return names;
 }
 
-void TomlTable::onlyWhere(std::string_view key, std::string_view condition) const {
-    if (!known_.contains(key) && table_->contains(key)) {
-        place(key).refuse(
-            (what_ + ": " + inQuotes(key) + " is a key only where ").append(condition));
+// The number of a node's file among the files: a higher one for the description than for its bases.
+std::size_t TomlTable::rankOf(const toml::source_region& source) const {
+    const auto& files = reading_->files;
+    const auto found =
+        source.path ? std::ranges::find(files, *source.path) : std::prev(files.end());
+    return static_cast<std::size_t>(found - files.begin());
+}
+
+void TomlTable::onlyWhere(std::string_view key, std::string_view condition, std::string_view kind) {
+    const auto* node = table_->get(key);
+    if (node == nullptr || known_.contains(key)) {
+        return;
     }
+    const auto* decider = table_->get(kind);
+    if (decider != nullptr && rankOf(node->source()) < rankOf(decider->source())) {
+        known_.emplace(key);
+        return;
+    }
+    place(key).refuse((what_ + ": " + inQuotes(key) + " is a key only where ").append(condition));
 }
 
 // The hardware's libraries, the bus and the kernel take texts that end with a NUL character.
@@ -233,8 +289,9 @@ void TomlTable::finish() const {
 
 void TomlTable::refuseUnknown(const toml::key& key) const {
     const std::vector<std::string> known(known_.begin(), known_.end());
-    Place{file_, key.source().begin.line}.refuse(
-        what_ + ": " + inQuotes(key.str()) + " is not a key here" + suggestion(key.str(), known));
+    board::placeOf(key.source(), reading_->files.back())
+        .refuse(what_ + ": " + inQuotes(key.str()) + " is not a key here" +
+                suggestion(key.str(), known));
 }
 
 } // namespace board

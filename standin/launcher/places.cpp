@@ -1,5 +1,7 @@
 #include "standin/launcher/places.h"
 
+#include "board/description_chain.h"
+
 #include <filesystem>
 #include <initializer_list>
 #include <stdexcept>
@@ -34,7 +36,7 @@ std::string preloadLibrary() {
 }
 
 std::string boardFile(std::string_view board) {
-    if (board.find('/') != std::string_view::npos || board.ends_with(".toml")) {
+    if (!board::isBoardName(board)) {
         return std::string(board);
     }
     return nearProgram({"../boards", INSTALLED_BOARDS}) / (std::string(board) + ".toml");

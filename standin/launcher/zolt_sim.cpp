@@ -3,7 +3,6 @@
 // All files of a run lie in one private directory. The command finds the directory and the
 // platform's libraries through its environment.
 #include "board/board_loader.h"
-#include "board/description_text.h"
 #include "board/fault_order.h"
 #include "board/message_text.h"
 #include "standin/i2c_bus/server/bus_server.h"
@@ -42,7 +41,7 @@ constexpr int exitWrongInput = 2;
 constexpr int exitOwnFailure = 125;
 
 board::Board boardFor(const Arguments& arguments) {
-    board::Board board = board::loadBoard(boardFile(arguments.board));
+    board::Board board = board::loadBoard(boardFile(arguments.board), boardFile);
     for (const std::string& rule : arguments.faults) {
         try {
             board::orderFault(board, rule);
@@ -118,19 +117,11 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments) {
     return superviseCommand(loop, command.pid, inherited);
 }
 
-std::vector<std::string> errorsOf(const std::string& path) {
-    try {
-        return board::errorsIn(board::readDescription(path), path);
-    } catch (const board::BoardError& error) { // the file cannot be read
-        return {error.what()};
-    }
-}
-
 // Prints the errors of each board. Returns the exit status.
 int checkBoards(char* const* boards) {
     int status = EXIT_SUCCESS;
     for (; *boards != nullptr; ++boards) {
-        for (const std::string& error : errorsOf(boardFile(*boards))) {
+        for (const std::string& error : board::errorsInFile(boardFile(*boards), boardFile)) {
             std::fprintf(stderr, "zolt_sim: %s\n", error.c_str());
             status = exitWrongInput;
         }

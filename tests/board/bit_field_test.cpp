@@ -60,7 +60,8 @@ TEST(BitField, tableSetsItsKeysAndLeavesTheOtherFields) {
         BitField::bigEndian("word", 1),
     };
     const toml::table document = toml::parse("flag = true\nother_flag = false\nword = 0xFFFF");
-    TomlTable table(document, "b", "record");
+    const Reading reading{.files = {"b"}};
+    TomlTable table(document, "record", reading);
     Bytes record{0x92, 0, 0};
     readFields(table, fields, record);
     EXPECT_EQ(record, (Bytes{0x91, 0xFF, 0xFF}));

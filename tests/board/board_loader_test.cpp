@@ -7,7 +7,7 @@ namespace board {
 namespace {
 
 TEST(BoardLoader, emptyDescriptionIsAnEmptyBoard) {
-    const Board board = parseBoard("", "b");
+    const Board board = test::boardOf("", "b");
     EXPECT_EQ(board.name, "");
     EXPECT_TRUE(board.slots.empty());
     EXPECT_EQ(board.halObjects.count("PICPWR_PAYLOADS"), 1U);
@@ -15,7 +15,7 @@ TEST(BoardLoader, emptyDescriptionIsAnEmptyBoard) {
 }
 
 TEST(BoardLoader, readsAWholeBoard) {
-    const Board board = parseBoard(R"(
+    const Board board = test::boardOf(R"(
 name = "small"
 faults = ["named-read PICPWR_1_* once", "raw-read 0x1000 status 4"]
 
@@ -48,7 +48,7 @@ EMPTY = []
 0x1000 = 0xE9
 4099 = [0x34, 0x12]
 )",
-                                   "b");
+                                      "b");
     EXPECT_EQ(board.name, "small");
     ASSERT_EQ(board.slots.size(), 2U);
     const Slot& slot = board.slots[0];
@@ -164,7 +164,7 @@ TEST(BoardLoader, refusesNulInTexts) {
 }
 
 TEST(BoardLoader, acceptsNulInTheRiserMap) {
-    const Board board = parseBoard("[[riser_map.record]]\nlocation = \"A\\u0000B\"", "b");
+    const Board board = test::boardOf("[[riser_map.record]]\nlocation = \"A\\u0000B\"", "b");
     EXPECT_EQ(board.riserMap[61], 'A');
     EXPECT_EQ(board.riserMap[62], 0);
     EXPECT_EQ(board.riserMap[63], 'B');
@@ -172,7 +172,7 @@ TEST(BoardLoader, acceptsNulInTheRiserMap) {
 
 // The dump of the tool, with its header, pastes into a text.
 TEST(BoardLoader, readsBytesFromADump) {
-    const Board board = parseBoard(R"(
+    const Board board = test::boardOf(R"(
 [[slot]]
 id = 1
 payload = """
@@ -184,7 +184,7 @@ payload = """
 
 """
 )",
-                                   "b");
+                                      "b");
     EXPECT_EQ(board.slots[0].payload,
               (Bytes{1, 0x2A, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0xFF, 0x12}));
     const std::pair<const char*, const char*> cases[] = {
@@ -285,10 +285,10 @@ TEST(BoardLoader, refusesInvalidToml) {
 }
 
 TEST(BoardLoader, acceptsValuesAtTheLimits) {
-    const Board board = parseBoard("[[slot]]\nid = 1\npayload = '" + repeated("FF ", 247) +
-                                       "'\n[[slot]]\nid = 2\npayload_offset = 24573\n"
-                                       "payload = [1, 2]\n[override.raw]\n0xFFFE = [1, 2]\n",
-                                   "b");
+    const Board board = test::boardOf("[[slot]]\nid = 1\npayload = '" + repeated("FF ", 247) +
+                                          "'\n[[slot]]\nid = 2\npayload_offset = 24573\n"
+                                          "payload = [1, 2]\n[override.raw]\n0xFFFE = [1, 2]\n",
+                                      "b");
     EXPECT_EQ(board.slots[0].payload.size(), 247U);
     EXPECT_EQ(board.slots[1].payloadOffset, 24573);
     EXPECT_EQ(board.rawOverrides.at(0xFFFF), 2);

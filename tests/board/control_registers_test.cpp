@@ -10,7 +10,7 @@ namespace board {
 namespace {
 
 CpldContents contentsOf(const std::string& description) {
-    return deriveCpldContents(parseBoard(description, "b.toml"));
+    return deriveCpldContents(test::boardOf(description, "b.toml"));
 }
 
 struct Described {

@@ -1,6 +1,7 @@
 #include "board/cpld_contents.h"
 
 #include "board/board_loader.h"
+#include "tests/board/refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +30,7 @@ payload = [0xAA, 0xBB]
 )";
 
 TEST(CpldContents, slotYieldsItsRawBlock) {
-    const CpldContents contents = deriveCpldContents(parseBoard(slotSeven, "b"));
+    const CpldContents contents = deriveCpldContents(test::boardOf(slotSeven, "b"));
     EXPECT_EQ(rawAt(contents, 0x1054, 14),
               (Bytes{0xE9, 0x2A, 4, 0x34, 0x12, 0, 1, 2, 3, 4, 5, 6, 7, 8}));
     EXPECT_EQ(rawAt(contents, 0x2A01 + 0x1234, 2), (Bytes{0xAA, 0xBB}));
@@ -38,7 +39,7 @@ TEST(CpldContents, slotYieldsItsRawBlock) {
 }
 
 TEST(CpldContents, slotYieldsItsNamedRegisters) {
-    const CpldContents contents = deriveCpldContents(parseBoard(slotSeven, "b"));
+    const CpldContents contents = deriveCpldContents(test::boardOf(slotSeven, "b"));
     EXPECT_EQ(contents.named.at("PICPWR_7_DSTAT"), Bytes{3});
     EXPECT_EQ(contents.named.at("PICPWR_7_DBYP"), Bytes{1});
     EXPECT_EQ(contents.named.at("PICPWR_7_DPEN"), Bytes{0});
@@ -50,7 +51,7 @@ TEST(CpldContents, slotYieldsItsNamedRegisters) {
 }
 
 TEST(CpldContents, emptySlotsHaveTheirNamesToo) {
-    const CpldContents contents = deriveCpldContents(parseBoard("", "b"));
+    const CpldContents contents = deriveCpldContents(test::boardOf("", "b"));
     EXPECT_EQ(contents.named.at("PICPWR_1_DSTAT"), Bytes{0});
     EXPECT_EQ(contents.named.at("PICPWR_63_PAYLOAD_OFFSET"), (Bytes{0, 0}));
     EXPECT_EQ(contents.named.count("PICPWR_0_DSTAT"), 0U);
@@ -58,10 +59,10 @@ TEST(CpldContents, emptySlotsHaveTheirNamesToo) {
 }
 
 TEST(CpldContents, overridesTouchOnlyWhatTheyName) {
-    const CpldContents contents = deriveCpldContents(
-        parseBoard(std::string(slotSeven) + "[override.named]\nPICPWR_7_DSTAT = [1, 2]\nNEW = 5\n"
-                                            "[override.raw]\n0x1055 = 0x11\n",
-                   "b"));
+    const CpldContents contents = deriveCpldContents(test::boardOf(
+        std::string(slotSeven) + "[override.named]\nPICPWR_7_DSTAT = [1, 2]\nNEW = 5\n"
+                                 "[override.raw]\n0x1055 = 0x11\n",
+        "b"));
     EXPECT_EQ(contents.named.at("PICPWR_7_DSTAT"), (Bytes{1, 2}));
     EXPECT_EQ(contents.named.at("NEW"), Bytes{5});
     EXPECT_EQ(contents.named.at("PICPWR_7_MOD_CLASS"), Bytes{0x2A});

@@ -72,7 +72,8 @@ TEST(DescriptionText, boundsTheNumberOfEntries) {
         }
         return text;
     };
-    EXPECT_NO_THROW(checkBounds(names(262'143), "b.toml"));
+    DescriptionSize size;
+    EXPECT_NO_THROW(checkBounds(names(262'143), "b.toml", size));
     EXPECT_EQ(promptRefusal(names(262'144)),
               "b.toml:262145: the description has more than 262144 keys and tables");
     EXPECT_EQ(promptRefusal(repeated("[[slot]]\n", 262'145)),
@@ -127,9 +128,9 @@ TEST(DescriptionText, readsOnlyRegularFiles) {
     EXPECT_EQ(truncate(huge.c_str(), 16'777'216), 0);
     std::string zeros;
     zeros.resize(16'777'216);
-    EXPECT_EQ(readDescription(huge), zeros);
+    EXPECT_EQ(readDescription(huge).text, zeros);
     EXPECT_EQ(truncate(huge.c_str(), 0), 0);
-    EXPECT_EQ(readDescription(huge), "");
+    EXPECT_EQ(readDescription(huge).text, "");
     unlink(huge.c_str());
     unlink(fifo.c_str());
     rmdir(place.c_str());

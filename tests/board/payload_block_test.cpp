@@ -17,7 +17,7 @@ std::vector<int> offsetsOf(const Board& board) {
 }
 
 TEST(PayloadBlock, payloadsWithoutAnOffsetLieOneBehindTheOtherWithAByteBetween) {
-    const Board board = parseBoard(R"(
+    const Board board = test::boardOf(R"(
 [[slot]]
 id = 5
 payload = [1, 2, 3]
@@ -34,12 +34,12 @@ payload = [5, 6]
 id = 9
 payload = [7]
 )",
-                                   "b");
+                                      "b");
     EXPECT_EQ(offsetsOf(board), (std::vector{0, 0, 4, 100, 103}));
 }
 
 TEST(PayloadBlock, payloadsMayTouchAndASlotMayPointAtAnothersBytes) {
-    const Board board = parseBoard(R"(
+    const Board board = test::boardOf(R"(
 [[slot]]
 id = 1
 payload_offset = 10
@@ -58,7 +58,7 @@ payload_offset = 10
 [override.raw]
 0x2A0B = 9
 )",
-                                   "b");
+                                      "b");
     EXPECT_EQ(offsetsOf(board), (std::vector{10, 12, 9, 10}));
     EXPECT_EQ(board.rawOverrides.at(0x2A0B), 9);
 }

@@ -47,7 +47,7 @@ std::string published(const ServiceModel& model, const std::string& path,
 }
 
 ServiceModel publish(const std::string& description) {
-    return publishBoard(parseBoard(description, "b"));
+    return publishBoard(test::boardOf(description, "b"));
 }
 
 // Returns the description of a slot with a module of this type and class.

@@ -174,6 +174,63 @@ class WithoutABus(SimTest):
         )
 
 
+class Base(SimTest):
+    """Boards on top of other boards."""
+
+    def show(self, board, slot=5):
+        done = self.sim("--board", board, "--", TOOL, "-o", "1", "-p", str(slot))
+        self.assertEqual((done.stderr, done.returncode), ("", 0))
+        return done.stdout
+
+    def test_changes_what_the_tool_shows(self):
+        board = self.scratch.file("board.toml", """base = "demo"
+faults = ["named-read PICPWR_5_MOD_CLASS", "raw-read 0x1039 status 7"]
+[[slot]]
+id = 5
+astat = false
+[[slot.module.end_point]]
+position = 2
+hot_plug = false
+""")
+        self.assertEqual(self.show(board), """
+PICPWR 05 DSTAT              = 11b
+PICPWR 05 DBYP               = 0
+PICPWR 05 DPEN               = 1
+PICPWR 05 APEN               = 1
+PICPWR 05 ASTAT              = 0
+Unable to read PICPWR 5 Module Class using CPLD raw API, status 7
+""")
+        self.assertEqual(self.show(board, 6), self.show("demo", 6))
+
+    def test_may_be_a_file_beside_the_board(self):
+        self.scratch.file("demo.toml", "[[slot]]\nid = 42\ndstat = 2\n[[slot]]\nid = 43\n")
+        board = self.scratch.file("board.toml", "base = 'demo.toml'\n[[slot]]\nid = 43\nremove = true\n")
+        self.assertTrue(self.show(board, 42).startswith("\nPICPWR 42 DSTAT              = 10b\n"))
+        self.assertEqual(self.sim("--check", board).returncode, 0)
+
+    def test_that_is_wrong_is_refused(self):
+        path = self.scratch.path
+        self.scratch.file("base.toml", "[[slot]]\nid = 1\ndstat = 4\n")
+        board = self.scratch.file("board.toml", "base = 'base.toml'\n[[slot]]\nid = 64\n")
+        first = f"zolt_sim: {path}/base.toml:3: slot: 'dstat' must be a whole number from 0 to 3\n"
+        second = f"zolt_sim: {board}:3: slot: 'id' must be a whole number from 1 to 63\n"
+        self.assert_refused(self.sim("--board", board, "--", "true"), 2, first)
+        self.assert_refused(self.sim("--check", board), 2, first + second)
+        circle = self.scratch.file("circle.toml", "base = './circle.toml'\n")
+        refusal = (
+            f"zolt_sim: {circle}:1: board: the base './circle.toml' leads back to '{circle}'\n"
+        )
+        self.assert_refused(self.sim("--board", circle, "--", "true"), 2, refusal)
+        self.assert_refused(self.sim("--check", circle), 2, refusal)
+        missing = self.scratch.file("missing.toml", "base = 'demmo.toml'\n")
+        self.assert_refused(
+            self.sim("--board", missing, "--", "true"),
+            2,
+            f"zolt_sim: {missing}:1: board: the base 'demmo.toml' cannot be read: "
+            f"{path}/demmo.toml: No such file or directory\n",
+        )
+
+
 class Command(SimTest):
     def test_keeps_its_arguments_as_they_are(self):
         done = self.sim("--", "printf", "%s|", "--board", "a b", "", "--", "-x")
