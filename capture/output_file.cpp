@@ -17,7 +17,8 @@ namespace capture {
 
 namespace {
 
-constexpr std::array endingSignals{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+// A platform's library may abort the program.
+constexpr std::array endingSignals{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGABRT};
 
 // The name of the temporary file, for the signal handler; empty: there is none. The signals are
 // blocked while the program changes the name.

@@ -14,8 +14,9 @@ public:
 };
 
 /// A file that comes into being when finish() is called. Until then its text is in a temporary file
-/// beside the file, which the destructor removes. SIGHUP, SIGINT, SIGQUIT and SIGTERM remove the
-/// temporary file, too, and end the program; a signal that the program ignores stays ignored.
+/// beside the file, which the destructor removes. SIGHUP, SIGINT, SIGQUIT, SIGTERM and SIGABRT
+/// remove the temporary file, too, and end the program; a signal that the program ignores stays
+/// ignored.
 ///
 /// A program may have one such object at a time.
 class OutputFile {
