@@ -4,26 +4,12 @@
 #include "bus/service_client.h"
 #include "console/output.h"
 
-#include <iterator>
 #include <string>
 #include <string_view>
 
 namespace zolt {
 
 namespace {
-
-// The last path element of each module type, from type 1 on.
-constexpr std::string_view suffixes[] = {"bp",    "puck",     "rfc",         "riser",
-                                         "ftulm", "karnRaid", "karnNonRaid", "rida",
-                                         "flop",  "bi",       "battery"};
-
-// Returns an empty path for an unknown module type.
-std::string managerPath(std::uint8_t moduleType) {
-    if (moduleType == 0 || moduleType > std::size(suffixes)) {
-        return {};
-    }
-    return std::string("/com/tesk/bmc/zolt/").append(suffixes[moduleType - 1U]);
-}
 
 void writeLine(std::string_view text) {
     print<"%s\n">(text);

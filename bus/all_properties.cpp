@@ -16,37 +16,32 @@ namespace zolt {
 
 namespace {
 
-struct CirView {
-    const char* interface;
-    void (*print)(PropertyMap properties);
-};
+using Print = void (*)(PropertyMap properties);
 
 template <typename Printer>
 void printWith(PropertyMap properties) {
     Printer(std::move(properties)).print();
 }
 
-// The views by module class, from class 0 on.
-constexpr CirView views[] = {
-    {"com.tesk.bmc.zolt.backplaneCIR", printWith<BackPlanePayloadPrinter>},
-    {"com.tesk.bmc.zolt.puckCIR", printWith<PuckPayloadPrinter>},
-    {"com.tesk.bmc.zolt.rfcCIR", printWith<RFCPayloadPrinter>},
+// The views by module class, from class 0 on. All other classes carry a CEM payload.
+constexpr Print views[] = {
+    printWith<BackPlanePayloadPrinter>,
+    printWith<PuckPayloadPrinter>,
+    printWith<RFCPayloadPrinter>,
 };
-
-// The view of all other classes, which carry a CEM payload.
-constexpr CirView cemView{"com.tesk.bmc.zolt.cemCIR", printWith<CEMV3PayloadPrinter>};
 
 } // namespace
 
 void PrintAllProperties(sdbusplus::bus_t& bus, std::uint8_t moduleClass,
                         const std::string& objectPath) {
-    const CirView& view = moduleClass < std::size(views) ? views[moduleClass] : cemView;
+    const Print print =
+        moduleClass < std::size(views) ? views[moduleClass] : printWith<CEMV3PayloadPrinter>;
     try {
-        view.print(getAllProperties(bus, zoltService, objectPath, view.interface));
+        print(getAllProperties(bus, zoltService, objectPath, cirInterface(moduleClass)));
         write("\n");
         flush();
     } catch (const std::exception& error) {
-        print<"PrintAllProperties: catch error: %s\n">(std::string_view(error.what()));
+        zolt::print<"PrintAllProperties: catch error: %s\n">(std::string_view(error.what()));
     }
 }
 

@@ -3,15 +3,13 @@
 #pragma once
 
 #include "bus/property_value.h"
+#include "bus/service_names.h"
 
 #include <sdbusplus/bus.hpp>
 
 #include <string>
 
 namespace zolt {
-
-/// Bus name of the service that watches the module slots.
-constexpr const char* zoltService = "com.tesk.bmc.zolt";
 
 /// Gets all properties of one interface of an object (Properties.GetAll).
 /// @throws sdbusplus::exception::SdBusError, which names the failed call, when the bus cannot be

@@ -35,8 +35,7 @@ void printProperties(const PropertyMap& properties) {
 
 void PrintZoltInfoProperties(sdbusplus::bus_t& bus) {
     try {
-        printProperties(getAllProperties(bus, zoltService, "/com/tesk/bmc/zolt/info",
-                                         "com.tesk.bmc.zolt.pcardInfo"));
+        printProperties(getAllProperties(bus, zoltService, infoPath, infoInterface));
     } catch (const std::exception& error) {
         print<"PrintZoltInfoProperties: catch error: %s\n">(std::string_view(error.what()));
     }

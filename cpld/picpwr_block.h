@@ -14,6 +14,7 @@
 
 namespace zolt {
 
+constexpr std::string_view picpwrPrefix = "PICPWR_"; ///< start of the registers' names
 constexpr unsigned picpwrCount = 63;
 constexpr unsigned picpwrDslCount = 8;
 
@@ -46,7 +47,7 @@ constexpr PicpwrRegister picpwrPayloadOffset{"_PAYLOAD_OFFSET", RawField::word(3
 class PicpwrBlock {
 public:
     /// @param n  1 to 63; the command line may pass any byte.
-    explicit PicpwrBlock(std::uint8_t n) : block_("PICPWR_", n, picpwrBlockAddress(n)) {}
+    explicit PicpwrBlock(std::uint8_t n) : block_(picpwrPrefix, n, picpwrBlockAddress(n)) {}
 
     /// Reads a register as readField() does: by name, else raw.
     [[nodiscard]] std::int32_t read(const PicpwrRegister& field, RegisterValue& value) {

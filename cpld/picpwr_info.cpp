@@ -1,7 +1,7 @@
 #include "cpld/picpwr_info.h"
 
 #include "console/output.h"
-#include "cpld/picpwr_block.h"
+#include "cpld/picpwr_rows.h"
 
 #include <array>
 
@@ -9,36 +9,11 @@ namespace zolt {
 
 namespace {
 
-using UnreadLine = Line<Number, Number>; // number of the PICPWR, status of the raw read
-using ValueLine = Line<Number, Number>;  // number of the PICPWR, value
-
 constexpr std::array<Line<Number>, 4> dstatLines{
     line<"PICPWR %02d DSTAT              = 00b\n">,
     line<"PICPWR %02d DSTAT              = 01b\n">,
     line<"PICPWR %02d DSTAT              = 10b\n">,
     line<"PICPWR %02d DSTAT              = 11b\n">,
-};
-
-struct Row {
-    PicpwrRegister field;
-    ValueLine value;
-    UnreadLine unread;
-};
-
-// The registers that print between DSTAT and the payload offset, in order.
-constexpr Row byteRows[] = {
-    {picpwrDbyp, line<"PICPWR %02d DBYP               = %d\n">,
-     line<"Unable to read PICPWR %d DBYP using CPLD raw API, status %d\n">},
-    {picpwrDpen, line<"PICPWR %02d DPEN               = %d\n">,
-     line<"Unable to read PICPWR %d DPEN using CPLD raw API, status %d\n">},
-    {picpwrApen, line<"PICPWR %02d APEN               = %d\n">,
-     line<"Unable to read PICPWR %d APEN using CPLD raw API, status %d\n">},
-    {picpwrAstat, line<"PICPWR %02d ASTAT              = %d\n">,
-     line<"Unable to read PICPWR %d ASTAT using CPLD raw API, status %d\n">},
-    {picpwrModuleClass, line<"PICPWR %02d Module Class       = 0x%02X\n">,
-     line<"Unable to read PICPWR %d Module Class using CPLD raw API, status %d\n">},
-    {picpwrModuleClassIndex, line<"PICPWR %02d Module Class Index = %d\n">,
-     line<"Unable to read PICPWR %d Module Class Index using CPLD raw API, status %d\n">},
 };
 
 enum class Presence { absent, present, unread };
@@ -59,7 +34,7 @@ Presence showDstat(std::uint8_t n, PicpwrBlock& picpwr, RegisterValue& value) {
 
 // Returns false at the first register that could be read neither by name nor raw.
 bool showBytes(std::uint8_t n, PicpwrBlock& picpwr, RegisterValue& value) {
-    for (const Row& row : byteRows) {
+    for (const PicpwrRow& row : picpwrByteRows) {
         if (const auto status = picpwr.read(row.field, value); status != 0) {
             row.unread(n, status);
             return false;

@@ -36,9 +36,12 @@ BusPath BusPath::asField(std::int32_t bus) {
     return path;
 }
 
-BusDevice::BusDevice(const char* path) {
+BusDevice::BusDevice(const char* path, Silent) {
     flush();
     descriptor_ = ::open(path, O_RDWR);
+}
+
+BusDevice::BusDevice(const char* path) : BusDevice(path, Silent{}) {
     if (!isOpen()) {
         print<"I2C Open error (%s)\n">(errorText());
     }

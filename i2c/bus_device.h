@@ -39,6 +39,10 @@ class BusDevice {
 public:
     /// Opens @p path read-write. Prints a failure with the system's error text.
     explicit BusDevice(const char* path);
+
+    /// Opens @p path read-write. Prints nothing: a failure shows in isOpen() and errno.
+    [[nodiscard]] static BusDevice silently(const char* path) { return {path, Silent{}}; }
+
     BusDevice(const BusDevice&) = delete;
     BusDevice& operator=(const BusDevice&) = delete;
     ~BusDevice() { close(); }
@@ -48,6 +52,9 @@ public:
     void close();
 
 private:
+    struct Silent {};
+    BusDevice(const char* path, Silent);
+
     int descriptor_ = -1;
 };
 

@@ -4,6 +4,7 @@
 #include "i2c/bus_control_record.h"
 #include "i2c/bus_device.h"
 #include "i2c/device_types.h"
+#include "i2c/node_property.h"
 #include "i2c/node_questions.h"
 
 #include <array>
@@ -67,15 +68,13 @@ bool removeDevice(std::int32_t parent, std::uint32_t target) {
 } // namespace
 
 std::uint32_t queryNodeProperty(std::int32_t propertyId, int bus, std::uint32_t target) {
-    BusControlRecord record(BusCommand::getProperty);
-    record.set(get_property::target, target);
-    record.set(get_property::propertyId, static_cast<std::uint32_t>(propertyId));
-    std::array<std::uint8_t, 4> reply;
-    if (const int result = sendControl(bus, record, reply); result < 0) {
+    std::uint32_t value = noAnswer;
+    if (const int result =
+            requestNodeProperty(static_cast<std::uint32_t>(propertyId), bus, target, value);
+        result < 0) {
         printRefusal(result);
-        return noAnswer;
     }
-    return busNumberAt(reply, 0);
+    return value;
 }
 
 std::uint32_t createIndexNode(std::uint32_t deviceType, std::uint32_t index,

@@ -9,8 +9,6 @@ namespace zolt {
 
 namespace {
 
-constexpr std::uint32_t fetchedBytes = 247; // the same for every payload
-
 Status requirePayload(std::uint8_t picpwrId, PayloadBuffer& buffer) {
     if (const auto status = PicpwrBlock(picpwrId).read(picpwrModuleClass, buffer); status != 0) {
         print<"Unable to read PICPWR %d module class using CPLD raw API, status %d\n">(picpwrId,
@@ -39,7 +37,7 @@ Status showCirPayload(std::uint8_t picpwrId, std::uint8_t format) {
         status != statusDone) {
         return status;
     }
-    if (const Status status = fetchPayload(payloadOffset, fetchedBytes, buffer);
+    if (const Status status = fetchPayload(payloadOffset, cirPayloadFetch, buffer);
         status != statusDone) {
         return status;
     }

@@ -7,12 +7,6 @@
 
 namespace zolt {
 
-namespace {
-
-constexpr std::uint32_t fetchedBytes = 375; // the CIR payload and the OEM area behind it
-
-} // namespace
-
 Status showOemArea(std::uint8_t picpwrId, std::uint8_t format) {
     PayloadBuffer buffer;
     std::uint16_t payloadOffset = 0;
@@ -23,12 +17,12 @@ Status showOemArea(std::uint8_t picpwrId, std::uint8_t format) {
         status != statusDone) {
         return status;
     }
-    if (const Status status = fetchPayload(payloadOffset, fetchedBytes, buffer);
+    if (const Status status = fetchPayload(payloadOffset, oemAreaFetch, buffer);
         status != statusDone) {
         return status;
     }
     const std::size_t payloadSize = statedPayloadSize(buffer).value_or(0);
-    if (payloadSize > fetchedBytes) {
+    if (payloadSize > oemAreaFetch) {
         write("Invalid payload size\n");
         return statusNothingToShow;
     }

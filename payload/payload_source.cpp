@@ -12,13 +12,12 @@ namespace zolt {
 
 namespace {
 
-constexpr std::uint32_t payloadBlockStart = 0x2A01;
-
 // Releases the HAL's object after the read, so that none exists when the raw path is tried.
 std::int32_t readThroughHal(std::uint16_t payloadOffset, std::uint32_t length,
                             PayloadBuffer& buffer) {
-    HAL_cfgdata payloads("PICPWR_PAYLOADS");
-    const std::int32_t status = payloads.ReadIO(buffer, length, payloadOffset + 1U);
+    HAL_cfgdata payloads(payloadBlockName);
+    const std::int32_t status =
+        payloads.ReadIO(buffer, length, payloadOffset + payloadIndexOfOffset0);
     payloads.Release();
     return status;
 }
@@ -61,7 +60,7 @@ Status fetchPayload(std::uint16_t payloadOffset, std::uint32_t length, PayloadBu
         return statusOutOfMemory;
     }
     if (const auto status =
-            cpld_read_block_device(scratch.get(), payloadBlockStart + payloadOffset, length, 1);
+            cpld_read_block_device(scratch.get(), payloadRawStart + payloadOffset, length, 1);
         status != 0) {
         print<"Unable to read PICPWR payload using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;

@@ -13,12 +13,20 @@
 
 namespace zolt {
 
+constexpr const char* payloadBlockName = "PICPWR_PAYLOADS"; ///< the HAL's object
+constexpr std::uint32_t payloadIndexOfOffset0 = 1;          ///< index of a payload at offset 0
+constexpr std::uint32_t payloadRawStart = 0x2A01;           ///< its raw address
+
+/// The bytes that the views fetch of every payload.
+constexpr std::uint32_t cirPayloadFetch = 247;
+constexpr std::uint32_t oemAreaFetch = 375; ///< the CIR payload and the OEM area behind it
+
 /// Bytes of the payload block. The slot's registers are read into the same buffer first.
 using PayloadBuffer = RegisterValue;
 
 /// Address that a dump shows for the first byte of the payload at @p payloadOffset.
 constexpr std::uint32_t payloadDumpAddress(std::uint32_t payloadOffset) {
-    return cpldWindow + 0x2A01 + payloadOffset;
+    return cpldWindow + payloadRawStart + payloadOffset;
 }
 
 /// Checks that a module was discovered in the slot.

@@ -4,6 +4,7 @@
 #include "cpld/register_access.h"
 #include "payload/display_menu.h"
 #include "payload/riser_slot_map_decoder.h"
+#include "payload/riser_slot_map_source.h"
 #include "platform/cpld_driver.h"
 
 #include <algorithm>
@@ -14,15 +15,10 @@ namespace zolt {
 
 namespace {
 
-constexpr std::uint32_t rawBytes = 1024;
-constexpr std::uint16_t rawAddress = 0x8A00;
-
-// The tool passes the 16-bit address sign-extended to 32 bits, which the driver accepts.
-constexpr std::uint32_t driverAddress = 0xFFFF0000U | rawAddress;
-
 std::int32_t readRaw(std::uint8_t* bytes) {
-    for (std::uint32_t i = 0; i < rawBytes; ++i) {
-        if (const auto status = cpld_read_device(bytes + i, driverAddress + i, 1); status != 0) {
+    for (std::uint32_t i = 0; i < riserMapRawBytes; ++i) {
+        if (const auto status = cpld_read_device(bytes + i, riserMapDriverAddress + i, 1);
+            status != 0) {
             return status;
         }
     }
@@ -30,11 +26,11 @@ std::int32_t readRaw(std::uint8_t* bytes) {
 }
 
 Status fetchBlob(std::vector<std::uint8_t>& blob, std::uint32_t& blobSize) {
-    // "AMP" is the HAL's own spelling.
-    if (readArea("RISER_SLOT_AMP_BLOB", blob, blobSize) == 0) {
+    if (readArea(riserMapName, blob, blobSize) == 0) {
         return statusDone;
     }
-    const std::unique_ptr<std::uint8_t[]> scratch(new (std::nothrow) std::uint8_t[rawBytes]{});
+    const std::unique_ptr<std::uint8_t[]> scratch(new (std::nothrow)
+                                                      std::uint8_t[riserMapRawBytes]{});
     if (scratch == nullptr) {
         write("Failed to allocate memory for riser slot mapping blob\n");
         return statusOutOfMemory;
@@ -43,8 +39,8 @@ Status fetchBlob(std::vector<std::uint8_t>& blob, std::uint32_t& blobSize) {
         print<"Unable to read RISER_SLOT_MAP_BLOB using CPLD raw API, status %d\n">(status);
         return statusRawReadFailed;
     }
-    blob.assign(scratch.get(), scratch.get() + rawBytes);
-    blobSize = rawBytes;
+    blob.assign(scratch.get(), scratch.get() + riserMapRawBytes);
+    blobSize = riserMapRawBytes;
     return statusDone;
 }
 
@@ -66,7 +62,7 @@ void printRiserSlotMap(std::vector<std::uint8_t> blob, std::uint32_t blobSize,
     blob.resize(std::min<std::size_t>(blob.size(), blobSize));
     show({.bytes = blob,
           .dumpLength = blob.size(),
-          .dumpAddress = cpldWindow + rawAddress,
+          .dumpAddress = cpldWindow + riserMapRawAddress,
           .decode = decodeRiserSlotMap},
          static_cast<std::int8_t>(choice));
 }

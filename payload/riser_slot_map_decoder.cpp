@@ -1,6 +1,7 @@
 #include "payload/riser_slot_map_decoder.h"
 
 #include "payload/field_decoder.h"
+#include "payload/riser_slot_map_fields.h"
 
 namespace zolt {
 
@@ -11,7 +12,8 @@ constexpr ValueRow configurationRows[] = {
     {Bits::byte(1), line<"RISER CONFIG# MINOR            = %d\n">},
 };
 
-constexpr TextRow description{2, 48, line<"RISER CONFIG DESCRIPTION       = %s\n">};
+constexpr TextRow description{riser_map::descriptionOffset, riser_map::descriptionLength,
+                              line<"RISER CONFIG DESCRIPTION       = %s\n">};
 
 constexpr ValueRow otherSlotRows[] = {
     {Bits::byte(50), line<"KARN CARD PRESENCE             = %d\n">},
@@ -24,34 +26,35 @@ constexpr ValueRow otherSlotRows[] = {
     {Bits::byte(57), line<"EMBEDDED OCP NIC SLOT TYPE     = %d\n">},
 };
 
-constexpr ValueRow recordCount{Bits::byte(58), line<"NUMBER OF PICPWR SLOT DETAILS  = %d\n">};
+constexpr ValueRow recordCount{Bits::byte(riser_map::recordCount),
+                               line<"NUMBER OF PICPWR SLOT DETAILS  = %d\n">};
 constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                       = %d\n\n\n">};
 
 // The offsets of the rows below count from the start of a record.
-constexpr std::size_t firstRecord = 59;
 constexpr ValueRow recordId{Bits::byte(0), line<"PICPWR ID                      = %d\n">};
-constexpr ValueRow recordSize{Bits::byte(1), line<"PAYLOAD SIZE                   = %d\n">};
-constexpr TextRow location{2, 8, line<"RISER PHYSICAL LOCATION        = %s\n">};
-constexpr TextRow partNumber{10, 8, line<"MECH ASSY XPN                  = %s\n">};
+constexpr ValueRow recordSize{Bits::byte(riser_map::recordSize),
+                              line<"PAYLOAD SIZE                   = %d\n">};
+constexpr TextRow location{riser_map::locationOffset, riser_map::locationLength,
+                           line<"RISER PHYSICAL LOCATION        = %s\n">};
+constexpr TextRow partNumber{riser_map::partNumberOffset, riser_map::partNumberLength,
+                             line<"MECH ASSY XPN                  = %s\n">};
 constexpr ValueRow hwuidRows[] = {
     {Bits::byte(18), line<"HWUID MSB                      = 0x%02X\n">},
     {Bits::byte(19), line<"HWUID LSB                      = 0x%02X\n">},
 };
-constexpr ValueRow dslCount{Bits::byte(20), line<"NO OF DSLs                     = %d\n">};
+constexpr ValueRow dslCount{Bits::byte(riser_map::dslCount),
+                            line<"NO OF DSLs                     = %d\n">};
 
 // From the DSLs on, places depend on the number of DSLs and slots. The offsets of the rows below
 // count from the start of the part that they show.
-constexpr std::size_t firstDsl = 21;
 constexpr UnitRow dsl{Bits::byte(0), line<"DSL%d                           = %d\n">};
 constexpr ValueRow slotCount{Bits::byte(0), line<"NO OF SLOTS                    = %d\n">};
-constexpr std::size_t slotSize = 2;
 constexpr UnitRow slotRows[] = {
     {Bits::byte(0), line<"SLOT%d NUMBER                   = %d\n">},
     {Bits::byte(1), line<"SLOT%d TYPE                     = %d\n">},
 };
 constexpr ValueRow dslPayloadCount{Bits::byte(0), line<"NO OF DSL PAYLOADS             = %d\n">};
 
-constexpr std::size_t dslPayloadSize = 4;
 constexpr UnitRow dslType{Bits::byte(0), line<"DSL %d type                     = %d\n">};
 
 constexpr UnitRow slRows[] = {
@@ -81,7 +84,7 @@ std::size_t decodeDsls(FieldDecoder& fields, unsigned count, std::size_t at) {
 std::size_t decodeSlots(FieldDecoder& fields, unsigned count, std::size_t at) {
     for (unsigned j = 1; j <= count; ++j) {
         fields.add(slotRows, static_cast<std::uint8_t>(j), at);
-        at += slotSize;
+        at += riser_map::slotSize;
     }
     return at;
 }
@@ -95,7 +98,7 @@ void decodeDslPayloads(FieldDecoder& fields, unsigned count, std::size_t at) {
         } else {
             fields.heading(line<"Invalid DSL type\n">);
         }
-        at += dslPayloadSize;
+        at += riser_map::dslPayloadSize;
     }
 }
 
@@ -110,7 +113,7 @@ std::size_t decodeRecord(FieldDecoder& fields, std::uint8_t number, std::size_t 
     fields.add(hwuidRows, start);
 
     const unsigned dsls = fields.add(dslCount, start);
-    std::size_t at = decodeDsls(fields, dsls, start + firstDsl);
+    std::size_t at = decodeDsls(fields, dsls, start + riser_map::firstDsl);
     const unsigned slots = fields.add(slotCount, at++);
     at = decodeSlots(fields, slots, at);
     // The listing shows this count but does not use it: every DSL has a payload.
@@ -130,7 +133,7 @@ void decodeRiserSlotMap(std::span<const std::uint8_t> blob, TakeField take) {
     fields.add(otherSlotRows);
 
     const unsigned records = fields.add(recordCount);
-    std::size_t at = firstRecord;
+    std::size_t at = riser_map::firstRecord;
     for (unsigned r = 1; r <= records; ++r) {
         at = decodeRecord(fields, static_cast<std::uint8_t>(r), at);
     }

@@ -67,7 +67,7 @@ class Installed(unittest.TestCase):
         done = run(self.sim, "--", alone, "-o", "11", env=self.environment())
         self.assertEqual((done.stdout, done.stderr, done.returncode), (INFO, "", 0))
 
-    def test_program_page_and_completion_are_all_of_the_tool(self):
+    def test_programs_pages_and_completions_are_all_of_the_tool(self):
         # Boards and libraries are the stand-in's.
         files = {path for path in self.root.rglob("*") if not path.is_dir()}
         prefix = self.sim.parent.parent
@@ -77,8 +77,9 @@ class Installed(unittest.TestCase):
         }
         self.assertEqual(
             {path.relative_to(prefix).as_posix() for path in files - of_the_stand_in},
-            {"bin/zolt_test", "share/man/man1/zolt_test.1",
-             "share/bash-completion/completions/zolt_test"},
+            {f"{place}{program}{suffix}" for program in ("zolt_test", "zolt_capture")
+             for place, suffix in (("bin/", ""), ("share/man/man1/", ".1"),
+                                   ("share/bash-completion/completions/", ""))},
         )
         self.assertFalse(self.tool.is_symlink())
 

@@ -9,6 +9,7 @@ import tempfile
 
 SIM = os.environ["ZOLT_SIM"]
 TOOL = os.environ["ZOLT_TEST"]
+CAPTURE = os.environ.get("ZOLT_CAPTURE", "")
 OTHER_PLATFORM = os.environ.get("OTHER_PLATFORM", "")
 
 MAIN_MENU = """
