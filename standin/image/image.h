@@ -9,6 +9,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace standin {
@@ -51,6 +52,10 @@ struct ImageObject {
     std::uint32_t mostBytes; ///< most bytes that one read delivers
 };
 
+/// The logs that the platform's libraries write.
+enum class LibraryLog : std::uint8_t { debug, calls };
+constexpr std::size_t libraryLogs = 2;
+
 struct ImageHeader {
     static constexpr std::array<char, 8> expectedMagic{'Z', 'S', 'I', 'M', 'B', 'R', 'D', '1'};
 
@@ -59,6 +64,8 @@ struct ImageHeader {
     ImageRange faults;  ///< of ImageFault; the first stands for no fault
     ImageRange names;   ///< of ImageName
     ImageRange objects; ///< of ImageObject
+    std::array<std::atomic<std::int32_t>, libraryLogs> logErrors; ///< errno of the first line that
+                                                                  ///< a log lost; 0: none
     std::array<std::uint8_t, board::rawAddressCount> raw;
     std::array<std::uint16_t, board::rawAddressCount> rawFault; ///< fault number by address
 };

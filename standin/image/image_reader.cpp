@@ -126,4 +126,14 @@ std::int32_t ImageReader::strike(std::uint32_t fault) const {
     return 0;
 }
 
+void ImageReader::noteLogError(LibraryLog log, int error) const {
+    auto& noted = const_cast<ImageHeader*>(header_)->logErrors[static_cast<std::size_t>(log)];
+    std::int32_t none = 0;
+    noted.compare_exchange_strong(none, error);
+}
+
+int ImageReader::logError(LibraryLog log) const {
+    return header_->logErrors[static_cast<std::size_t>(log)].load();
+}
+
 } // namespace standin

@@ -33,6 +33,12 @@ public:
     /// Lets a fault strike. @return the status of the call, 0 for success
     [[nodiscard]] std::int32_t strike(std::uint32_t fault) const;
 
+    /// Notes, for all processes, that a log has lost a line. The first error of a log stays.
+    void noteLogError(LibraryLog log, int error) const;
+
+    /// The errno of the first line that a log has lost; 0 when it has all its lines.
+    [[nodiscard]] int logError(LibraryLog log) const;
+
 private:
     explicit ImageReader(const ImageHeader* header) : header_(header) {}
 

@@ -13,17 +13,21 @@ enum Letter : int {
     debugLog = 'd',
     callLog = 'c',
     i2cLog = 'i',
+    busLog = 's',
+    logTimes = 't',
     check = 'k',
     help = 'h',
     version = 'v'
 };
 
-constexpr std::array<option, 9> longOptions{{
+constexpr std::array<option, 11> longOptions{{
     {"board", required_argument, nullptr, Letter::board},
     {"fault", required_argument, nullptr, Letter::fault},
     {"debug-log", required_argument, nullptr, Letter::debugLog},
     {"call-log", required_argument, nullptr, Letter::callLog},
     {"i2c-log", required_argument, nullptr, Letter::i2cLog},
+    {"bus-log", required_argument, nullptr, Letter::busLog},
+    {"log-times", no_argument, nullptr, Letter::logTimes},
     {"check", no_argument, nullptr, Letter::check},
     {"help", no_argument, nullptr, Letter::help},
     {"version", no_argument, nullptr, Letter::version},
@@ -56,13 +60,19 @@ Arguments parseArguments(int argc, char* const argv[]) {
             arguments.faults.emplace_back(optarg);
             break;
         case Letter::debugLog:
-            arguments.debugLog = named("debug-log");
+            arguments.logs.debug = named("debug-log");
             break;
         case Letter::callLog:
-            arguments.callLog = named("call-log");
+            arguments.logs.calls = named("call-log");
             break;
         case Letter::i2cLog:
-            arguments.i2cLog = named("i2c-log");
+            arguments.logs.i2c = named("i2c-log");
+            break;
+        case Letter::busLog:
+            arguments.logs.bus = named("bus-log");
+            break;
+        case Letter::logTimes:
+            arguments.logs.times = true;
             break;
         case Letter::check:
             arguments.check = true;
@@ -114,13 +124,16 @@ const char* usage() {
            "  --debug-log FILE  write the platform's debug log to a file\n"
            "  --call-log FILE   write every call of the platform's libraries to a file\n"
            "  --i2c-log FILE    write every transaction on the I2C buses to a file\n"
+           "  --bus-log FILE    write every call that reaches the service to a file\n"
+           "  --log-times       start each line of the logs with the time since the start\n"
            "  --check           run nothing: print all errors of the board descriptions\n"
            "  --help            print this and exit\n"
            "  --version         print the version and exit\n"
            "\n"
            "Exit status: 2 for a wrong option, fault or board description; 125 when the\n"
-           "stand-in itself fails; 126 and 127 when the command cannot be started or found;\n"
-           "128 + N when signal N ended it.\n";
+           "stand-in itself fails, or when a log has lost lines and the command succeeded;\n"
+           "126 and 127 when the command cannot be started or found; 128 + N when signal N\n"
+           "ended it.\n";
 }
 
 } // namespace standin

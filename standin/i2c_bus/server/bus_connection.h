@@ -3,10 +3,10 @@
 
 #include "standin/i2c_bus/core/bus_core.h"
 #include "standin/i2c_bus/wire.h"
+#include "standin/log/log_line.h"
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -14,14 +14,11 @@
 
 namespace standin {
 
-/// Called with the log line of each transaction.
-using TransactionLog = std::function<void(const std::string& line)>;
-
 /// Answers one client's requests, well-formed or not.
 class BusConnection {
 public:
-    /// Core and log must outlive the connection. An empty log gets no lines.
-    BusConnection(BusCore& core, const TransactionLog& log) : core_(&core), log_(&log) {}
+    /// Core and log must outlive the connection. The log gets a line for each transaction.
+    BusConnection(BusCore& core, const LineLog& log) : core_(&core), log_(&log) {}
 
     /// Answers one request.
     ///
@@ -47,7 +44,7 @@ private:
                                             std::vector<std::uint8_t>& reply);
 
     BusCore* core_;
-    const TransactionLog* log_;
+    const LineLog* log_;
     std::optional<std::uint32_t> bus_; ///< none before it is open
     std::uint16_t address_ = 0;        ///< of SMBus accesses, reads and writes
 };
