@@ -28,6 +28,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -71,6 +72,15 @@ public:
 
 /// Reads one rule. @throw FaultRuleError
 [[nodiscard]] FaultRule parseFaultRule(std::string_view text);
+
+/// One rule for people: how to write it, and its effect.
+struct FaultRuleHelp {
+    std::string_view usage;   ///< one line without a newline; capitals stand for the caller's words
+    std::string_view meaning; ///< one sentence
+};
+
+/// All rules, in the order in which the documents list them.
+[[nodiscard]] std::span<const FaultRuleHelp> faultRuleHelp();
 
 /// Whether a rule fits a name. A named-read compares its pattern, all others their subject.
 [[nodiscard]] bool fits(const FaultRule& rule, const std::string& name);

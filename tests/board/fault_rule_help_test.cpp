@@ -1,0 +1,67 @@
+// Holds the table of the fault rules to the parser and to the documents.
+#include "board/fault_rule.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace board {
+namespace {
+
+std::string document(const std::string& name) {
+    const char* const directory = std::getenv("DOCUMENTS");
+    std::ostringstream text;
+    text << std::ifstream(std::string(directory == nullptr ? "docs" : directory) + "/" + name)
+                .rdbuf();
+    EXPECT_FALSE(text.str().empty()) << name;
+    return text.str();
+}
+
+std::string firstWord(std::string_view usage) {
+    return std::string(usage.substr(0, usage.find(' ')));
+}
+
+TEST(FaultRuleHelp, listsTheKindsOfTheParserInOrder) {
+    std::string kinds = "a fault begins with one of: ";
+    for (const FaultRuleHelp& rule : faultRuleHelp()) {
+        kinds.append(kinds.ends_with(": ") ? "" : ", ").append(firstWord(rule.usage));
+    }
+    try {
+        (void)parseFaultRule("");
+        ADD_FAILURE() << "accepted";
+    } catch (const FaultRuleError& error) {
+        EXPECT_EQ(error.what(), kinds);
+    }
+}
+
+TEST(FaultRuleHelp, meansOneSentence) {
+    for (const FaultRuleHelp& rule : faultRuleHelp()) {
+        EXPECT_TRUE(rule.meaning.ends_with('.')) << rule.usage;
+        EXPECT_EQ(rule.meaning.find(". "), std::string_view::npos) << rule.usage;
+        EXPECT_EQ(rule.meaning.find('\n'), std::string_view::npos) << rule.usage;
+        EXPECT_LE(rule.usage.size(), 58U) << rule.usage; // fits a line of zolt_sim's help
+    }
+}
+
+TEST(FaultRuleHelp, isInTheReferenceWordForWord) {
+    const std::string reference = document("board-description.md");
+    for (const FaultRuleHelp& rule : faultRuleHelp()) {
+        const std::string row = std::string("\n| `").append(rule.usage).append("` | ");
+        EXPECT_NE(reference.find(row), std::string::npos) << row;
+    }
+}
+
+TEST(FaultRuleHelp, kindsAreInTheManualAndInTheCompletion) {
+    const std::string manual = document("zolt_sim.1");
+    const std::string completion = document("completion/zolt_sim");
+    for (const FaultRuleHelp& rule : faultRuleHelp()) {
+        const std::string kind = firstWord(rule.usage);
+        EXPECT_NE(manual.find("\n.It Cm " + kind + " "), std::string::npos) << kind;
+        EXPECT_NE(completion.find(kind), std::string::npos) << kind;
+    }
+}
+
+} // namespace
+} // namespace board
