@@ -1,5 +1,7 @@
 #include "standin/launcher/arguments.h"
 
+#include "board/fault_rule.h"
+
 #include <array>
 #include <getopt.h>
 
@@ -16,11 +18,12 @@ enum Letter : int {
     busLog = 's',
     logTimes = 't',
     check = 'k',
+    list = 'l',
     help = 'h',
     version = 'v'
 };
 
-constexpr std::array<option, 11> longOptions{{
+constexpr std::array<option, 12> longOptions{{
     {"board", required_argument, nullptr, Letter::board},
     {"fault", required_argument, nullptr, Letter::fault},
     {"debug-log", required_argument, nullptr, Letter::debugLog},
@@ -29,6 +32,7 @@ constexpr std::array<option, 11> longOptions{{
     {"bus-log", required_argument, nullptr, Letter::busLog},
     {"log-times", no_argument, nullptr, Letter::logTimes},
     {"check", no_argument, nullptr, Letter::check},
+    {"list", no_argument, nullptr, Letter::list},
     {"help", no_argument, nullptr, Letter::help},
     {"version", no_argument, nullptr, Letter::version},
     {nullptr, 0, nullptr, 0},
@@ -77,6 +81,9 @@ Arguments parseArguments(int argc, char* const argv[]) {
         case Letter::check:
             arguments.check = true;
             break;
+        case Letter::list:
+            arguments.list = true;
+            break;
         case Letter::help:
             arguments.help = true;
             return arguments;
@@ -89,6 +96,10 @@ Arguments parseArguments(int argc, char* const argv[]) {
             throw ArgumentsError(std::string(argv[optind - 1]) + " is not an option");
         }
     }
+    arguments.command = argv + optind;
+    if (arguments.list) {
+        return arguments;
+    }
     if (optind >= argc) {
         throw ArgumentsError(arguments.check ? "there is no board to check"
                                              : "there is no command to run");
@@ -96,13 +107,17 @@ Arguments parseArguments(int argc, char* const argv[]) {
     if (arguments.check && !arguments.faults.empty()) {
         throw ArgumentsError("--check takes no --fault");
     }
-    arguments.command = argv + optind;
     return arguments;
 }
 
-const char* usage() {
+std::string usage() {
+    std::string rules;
+    for (const board::FaultRuleHelp& rule : board::faultRuleHelp()) {
+        rules.append("                      ").append(rule.usage).append("\n");
+    }
     return "usage: zolt_sim [option]... [--] command [argument]...\n"
            "       zolt_sim --check BOARD...\n"
+           "       zolt_sim --list [LIST]...\n"
            "\n"
            "Runs a command on a described board: the platform's libraries, the system bus\n"
            "and the I2C buses answer from a board description. The exit status is the\n"
@@ -110,23 +125,16 @@ const char* usage() {
            "\n"
            "  --board FILE      the board description, or the name of one that comes with\n"
            "                    the tool (default: demo)\n"
-           "  --fault RULE      make calls fail; may be given more than once:\n"
-           "                      named-read PATTERN [status N] [once]\n"
-           "                      raw-read ADDRESS[-ADDRESS] [status N] [once]\n"
-           "                      hal-object NAME [once]\n"
-           "                      hal-read NAME [status N] [once]\n"
-           "                      bus absent\n"
-           "                      service absent\n"
-           "                      object PATH [error NAME]\n"
-           "                      i2c-open BUS [error ERRNO]\n"
-           "                      i2c-ioctl BUS COMMAND [SELECTOR] [error ERRNO]\n"
-           "                      sysinfo TYPE [status N]\n"
+           "  --fault RULE      make calls fail; may be given more than once:\n" +
+           rules +
            "  --debug-log FILE  write the platform's debug log to a file\n"
            "  --call-log FILE   write every call of the platform's libraries to a file\n"
            "  --i2c-log FILE    write every transaction on the I2C buses to a file\n"
            "  --bus-log FILE    write every call that reaches the service to a file\n"
            "  --log-times       start each line of the logs with the time since the start\n"
            "  --check           run nothing: print all errors of the board descriptions\n"
+           "  --list            run nothing: list boards, device-types, interfaces,\n"
+           "                    properties and faults, or the named lists of these\n"
            "  --help            print this and exit\n"
            "  --version         print the version and exit\n"
            "\n"

@@ -14,10 +14,11 @@ struct Arguments {
     std::vector<std::string> faults; ///< rules, added after those of the board description
     LogFiles logs;
     bool check = false; ///< check boards instead of running a command
+    bool list = false;  ///< print lists instead of running a command
     bool help = false;
     bool version = false;
-    char* const* command = nullptr; ///< the command with its arguments, or the boards to check;
-                                    ///< null-terminated
+    char* const* command = nullptr; ///< the command with its arguments, the boards to check, or
+                                    ///< the names of lists; null-terminated
 };
 
 /// A wrong command line; what() says what is wrong.
@@ -30,6 +31,6 @@ public:
 [[nodiscard]] Arguments parseArguments(int argc, char* const argv[]);
 
 /// The text of --help.
-[[nodiscard]] const char* usage();
+[[nodiscard]] std::string usage();
 
 } // namespace standin

@@ -11,6 +11,7 @@
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
 #include "standin/launcher/i2c_side.h"
+#include "standin/launcher/lists.h"
 #include "standin/launcher/loader_path.h"
 #include "standin/launcher/logs.h"
 #include "standin/launcher/places.h"
@@ -105,10 +106,11 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments, std::int
     return ended;
 }
 
-std::vector<std::string> errorsOf(const std::string& path) {
+std::vector<std::string> errorsOf(const char* board) {
     try {
+        const std::string path = boardFile(board);
         return board::errorsIn(board::readDescription(path), path);
-    } catch (const board::BoardError& error) { // the file cannot be read
+    } catch (const board::BoardError& error) { // there is no such board, or its file cannot be read
         return {error.what()};
     }
 }
@@ -117,7 +119,7 @@ std::vector<std::string> errorsOf(const std::string& path) {
 int checkBoards(char* const* boards) {
     int status = EXIT_SUCCESS;
     for (; *boards != nullptr; ++boards) {
-        for (const std::string& error : errorsOf(boardFile(*boards))) {
+        for (const std::string& error : errorsOf(*boards)) {
             std::fprintf(stderr, "zolt_sim: %s\n", error.c_str());
             status = exitWrongInput;
         }
@@ -125,14 +127,42 @@ int checkBoards(char* const* boards) {
     return status;
 }
 
+void print(const std::string& text) {
+    if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) == EOF) {
+        throw std::system_error(errno, std::generic_category(), "standard output");
+    }
+}
+
+// Prints the named lists, or all. If there are several, each line starts with the name of its list.
+void printLists(char* const* wanted) {
+    std::vector<std::string> names;
+    for (; *wanted != nullptr; ++wanted) {
+        names.emplace_back(*wanted);
+    }
+    if (names.empty()) {
+        names = listNames();
+    }
+    std::string text;
+    for (const std::string& name : names) {
+        for (const std::string& line : listNamed(name)) {
+            text.append(names.size() == 1 ? "" : name + "\t").append(line).append("\n");
+        }
+    }
+    print(text);
+}
+
 int run(int argc, char* argv[], std::int64_t start) {
     const Arguments arguments = parseArguments(argc, argv);
     if (arguments.help) {
-        std::fputs(usage(), stdout);
+        print(usage());
         return EXIT_SUCCESS;
     }
     if (arguments.version) {
-        std::puts("zolt_sim " PROJECT_VERSION);
+        print("zolt_sim " PROJECT_VERSION "\n");
+        return EXIT_SUCCESS;
+    }
+    if (arguments.list) {
+        printLists(arguments.command);
         return EXIT_SUCCESS;
     }
     if (arguments.check) {

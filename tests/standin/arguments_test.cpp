@@ -54,6 +54,14 @@ TEST(Arguments, checkTakesBoards) {
     EXPECT_FALSE(parse({"tool", "--check"}).check);
 }
 
+TEST(Arguments, listTakesNamesOfLists) {
+    const Arguments arguments = parse({"--list", "boards", "faults"});
+    EXPECT_TRUE(arguments.list);
+    EXPECT_EQ(command(arguments), (Words{"boards", "faults"}));
+    EXPECT_TRUE(command(parse({"--list"})).empty());
+    EXPECT_FALSE(parse({"tool", "--list"}).list);
+}
+
 TEST(Arguments, helpAndVersionNeedNoCommand) {
     EXPECT_TRUE(parse({"--help"}).help);
     EXPECT_TRUE(parse({"--version"}).version);
