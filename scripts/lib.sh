@@ -19,6 +19,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         strace                                              # shows a program's system calls
         i2c-tools systemd                                   # independent clients of the buses (busctl)
         shellcheck mandoc                                   # the scripts, the manual pages
+        bash-completion                                     # completion at a terminal
         git                                                 # lists the files of a fresh copy
         qemu-user                                           # AArch64, the architecture of the boards
     )

@@ -5,6 +5,7 @@
 
 #include "board/board_loader.h"
 #include "board/bus_names.h"
+#include "board/cpld_contents.h"
 #include "board/fault_rule.h"
 #include "board/message_text.h"
 #include "board/module_type.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <set>
 
 namespace standin {
@@ -38,7 +40,7 @@ std::string textOfBoard(const std::string& name) {
     }
 }
 
-Lines boards() {
+Lines boards(const std::string& /*board*/) {
     Lines lines;
     for (const std::string& name : boardNames()) {
         lines.push_back(line({name, board::shortened(textOfBoard(name))}));
@@ -46,7 +48,7 @@ Lines boards() {
     return lines;
 }
 
-Lines deviceTypes() {
+Lines deviceTypes(const std::string& /*board*/) {
     Lines lines;
     for (unsigned code = 0; code < zolt::deviceTypeCount; ++code) {
         if (const std::string name = zolt::deviceTypeName(code); !name.empty()) {
@@ -67,7 +69,7 @@ std::vector<board::PublishedInterface> publishedInterfaces() {
     return board::publishBoard(board).interfaces;
 }
 
-Lines interfaces() {
+Lines interfaces(const std::string& /*board*/) {
     Lines lines;
     for (const board::PublishedInterface& published : publishedInterfaces()) {
         const std::string path = published.path.substr(board::servicePathPrefix.size());
@@ -76,7 +78,7 @@ Lines interfaces() {
     return lines;
 }
 
-Lines properties() {
+Lines properties(const std::string& /*board*/) {
     Lines lines;
     std::set<std::string> seen; // several module types share an interface
     for (const board::PublishedInterface& published : publishedInterfaces()) {
@@ -90,7 +92,7 @@ Lines properties() {
     return lines;
 }
 
-Lines faults() {
+Lines faults(const std::string& /*board*/) {
     Lines lines;
     for (const board::FaultRuleHelp& rule : board::faultRuleHelp()) {
         lines.push_back(line({rule.usage, rule.meaning}));
@@ -98,15 +100,32 @@ Lines faults() {
     return lines;
 }
 
+// The registers that a named read reaches.
+Lines registers(const std::string& board) {
+    Lines lines;
+    const board::CpldContents contents =
+        board::deriveCpldContents(board::loadBoard(boardFile(board)));
+    for (const auto& [name, value] : contents.named) {
+        std::string bytes;
+        for (const std::uint8_t byte : value) {
+            std::array<char, 4> digits{};
+            std::snprintf(digits.data(), digits.size(), "%s%02X", bytes.empty() ? "" : " ", byte);
+            bytes += digits.data();
+        }
+        lines.push_back(line({name, bytes}));
+    }
+    return lines;
+}
+
 struct List {
     std::string_view name;
-    Lines (*lines)();
+    Lines (*lines)(const std::string& board);
 };
 
 constexpr std::array lists{
     List{"boards", boards},         List{"device-types", deviceTypes},
     List{"interfaces", interfaces}, List{"properties", properties},
-    List{"faults", faults},
+    List{"faults", faults},         List{"registers", registers},
 };
 
 } // namespace
@@ -120,7 +139,7 @@ std::vector<std::string> listNames() {
     return names;
 }
 
-std::vector<std::string> listNamed(std::string_view name) {
+std::vector<std::string> listNamed(std::string_view name, const std::string& board) {
     const auto* const list = std::ranges::find(lists, name, &List::name);
     if (list == lists.end()) {
         const std::vector<std::string> names = listNames();
@@ -130,7 +149,7 @@ std::vector<std::string> listNamed(std::string_view name) {
         }
         throw ArgumentsError("there is no list " + board::inQuotes(name) + hint);
     }
-    return list->lines();
+    return list->lines(board);
 }
 
 } // namespace standin

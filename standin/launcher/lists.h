@@ -17,8 +17,9 @@ namespace standin {
 ///   interfaces    module type or "info", interface
 ///   properties    interface, property, signature
 ///   faults        rule, meaning
+///   registers     name, bytes: of the given board
 ///
 /// @throw ArgumentsError for an unknown list, with similar names
-[[nodiscard]] std::vector<std::string> listNamed(std::string_view name);
+[[nodiscard]] std::vector<std::string> listNamed(std::string_view name, const std::string& board);
 
 } // namespace standin

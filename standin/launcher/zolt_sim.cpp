@@ -134,7 +134,7 @@ void print(const std::string& text) {
 }
 
 // Prints the named lists, or all. If there are several, each line starts with the name of its list.
-void printLists(char* const* wanted) {
+void printLists(char* const* wanted, const std::string& board) {
     std::vector<std::string> names;
     for (; *wanted != nullptr; ++wanted) {
         names.emplace_back(*wanted);
@@ -144,7 +144,7 @@ void printLists(char* const* wanted) {
     }
     std::string text;
     for (const std::string& name : names) {
-        for (const std::string& line : listNamed(name)) {
+        for (const std::string& line : listNamed(name, board)) {
             text.append(names.size() == 1 ? "" : name + "\t").append(line).append("\n");
         }
     }
@@ -162,7 +162,7 @@ int run(int argc, char* argv[], std::int64_t start) {
         return EXIT_SUCCESS;
     }
     if (arguments.list) {
-        printLists(arguments.command);
+        printLists(arguments.command, arguments.board);
         return EXIT_SUCCESS;
     }
     if (arguments.check) {

@@ -112,8 +112,22 @@ class Lists(SimTest):
             self.assertIn(f"\n| `{rule}` | ", reference)
             self.assertTrue(meaning)
 
+    def test_registers_of_the_board(self):
+        board = self.scratch.file("b.toml", "[[slot]]\nid = 7\ndstat = 2\npayload_offset = 0x1234\n"
+                                  "[override.named]\nNEW = '01 0F FF'\nVOID = []\n")
+        done = self.sim("--board", board, "--list", "registers")
+        self.assertEqual((done.stderr, done.returncode), ("", 0))
+        lines = done.stdout.splitlines()
+        for line in ("PICPWR_7_DSTAT\t02", "PICPWR_63_DSTAT\t00", "NEW\t01 0F FF", "VOID\t"):
+            self.assertIn(line, lines)
+        self.assertIn(("PICPWR_5_DSTAT", "03"), self.rows("registers"))
+        self.assert_refused(
+            self.sim("--board", "none.toml", "--list", "registers"),
+            "zolt_sim: none.toml: No such file or directory\n",
+        )
+
     def test_everything_with_the_name_of_its_list(self):
-        names = ("boards", "device-types", "interfaces", "properties", "faults")
+        names = ("boards", "device-types", "interfaces", "properties", "faults", "registers")
         every = [(name, *row) for name in names for row in self.rows(name)]
         self.assertEqual(self.rows(), every)
         self.assertEqual(self.rows("faults", "boards"), [
@@ -128,7 +142,7 @@ class Lists(SimTest):
         self.assert_refused(
             self.sim("--list", "everything"),
             "zolt_sim: there is no list 'everything'; the lists are: boards, device-types, "
-            f"interfaces, properties, faults\n{ADVICE}",
+            f"interfaces, properties, faults, registers\n{ADVICE}",
         )
 
     def test_that_cannot_be_written_are_a_failure(self):
