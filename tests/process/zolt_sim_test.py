@@ -129,6 +129,29 @@ class Status(SimTest):
             "and 95 leave room for the name of a socket\n",
         )
 
+    def test_is_125_when_its_files_get_too_long(self):
+        done = run("bash", "-c", f"ulimit -f 10; {SIM} true", env=self.scratch.environment)
+        self.assertRegex(
+            done.stderr,
+            rf"^zolt_sim: {self.scratch.path}/zolt_sim\.\w{{6}}/board: File too large\n$",
+        )
+        self.assertEqual((done.stdout, done.returncode), ("", 125))
+        self.assertEqual(self.scratch.left_behind(), [])
+
+    def test_is_125_when_the_disk_is_full(self):
+        if shutil.which("unshare") is None or run("unshare", "-rm", "true").returncode != 0:
+            self.skipTest("no mounts here")
+        done = run(
+            "unshare", "-rm", "sh", "-c",
+            f"mount -t tmpfs -o size=64k none {self.scratch.path} && exec {SIM} true",
+            env=self.scratch.environment,
+        )
+        self.assertRegex(
+            done.stderr,
+            rf"^zolt_sim: {self.scratch.path}/zolt_sim\.\w{{6}}/board: No space left on device\n$",
+        )
+        self.assertEqual((done.stdout, done.returncode), ("", 125))
+
     def test_is_the_commands_in_the_deepest_place_for_a_socket(self):
         # The longest path of the bus has 99 bytes, 20 of them in "/zolt_sim.XXXXXX/bus".
         place = str(self.scratch.path).ljust(79, "d")
@@ -162,7 +185,7 @@ class WithoutABus(SimTest):
 
     def test_daemon(self):
         self.scratch.environment["PATH"] = str(self.scratch.path)
-        self.assert_tells_a_way_that_works("dbus-daemon does not start: No such file or directory")
+        self.assert_tells_a_way_that_works("dbus-daemon does not start: no directory of PATH has it")
 
     @unittest.skipUnless(serves_others(), "no other user can run the programs here")
     def test_that_serves_a_user_without_a_name(self):

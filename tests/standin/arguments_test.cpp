@@ -35,8 +35,8 @@ TEST(Arguments, commandAlone) {
 TEST(Arguments, everyOption) {
     const Arguments arguments =
         parse({"--board", "b.toml", "--fault", "named-read *", "--fault=raw-read 1 status 2",
-               "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--bus-log=s",
-               "--log-times", "--", "-tool"});
+               "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--bus-log=s", "--log-times",
+               "--", "-tool"});
     EXPECT_EQ(arguments.board, "b.toml");
     EXPECT_EQ(arguments.faults, (Words{"named-read *", "raw-read 1 status 2"}));
     EXPECT_EQ(arguments.logs.debug, "d");
