@@ -86,7 +86,11 @@ private:
         if (!*find_) {
             place.refuse("board: there is no board " + inQuotes(base) + " here");
         }
-        return (*find_)(base);
+        try {
+            return (*find_)(base);
+        } catch (const BoardError& error) {
+            place.refuse(std::string("board: ").append(error.what()));
+        }
     }
 
     static DescriptionFile open(const std::string& path, const std::string& base,

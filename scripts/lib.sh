@@ -20,6 +20,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         i2c-tools systemd                                   # independent clients of the buses (busctl)
         shellcheck mandoc                                   # the scripts, the manual pages
         python3-jsonschema                                  # the schema of board descriptions
+        bash-completion                                     # completion at a terminal
         git                                                 # lists the files of a fresh copy
         qemu-user                                           # AArch64, the architecture of the boards
     )
@@ -73,8 +74,10 @@ require() {
     fi
     (
         umask 022                       # every user may use what is installed
+        [[ ! ${progress-} ]] || say 'reading the package lists'
         quietly apt_get update ||       # the existing lists may be enough
             say 'the package lists could not be brought up to date'
+        [[ ! ${progress-} ]] || say 'unpacking the packages'
         quietly apt_get install -y --no-install-recommends "${missing[@]}"
     )
 }
@@ -91,6 +94,7 @@ configure() {
     if [[ -f $directory/build.ninja ]]; then
         [[ -e $stamp && $(<"$stamp") != "$made_of" ]] || return 0
     fi
+    [[ ! ${progress-} ]] || say 'configuring the build'
     if [[ -e $stamp || -d $directory/meson-private ]]; then
         rm -rf -- "$directory"
     fi
@@ -98,9 +102,36 @@ configure() {
     printf '%s\n' "$made_of" >"$stamp"
 }
 
-# make_target DIRECTORY TARGET: builds TARGET and prints only what went wrong.
+# Reads Ninja's output, and tells its progress on standard error: on a terminal in one line that
+# changes, else in a line at the start and every `progress` seconds. Passes on what else Ninja says.
+show_progress() {
+    local line text='' next=0
+    while IFS= read -r line; do
+        if [[ $line =~ ^\[([1-9][0-9]*)/([0-9]+)\]\  ]]; then
+            if [[ -t 2 ]]; then
+                printf -v text '%s: building %d of %d' "${0##*/}" "${BASH_REMATCH[@]:1}"
+                printf '\r%s' "$text" >&2
+            elif ((SECONDS >= next)); then
+                say "building ${BASH_REMATCH[1]} of ${BASH_REMATCH[2]}"
+                next=$((SECONDS + progress))
+            fi
+        elif [[ $line != 'ninja: Entering directory '* && $line != 'ninja: no work to do.' ]]; then
+            printf '%s\n' "$line"
+        fi
+    done
+    # Whatever follows starts on an empty line.
+    [[ ! $text ]] || printf '\r%*s\r' "${#text}" '' >&2
+}
+
+# make_target DIRECTORY TARGET: builds TARGET and prints only what went wrong. A script that sets
+# `progress`, a number of seconds, shows how far the build is.
 make_target() {
-    ninja --quiet -C "$1" "$2" 2>&1 </dev/null
+    if [[ ! ${progress-} ]]; then
+        ninja --quiet -C "$1" "$2" 2>&1 </dev/null
+        return
+    fi
+    NINJA_STATUS='[%f/%t] ' ninja -C "$1" "$2" 2>&1 </dev/null | show_progress
+    return "${PIPESTATUS[0]}"
 }
 
 # build DIRECTORY TARGET [MESON OPTION]...: configures DIRECTORY if needed, and brings TARGET up to

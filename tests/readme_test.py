@@ -151,12 +151,13 @@ class Readme(unittest.TestCase):
     def test_meson_alone_runs_the_suites(self):
         self.assertRegex(self.result_of("meson setup build &&"), r"\nOk: +1 *\n")
 
-    def test_image_of_a_board_holds_the_program_its_page_and_its_completion(self):
+    def test_image_of_a_board_holds_the_program_its_page_its_completion_and_the_licence(self):
         image = self.tree / "build-board" / "image"
         self.assertEqual(
             {str(path.relative_to(image)) for path in image.rglob("*") if not path.is_dir()},
             {"usr/bin/zolt_test", "usr/share/man/man1/zolt_test.1",
-             "usr/share/bash-completion/completions/zolt_test"},
+             "usr/share/bash-completion/completions/zolt_test",
+             "usr/share/doc/zolt_test/LICENSE"},
         )
 
     def test_program_of_a_board_is_hardened(self):

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace standin {
@@ -64,6 +65,10 @@ struct ImageObject {
     std::uint32_t mostBytes; ///< most bytes that one read delivers
 };
 
+/// The logs that the platform's libraries write.
+enum class LibraryLog : std::uint8_t { debug, calls };
+constexpr std::size_t libraryLogs = 2;
+
 struct ImageHeader {
     static constexpr std::array<char, 8> expectedMagic{'Z', 'S', 'I', 'M', 'B', 'R', 'D', '2'};
 
@@ -74,6 +79,8 @@ struct ImageHeader {
     ImageRange objects;                               ///< of ImageObject
     ImageRange rawFaults;                             ///< of ImageRawFault, the last rule first
     std::array<ImageRange, topologyTypes> typeFaults; ///< of ImageFaultNumber, by device type
+    std::array<std::atomic<std::int32_t>, libraryLogs> logErrors; ///< errno of the first line that
+                                                                  ///< a log lost; 0: none
     std::array<std::uint8_t, board::rawAddressCount> raw;
 };
 

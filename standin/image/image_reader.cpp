@@ -154,4 +154,14 @@ CallEnd ImageReader::endOfParsing(std::size_t deviceType) const {
     return endOf(header_->typeFaults[deviceType]);
 }
 
+void ImageReader::noteLogError(LibraryLog log, int error) const {
+    auto& noted = const_cast<ImageHeader*>(header_)->logErrors[static_cast<std::size_t>(log)];
+    std::int32_t none = 0;
+    noted.compare_exchange_strong(none, error);
+}
+
+int ImageReader::logError(LibraryLog log) const {
+    return header_->logErrors[static_cast<std::size_t>(log)].load();
+}
+
 } // namespace standin

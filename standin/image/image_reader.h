@@ -44,6 +44,12 @@ public:
     /// The same for parsing a device type, which must lie below topologyTypes.
     [[nodiscard]] CallEnd endOfParsing(std::size_t deviceType) const;
 
+    /// Notes, for all processes, that a log has lost a line. The first error of a log stays.
+    void noteLogError(LibraryLog log, int error) const;
+
+    /// The errno of the first line that a log has lost; 0 when it has all its lines.
+    [[nodiscard]] int logError(LibraryLog log) const;
+
 private:
     explicit ImageReader(const ImageHeader* header) : header_(header) {}
 

@@ -35,19 +35,19 @@ public:
         return {start, static_cast<std::uint32_t>(items.size())};
     }
 
-    void write(int file) {
+    // @param path  of the file, for messages
+    void write(int file, const std::string& path) {
         header_->size = static_cast<std::uint32_t>(sizeof(ImageHeader) + tail_.size());
-        writeAll(file, std::as_bytes(std::span(header_.get(), 1)));
-        writeAll(file, tail_);
+        writeAll(file, path, std::as_bytes(std::span(header_.get(), 1)));
+        writeAll(file, path, tail_);
     }
 
 private:
-    static void writeAll(int file, std::span<const std::byte> bytes) {
+    static void writeAll(int file, const std::string& path, std::span<const std::byte> bytes) {
         while (!bytes.empty()) {
             const ssize_t written = ::write(file, bytes.data(), bytes.size());
             if (written < 0) {
-                throw std::system_error(errno, std::generic_category(),
-                                        "cannot write the board's image");
+                throw std::system_error(errno, std::generic_category(), path);
             }
             bytes = bytes.subspan(static_cast<std::size_t>(written));
         }
@@ -158,7 +158,7 @@ void writeImage(const board::Board& board, const std::string& path) {
         throw std::system_error(errno, std::generic_category(), path);
     }
     try {
-        layout.write(file);
+        layout.write(file, path);
     } catch (...) {
         close(file);
         throw;

@@ -1,6 +1,8 @@
 // The command line of zolt_sim.
 #pragma once
 
+#include "standin/launcher/logs.h"
+
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,14 +12,13 @@ namespace standin {
 struct Arguments {
     std::string board = "demo";      ///< a file, or the name of a board that comes with the tool
     std::vector<std::string> faults; ///< rules, added after those of the board description
-    std::string debugLog;            ///< file for the debug log; empty: no log
-    std::string callLog;             ///< file for a log of the platform calls; empty: no log
-    std::string i2cLog;              ///< file for a log of the I2C transactions; empty: no log
-    bool check = false;              ///< check boards instead of running a command
+    LogFiles logs;
+    bool check = false; ///< check boards instead of running a command
+    bool list = false;  ///< print lists instead of running a command
     bool help = false;
     bool version = false;
-    char* const* command = nullptr; ///< the command with its arguments, or the boards to check;
-                                    ///< null-terminated
+    char* const* command = nullptr; ///< the command with its arguments, the boards to check, or
+                                    ///< the names of lists; null-terminated
 };
 
 /// A wrong command line; what() says what is wrong.
@@ -30,6 +31,6 @@ public:
 [[nodiscard]] Arguments parseArguments(int argc, char* const argv[]);
 
 /// The text of --help.
-[[nodiscard]] const char* usage();
+[[nodiscard]] std::string usage();
 
 } // namespace standin

@@ -81,6 +81,7 @@ void holdSignalsBack() {
     }
     umask(inherited.umask);
     sigaction(SIGCHLD, &inherited.children, nullptr);
+    sigaction(SIGXFSZ, &inherited.longFile, nullptr);
     execvp(command[0], command);
     giveUp(failure, {.error = errno});
 }
@@ -133,6 +134,9 @@ Inherited prepareProcess() {
     struct sigaction standard {};
     standard.sa_handler = SIG_DFL;
     sigaction(SIGCHLD, &standard, &inherited.children);
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGXFSZ, &ignore, &inherited.longFile);
     return inherited;
 }
 

@@ -35,6 +35,7 @@ struct Inherited {
     sigset_t signals{}; ///< blocked signals
     mode_t umask = 0;
     struct sigaction children {}; ///< reaction to SIGCHLD
+    struct sigaction longFile {}; ///< reaction to SIGXFSZ
 };
 
 /// Opens /dev/null in place of each standard stream that the caller closed. A file that is opened
@@ -44,7 +45,7 @@ void holdStandardStreams();
 
 /// Prepares this process to hold a board. Sets a umask that gives new files to this user alone,
 /// and the default reaction to SIGCHLD: the kernel keeps no exit status for a process that ignores
-/// this signal.
+/// this signal. A file that gets too long no longer ends this process; the write fails.
 /// @return what the caller had set, for the command
 [[nodiscard]] Inherited prepareProcess();
 

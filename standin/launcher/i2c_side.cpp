@@ -12,6 +12,7 @@
 #include <span>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace standin {
 
@@ -118,12 +119,12 @@ BusState busStateOf(const board::Board& board) {
 }
 
 I2cSide::I2cSide(sd_event* loop, const std::string& directory, const board::Board& board,
-                 const std::string& log)
+                 LineLog log)
     : board_(&board),
       socket_(directory + "/i2c"),
       preload_(loaderPath(preloadLibrary(), directory, "libzolt_sim_i2c.so")),
       topology_(directory + "/" + topologyFileName),
-      server_(loop, socket_, busStateOf(board), log) {
+      server_(loop, socket_, busStateOf(board), std::move(log)) {
     publishChanges();
     server_.afterEachRequest([this] { publishChanges(); });
 }

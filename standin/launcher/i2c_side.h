@@ -16,12 +16,11 @@ public:
     /// to date.
     ///
     /// @param board  must outlive this object.
-    /// @param log    file that gets a line for each transaction; empty: no log
-    /// @throw std::system_error when socket, log or topology file cannot be made
+    /// @param log    gets a line for each transaction
+    /// @throw std::system_error when socket or topology file cannot be made
     /// @throw std::runtime_error when the board does not fit the driver's tables, or the dynamic
     ///        loader cannot find the preload library
-    I2cSide(sd_event* loop, const std::string& directory, const board::Board& board,
-            const std::string& log);
+    I2cSide(sd_event* loop, const std::string& directory, const board::Board& board, LineLog log);
     I2cSide(const I2cSide&) = delete;
     I2cSide& operator=(const I2cSide&) = delete;
 

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace standin {
 
@@ -14,8 +15,13 @@ namespace standin {
 /// @throw std::runtime_error when its directory does not exist
 [[nodiscard]] std::string preloadLibrary();
 
+/// The names of the boards that come with the tool, sorted.
+/// @throw std::runtime_error when the directory of boards does not exist
+[[nodiscard]] std::vector<std::string> boardNames();
+
 /// The file of a board. @p board is a path when it holds a slash or ends in .toml, else the name of
 /// a board that comes with the tool.
+/// @throw board::BoardError when no board has this name; what() gives similar names
 /// @throw std::runtime_error when the directory of boards does not exist
 [[nodiscard]] std::string boardFile(std::string_view board);
 

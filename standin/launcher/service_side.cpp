@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <exception>
 #include <stdexcept>
+#include <utility>
 
 namespace standin {
 
@@ -16,13 +17,14 @@ bool isAbsent(const board::Board& board, board::FaultKind kind) {
 
 } // namespace
 
-ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const board::Board& board)
+ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const board::Board& board,
+                         LineLog log)
     : address_("unix:path=" + directory + "/absent_bus") {
     if (isAbsent(board, board::FaultKind::bus)) {
         return; // nothing listens there, and the command cannot fall back to the machine's bus
     }
     try {
-        start(loop, directory, board);
+        start(loop, directory, board, std::move(log));
     } catch (const std::exception& error) {
         throw std::runtime_error(std::string(error.what()) +
                                  "\nRegisters and I2C work without a system bus: give zolt_sim "
@@ -31,11 +33,12 @@ ServiceSide::ServiceSide(sd_event* loop, const std::string& directory, const boa
     }
 }
 
-void ServiceSide::start(sd_event* loop, const std::string& directory, const board::Board& board) {
+void ServiceSide::start(sd_event* loop, const std::string& directory, const board::Board& board,
+                        LineLog log) {
     daemon_.emplace(directory);
     address_ = daemon_->address();
     if (!isAbsent(board, board::FaultKind::service)) {
-        service_.emplace(loop, address_, board::publishBoard(board));
+        service_.emplace(loop, address_, board::publishBoard(board), std::move(log));
     }
 }
 

@@ -5,27 +5,25 @@
 #include "board/board_loader.h"
 #include "board/fault_order.h"
 #include "board/message_text.h"
-#include "standin/i2c_bus/server/bus_server.h"
 #include "standin/image/image.h"
 #include "standin/image/image_writer.h"
 #include "standin/launcher/arguments.h"
 #include "standin/launcher/command.h"
 #include "standin/launcher/i2c_side.h"
+#include "standin/launcher/lists.h"
 #include "standin/launcher/loader_path.h"
+#include "standin/launcher/logs.h"
 #include "standin/launcher/places.h"
 #include "standin/launcher/private_directory.h"
 #include "standin/launcher/service_side.h"
-#include "standin/lib/log_file.h"
+#include "standin/log/log_line.h"
 
-#include <array>
 #include <cerrno>
-#include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <fcntl.h>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -52,26 +50,6 @@ board::Board boardFor(const Arguments& arguments) {
     return board;
 }
 
-// Empties a log, or creates it with the caller's umask. The log stays open for the whole run, so
-// that the reader of a named pipe gets everything.
-Descriptor openLog(const std::string& path) {
-    if (path.empty()) {
-        return Descriptor();
-    }
-    Descriptor log(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-    if (log.number() < 0) {
-        throw std::system_error(errno, std::generic_category(), path);
-    }
-    return log;
-}
-
-// Tells the command of a log. The path is absolute, because the command may change directories.
-void addLog(Environment& environment, const char* variable, const std::string& path) {
-    if (!path.empty()) {
-        environment.emplace_back(variable, std::filesystem::absolute(path));
-    }
-}
-
 std::string librarySearchPath(const std::string& directory) {
     std::string path = loaderPath(libraryDirectory(), directory, "lib");
     const char* const inherited = std::getenv("LD_LIBRARY_PATH");
@@ -85,12 +63,20 @@ void add(Environment& environment, const Environment& more) {
     environment.insert(environment.end(), more.begin(), more.end());
 }
 
-Ended runOnBoard(const board::Board& board, const Arguments& arguments) {
-    const std::array logs{openLog(arguments.debugLog), openLog(arguments.callLog),
-                          openLog(arguments.i2cLog)};
-    Environment environment;
-    addLog(environment, debugLogVariable, arguments.debugLog);
-    addLog(environment, callLogVariable, arguments.callLog);
+// Tells which logs have lost lines. A command that succeeded then counts as a failure of the
+// stand-in.
+void tellLosses(const std::vector<std::string>& losses, Ended& ended) {
+    for (const std::string& loss : losses) {
+        std::fprintf(stderr, "zolt_sim: %s\n", loss.c_str());
+    }
+    if (!losses.empty() && ended.exitStatus == EXIT_SUCCESS) {
+        ended.exitStatus = exitOwnFailure;
+    }
+}
+
+Ended runOnBoard(const board::Board& board, const Arguments& arguments, std::int64_t start) {
+    const Logs logs(arguments.logs, start);
+    Environment environment = logs.environment();
 
     const Inherited inherited = prepareProcess();
     const PrivateDirectory directory;
@@ -100,8 +86,8 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments) {
         throw std::system_error(-result, std::generic_category(), "cannot make an event loop");
     }
     const std::unique_ptr<sd_event, decltype(&sd_event_unref)> owned(loop, sd_event_unref);
-    const ServiceSide service(loop, directory.path(), board);
-    const I2cSide i2c(loop, directory.path(), board, arguments.i2cLog);
+    const ServiceSide service(loop, directory.path(), board, logs.bus());
+    const I2cSide i2c(loop, directory.path(), board, logs.i2c());
 
     environment.emplace_back("LD_LIBRARY_PATH", librarySearchPath(directory.path()));
     environment.emplace_back(boardDirectoryVariable, directory.path());
@@ -114,14 +100,24 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments) {
                      std::strerror(command.failure.error));
         return {.exitStatus = command.failure.exitStatus};
     }
-    return superviseCommand(loop, command.pid, inherited);
+    Ended ended = superviseCommand(loop, command.pid, inherited);
+    tellLosses(logs.losses(directory.file(imageFileName)), ended);
+    return ended;
+}
+
+std::vector<std::string> errorsOf(const char* board) {
+    try {
+        return board::errorsInFile(boardFile(board), boardFile);
+    } catch (const board::BoardError& error) { // there is no such board
+        return {error.what()};
+    }
 }
 
 // Prints the errors of each board. Returns the exit status.
 int checkBoards(char* const* boards) {
     int status = EXIT_SUCCESS;
     for (; *boards != nullptr; ++boards) {
-        for (const std::string& error : board::errorsInFile(boardFile(*boards), boardFile)) {
+        for (const std::string& error : errorsOf(*boards)) {
             std::fprintf(stderr, "zolt_sim: %s\n", error.c_str());
             status = exitWrongInput;
         }
@@ -129,20 +125,48 @@ int checkBoards(char* const* boards) {
     return status;
 }
 
-int run(int argc, char* argv[]) {
+void print(const std::string& text) {
+    if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) == EOF) {
+        throw std::system_error(errno, std::generic_category(), "standard output");
+    }
+}
+
+// Prints the named lists, or all. If there are several, each line starts with the name of its list.
+void printLists(char* const* wanted, const std::string& board) {
+    std::vector<std::string> names;
+    for (; *wanted != nullptr; ++wanted) {
+        names.emplace_back(*wanted);
+    }
+    if (names.empty()) {
+        names = listNames();
+    }
+    std::string text;
+    for (const std::string& name : names) {
+        for (const std::string& line : listNamed(name, board)) {
+            text.append(names.size() == 1 ? "" : name + "\t").append(line).append("\n");
+        }
+    }
+    print(text);
+}
+
+int run(int argc, char* argv[], std::int64_t start) {
     const Arguments arguments = parseArguments(argc, argv);
     if (arguments.help) {
-        std::fputs(usage(), stdout);
+        print(usage());
         return EXIT_SUCCESS;
     }
     if (arguments.version) {
-        std::puts("zolt_sim " PROJECT_VERSION);
+        print("zolt_sim " PROJECT_VERSION "\n");
+        return EXIT_SUCCESS;
+    }
+    if (arguments.list) {
+        printLists(arguments.command, arguments.board);
         return EXIT_SUCCESS;
     }
     if (arguments.check) {
         return checkBoards(arguments.command);
     }
-    const Ended ended = runOnBoard(boardFor(arguments), arguments);
+    const Ended ended = runOnBoard(boardFor(arguments), arguments, start);
     if (ended.interrupted) {
         endByInterrupt();
     }
@@ -152,9 +176,10 @@ int run(int argc, char* argv[]) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    const std::int64_t start = monotonicTime();
     holdStandardStreams();
     try {
-        return run(argc, argv);
+        return run(argc, argv, start);
     } catch (const ArgumentsError& error) {
         std::fprintf(stderr, "zolt_sim: %s\n'zolt_sim --help' tells more.\n", error.what());
         return exitWrongInput;

@@ -16,5 +16,5 @@ int dlog_printf(int level, int module, const char* format, ...) {
     (void)std::vsnprintf(line.data() + head, line.size() - static_cast<std::size_t>(head), format,
                          arguments);
     va_end(arguments);
-    return standin::appendLine(standin::debugLogVariable, line.data()) ? 0 : -1;
+    return standin::appendLine(standin::LibraryLog::debug, line.data()) ? 0 : -1;
 }

@@ -101,7 +101,8 @@ std::string complaint(const std::filesystem::path& log, const std::string& faile
         execlp("dbus-daemon", "dbus-daemon", configurationFile, "--nofork", "--nopidfile",
                "--nosyslog", "--print-address=1", nullptr);
     }
-    const char* const reason = strerrordesc_np(errno);
+    const char* const reason =
+        errno == ENOENT ? "no directory of PATH has it" : strerrordesc_np(errno);
     (void)!write(addressPipe, reason, std::strlen(reason));
     _exit(127);
 }

@@ -1,14 +1,17 @@
 #include "standin/service/service.h"
 
+#include "standin/service/call_text.h"
 #include "standin/service/reply_contents.h"
 #include "standin/service/value_message.h"
 
-#include <cerrno>
+#include <algorithm>
+#include <array>
 #include <pwd.h>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <systemd/sd-id128.h>
 #include <unistd.h>
 #include <utility>
 
@@ -16,7 +19,16 @@ namespace standin {
 
 namespace {
 
+constexpr const char* properties = "org.freedesktop.DBus.Properties";
 constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
+constexpr const char* peer = "org.freedesktop.DBus.Peer";
+
+constexpr const char* interfaceAndProperty[] = {"interface", "property"};
+constexpr std::span<const char* const> bothNames(interfaceAndProperty);
+constexpr std::span<const char* const> interfaceName = bothNames.first(1);
+constexpr std::span<const char* const> noNames{};
+
+constexpr const char* noAnswer = "no answer";
 
 void require(int result, const char* call) {
     if (result < 0) {
@@ -43,64 +55,59 @@ std::string_view firstText(sd_bus_message* call) {
     return text;
 }
 
-// Sends a reply with the contents that @p addContents appends.
-template <typename AddContents>
-int reply(sd_bus_message* call, AddContents addContents) {
-    sd_bus_message* raw = nullptr;
-    int result = sd_bus_message_new_method_return(call, &raw);
-    const std::unique_ptr<sd_bus_message, UnrefMessage> owned(raw);
-    if (result >= 0) {
-        result = addContents(raw);
-    }
-    return result < 0 ? result : sd_bus_send(nullptr, raw, nullptr);
-}
-
-int unknownObject(sd_bus_message* call) {
-    return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "Unknown object '%s'.",
-                                      sd_bus_message_get_path(call));
-}
-
-int unknownInterface(sd_bus_message* call, const char* interface) {
-    return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_INTERFACE,
-                                      "Unknown interface '%s'.", interface);
-}
-
 } // namespace
 
 const Service::Method Service::methods[] = {
-    {"org.freedesktop.DBus.Properties", "GetAll", &Service::getAll},
-    {"org.freedesktop.DBus.Properties", "Get", &Service::get},
-    {objectManager, "GetManagedObjects", &Service::getManagedObjects},
-    {"org.freedesktop.DBus.Introspectable", "Introspect", &Service::introspect},
+    {properties, "GetAll", interfaceName, &Service::getAll},
+    {properties, "Get", bothNames, &Service::get},
+    {objectManager, "GetManagedObjects", noNames, &Service::getManagedObjects},
+    {"org.freedesktop.DBus.Introspectable", "Introspect", noNames, &Service::introspect},
 };
 
-Service::Service(sd_event* loop, const std::string& address, board::ServiceModel model)
-    : model_(std::move(model)), tree_(model_) {
+// The same answers as sd-bus would give. The orders of a description do not apply to these calls.
+const Service::Method Service::otherMethods[] = {
+    {properties, "Set", bothNames, &Service::set},
+    {peer, "Ping", noNames, &Service::ping},
+    {peer, "GetMachineId", noNames, &Service::getMachineId},
+};
+
+Service::Service(sd_event* loop, const std::string& address, board::ServiceModel model, LineLog log)
+    : model_(std::move(model)), tree_(model_), log_(std::move(log)) {
     sd_bus* raw = nullptr;
     require(sd_bus_new(&raw), "sd_bus_new");
     bus_.reset(raw);
     require(sd_bus_set_address(raw, address.c_str()), "sd_bus_set_address");
     require(sd_bus_set_bus_client(raw, 1), "sd_bus_set_bus_client");
     require(sd_bus_start(raw), "sd_bus_start");
+    // A filter gets every message before sd-bus answers the calls of Peer.
+    require(sd_bus_add_filter(raw, nullptr, onPeerCall, this), "sd_bus_add_filter");
     // A fallback gets every call before sd-bus's own handlers of objects and properties.
     require(sd_bus_add_fallback(raw, nullptr, "/", onCall, this), "sd_bus_add_fallback");
     requestName(raw, model_.name.c_str());
     require(sd_bus_attach_event(raw, loop, SD_EVENT_PRIORITY_NORMAL), "sd_bus_attach_event");
 }
 
-const Service::Method* Service::methodOf(sd_bus_message* call) {
-    for (const Method& method : methods) {
-        if (sd_bus_message_is_method_call(call, method.interface, method.member) > 0) {
-            return &method;
-        }
-    }
-    return nullptr;
+Service::~Service() {
+    dropDelayed();
+}
+
+const Service::Method* Service::find(std::span<const Method> among, sd_bus_message* call) {
+    const auto found = std::ranges::find_if(among, [call](const Method& method) {
+        return sd_bus_message_is_method_call(call, method.interface, method.member) > 0;
+    });
+    return found == among.end() ? nullptr : &*found;
+}
+
+int Service::onPeerCall(sd_bus_message* call, void* service, sd_bus_error*) {
+    return sd_bus_message_is_method_call(call, peer, nullptr) > 0
+               ? static_cast<Service*>(service)->answerOther(call)
+               : 0;
 }
 
 int Service::onCall(sd_bus_message* call, void* service, sd_bus_error*) {
     auto& self = *static_cast<Service*>(service);
-    if (methodOf(call) == nullptr) {
-        return 0; // sd-bus answers it
+    if (find(methods, call) == nullptr) {
+        return self.answerOther(call);
     }
     const board::ServiceOrder* order = self.orderFor(call);
     if (order == nullptr) {
@@ -160,33 +167,40 @@ int Service::delay(sd_bus_message* call, const board::ServiceOrder& order) {
 }
 
 int Service::onDelayOver(sd_event_source*, std::uint64_t, void* delayed) {
-    auto& over = *static_cast<Delayed*>(delayed);
-    Service& service = *over.service;
-    const int result = service.obey(over.call.get(), *over.order);
-    service.delayed_.erase(over.self);
+    Service& service = *static_cast<Delayed*>(delayed)->service;
+    std::list<Delayed> over;
+    over.splice(over.begin(), service.delayed_, static_cast<Delayed*>(delayed)->self);
     // The client may be gone by now: a failed answer is no failure of the timer.
-    return result < 0 ? 0 : result;
+    (void)service.obey(over.front().call.get(), *over.front().order);
+    return 0;
 }
 
 int Service::obey(sd_bus_message* call, const board::ServiceOrder& order) {
     switch (order.action) {
-    case board::ServiceOrder::Action::error: {
-        const sd_bus_error error{order.name.c_str(), order.text.c_str(), 0};
-        return sd_bus_reply_method_error(call, &error);
-    }
+    case board::ServiceOrder::Action::error:
+        return conclude(call, refuse(call, order.name.c_str(), order.text));
     case board::ServiceOrder::Action::reply:
-        return replyWith(call, order);
+        return conclude(call, replyWith(call, order));
     case board::ServiceOrder::Action::leave:
-        return leave();
+        return leave(call);
     case board::ServiceOrder::Action::answer:
         break;
     }
     return answer(call);
 }
 
-int Service::leave() {
+int Service::leave(sd_bus_message* call) {
+    logCall(call, noAnswer);
+    dropDelayed();
     sd_bus_close(bus_.get());
     return 1;
+}
+
+void Service::dropDelayed() {
+    for (const Delayed& delayed : delayed_) {
+        logCall(delayed.call.get(), noAnswer);
+    }
+    delayed_.clear();
 }
 
 int Service::replyWith(sd_bus_message* call, const board::ServiceOrder& order) {
@@ -196,7 +210,109 @@ int Service::replyWith(sd_bus_message* call, const board::ServiceOrder& order) {
 }
 
 int Service::answer(sd_bus_message* call) {
-    return (this->*methodOf(call)->answer)(call);
+    return conclude(call, (this->*find(methods, call)->answer)(call));
+}
+
+int Service::answerOther(sd_bus_message* call) {
+    const Method* const method = find(otherMethods, call);
+    return conclude(call, method == nullptr ? unknownMethod(call) : (this->*method->answer)(call));
+}
+
+template <typename AddContents>
+int Service::reply(sd_bus_message* call, AddContents addContents) {
+    sd_bus_message* raw = nullptr;
+    int result = sd_bus_message_new_method_return(call, &raw);
+    const Message owned(raw);
+    if (result >= 0) {
+        result = addContents(raw);
+    }
+    return result < 0 ? result : send(call, raw);
+}
+
+int Service::refuse(sd_bus_message* call, const char* error, const std::string& text) {
+    const sd_bus_error contents{error, text.c_str(), 0};
+    sd_bus_message* raw = nullptr;
+    const int result = sd_bus_message_new_method_error(call, &raw, &contents);
+    const Message owned(raw);
+    return result < 0 ? result : send(call, raw);
+}
+
+int Service::unknownObject(sd_bus_message* call) {
+    return refuse(call, SD_BUS_ERROR_UNKNOWN_OBJECT,
+                  std::string("Unknown object '").append(sd_bus_message_get_path(call)) + "'.");
+}
+
+int Service::unknownInterface(sd_bus_message* call, const char* interface) {
+    return refuse(call, SD_BUS_ERROR_UNKNOWN_INTERFACE,
+                  std::string("Unknown interface '").append(interface) + "'.");
+}
+
+int Service::unknownMethod(sd_bus_message* call) {
+    const char* const interface = sd_bus_message_get_interface(call);
+    return refuse(call, SD_BUS_ERROR_UNKNOWN_METHOD,
+                  std::string("Unknown method ")
+                      .append(sd_bus_message_get_member(call))
+                      .append(" or interface ")
+                      .append(interface == nullptr ? "(null)" : interface)
+                      .append("."));
+}
+
+int Service::send(sd_bus_message* call, sd_bus_message* answer) {
+    const int result = sd_bus_send(nullptr, answer, nullptr);
+    if (result >= 0) {
+        logCall(call, answerText(answer));
+    }
+    return result;
+}
+
+int Service::conclude(sd_bus_message* call, int result) {
+    if (result >= 0) {
+        return 1;
+    }
+    sd_bus_message* raw = nullptr;
+    const int made = sd_bus_message_new_method_errno(call, &raw, result, nullptr);
+    const Message owned(raw);
+    if (made < 0 || send(call, raw) < 0) {
+        logCall(call, noAnswer);
+    }
+    return 1;
+}
+
+void Service::logCall(sd_bus_message* call, const std::string& result) {
+    if (!log_) {
+        return;
+    }
+    const Method* method = find(methods, call);
+    if (method == nullptr) {
+        method = find(otherMethods, call);
+    }
+    log_(callText(call, method == nullptr ? noNames : method->arguments) + " -> " + result);
+}
+
+int Service::ping(sd_bus_message* call) {
+    return reply(call, [](sd_bus_message*) { return 0; });
+}
+
+int Service::getMachineId(sd_bus_message* call) {
+    sd_id128_t machine;
+    const int result = sd_id128_get_machine(&machine);
+    std::array<char, SD_ID128_STRING_MAX> text{};
+    return result < 0 ? result : reply(call, [&](sd_bus_message* message) {
+        return sd_bus_message_append(message, "s", sd_id128_to_string(machine, text.data()));
+    });
+}
+
+int Service::set(sd_bus_message* call) {
+    const char* interface = nullptr;
+    const char* name = nullptr;
+    const int result = sd_bus_message_read(call, "ss", &interface, &name);
+    return result < 0 ? result
+                      : refuse(call, SD_BUS_ERROR_UNKNOWN_PROPERTY,
+                               std::string("Unknown interface ")
+                                   .append(interface)
+                                   .append(" or property ")
+                                   .append(name)
+                                   .append("."));
 }
 
 int Service::get(sd_bus_message* call) {
@@ -219,8 +335,8 @@ int Service::get(sd_bus_message* call) {
                          [&](sd_bus_message* message) { return appendVariant(message, property); });
         }
     }
-    return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_PROPERTY, "Unknown property '%s'.",
-                                      name);
+    return refuse(call, SD_BUS_ERROR_UNKNOWN_PROPERTY,
+                  std::string("Unknown property '").append(name) + "'.");
 }
 
 // An empty interface name asks for the properties of all interfaces.
@@ -274,7 +390,9 @@ int Service::getManagedObjects(sd_bus_message* call) {
 
 int Service::introspect(sd_bus_message* call) {
     const std::string xml = tree_.introspection(sd_bus_message_get_path(call));
-    return xml.empty() ? unknownObject(call) : sd_bus_reply_method_return(call, "s", xml.c_str());
+    return xml.empty() ? unknownObject(call) : reply(call, [&](sd_bus_message* message) {
+        return sd_bus_message_append(message, "s", xml.c_str());
+    });
 }
 
 } // namespace standin

@@ -67,20 +67,24 @@ class Installed(unittest.TestCase):
         done = run(self.sim, "--", alone, "-o", "11", env=self.environment())
         self.assertEqual((done.stdout, done.stderr, done.returncode), (INFO, "", 0))
 
-    def test_programs_pages_and_completions_are_all_of_the_tool(self):
+    def test_programs_pages_completions_and_licence_are_all_of_the_tool(self):
         # Boards and libraries are the stand-in's.
         files = {path for path in self.root.rglob("*") if not path.is_dir()}
         prefix = self.sim.parent.parent
         of_the_stand_in = {
             path for path in files
-            if "zolt_sim" in path.relative_to(prefix).as_posix() or path.suffix == ".toml"
+            if "zolt_sim" in path.relative_to(prefix).as_posix()
+            or path.suffix == ".toml" or path.name in ("zolt-board.5", "board.schema.json")
         }
         self.assertEqual(
             {path.relative_to(prefix).as_posix() for path in files - of_the_stand_in},
+            {"share/doc/zolt_test/LICENSE"} |
             {f"{place}{program}{suffix}" for program in ("zolt_test", "zolt_capture")
              for place, suffix in (("bin/", ""), ("share/man/man1/", ".1"),
                                    ("share/bash-completion/completions/", ""))},
         )
+        self.assertIn("share/man/man5/zolt-board.5",
+                      {path.relative_to(prefix).as_posix() for path in of_the_stand_in})
         self.assertFalse(self.tool.is_symlink())
 
 

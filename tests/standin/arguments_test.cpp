@@ -30,18 +30,22 @@ TEST(Arguments, commandAlone) {
     const Arguments arguments = parse({"tool", "-o", "1", "--board", "x"});
     EXPECT_EQ(arguments.board, "demo");
     EXPECT_TRUE(arguments.faults.empty());
+    EXPECT_FALSE(arguments.logs.times);
     EXPECT_EQ(command(arguments), (Words{"tool", "-o", "1", "--board", "x"}));
 }
 
 TEST(Arguments, everyOption) {
     const Arguments arguments =
         parse({"--board", "b.toml", "--fault", "named-read *", "--fault=raw-read 1 status 2",
-               "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--", "-tool"});
+               "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--bus-log=s", "--log-times",
+               "--", "-tool"});
     EXPECT_EQ(arguments.board, "b.toml");
     EXPECT_EQ(arguments.faults, (Words{"named-read *", "raw-read 1 status 2"}));
-    EXPECT_EQ(arguments.debugLog, "d");
-    EXPECT_EQ(arguments.callLog, "c");
-    EXPECT_EQ(arguments.i2cLog, "i");
+    EXPECT_EQ(arguments.logs.debug, "d");
+    EXPECT_EQ(arguments.logs.calls, "c");
+    EXPECT_EQ(arguments.logs.i2c, "i");
+    EXPECT_EQ(arguments.logs.bus, "s");
+    EXPECT_TRUE(arguments.logs.times);
     EXPECT_EQ(command(arguments), Words{"-tool"});
 }
 
@@ -50,6 +54,14 @@ TEST(Arguments, checkTakesBoards) {
     EXPECT_TRUE(arguments.check);
     EXPECT_EQ(command(arguments), (Words{"demo", "b.toml"}));
     EXPECT_FALSE(parse({"tool", "--check"}).check);
+}
+
+TEST(Arguments, listTakesNamesOfLists) {
+    const Arguments arguments = parse({"--list", "boards", "faults"});
+    EXPECT_TRUE(arguments.list);
+    EXPECT_EQ(command(arguments), (Words{"boards", "faults"}));
+    EXPECT_TRUE(command(parse({"--list"})).empty());
+    EXPECT_FALSE(parse({"tool", "--list"}).list);
 }
 
 TEST(Arguments, helpAndVersionNeedNoCommand) {
@@ -83,6 +95,7 @@ TEST(Arguments, refusesWithAReason) {
         {{"--debug-log=", "x"}, "--debug-log: the name is empty"},
         {{"--call-log", "", "x"}, "--call-log: the name is empty"},
         {{"--i2c-log", "", "x"}, "--i2c-log: the name is empty"},
+        {{"--bus-log", "", "x"}, "--bus-log: the name is empty"},
         {{"--help=yes", "x"}, "--help=yes is not an option"},
     };
     for (const auto& [words, reason] : cases) {

@@ -65,7 +65,7 @@ protected:
 
     BusState state_;
     std::vector<std::string> lines_;
-    TransactionLog log_ = [this](const std::string& line) { lines_.push_back(line); };
+    LineLog log_ = [this](const std::string& line) { lines_.push_back(line); };
     BusConnection connection_{state_.core(), log_};
 };
 

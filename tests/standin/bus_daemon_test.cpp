@@ -145,7 +145,7 @@ std::string refusal(std::chrono::milliseconds patience = std::chrono::seconds(30
 
 TEST(BusDaemon, reportsAMissingDaemon) {
     const OtherPath nowhere("/nonexistent");
-    EXPECT_EQ(refusal(), "dbus-daemon does not start: No such file or directory");
+    EXPECT_EQ(refusal(), "dbus-daemon does not start: no directory of PATH has it");
 }
 
 TEST(BusDaemon, reportsTheEndOfTheDaemon) {

@@ -280,5 +280,16 @@ TEST_F(Image, damagedOrMissingImageIsNotMapped) {
     EXPECT_FALSE(ImageReader::map(path().c_str()));
 }
 
+TEST_F(Image, notesTheFirstErrorOfEachLog) {
+    const auto image = mapped("");
+    const auto another = ImageReader::map(path().c_str());
+    EXPECT_EQ(image.logError(LibraryLog::debug), 0);
+    EXPECT_EQ(image.logError(LibraryLog::calls), 0);
+    image.noteLogError(LibraryLog::calls, ENOSPC);
+    image.noteLogError(LibraryLog::calls, EIO);
+    EXPECT_EQ(another->logError(LibraryLog::calls), ENOSPC);
+    EXPECT_EQ(another->logError(LibraryLog::debug), 0);
+}
+
 } // namespace
 } // namespace standin

@@ -3,19 +3,16 @@
 
 #include "standin/i2c_bus/core/bus_core.h"
 #include "standin/i2c_bus/wire.h"
+#include "standin/log/log_line.h"
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace standin {
-
-/// Called with the log line of each transaction.
-using TransactionLog = std::function<void(const std::string& line)>;
 
 /// How long a reply has to wait, and the log line to write when the time is over.
 struct Wait {
@@ -26,8 +23,8 @@ struct Wait {
 /// Answers one client's requests, well-formed or not.
 class BusConnection {
 public:
-    /// Core and log must outlive the connection. An empty log gets no lines.
-    BusConnection(BusCore& core, const TransactionLog& log) : core_(&core), log_(&log) {}
+    /// Core and log must outlive the connection. The log gets a line for each transaction.
+    BusConnection(BusCore& core, const LineLog& log) : core_(&core), log_(&log) {}
 
     /// Answers one request. Logs its transaction, unless the reply has to wait.
     ///
@@ -53,7 +50,7 @@ private:
                                             std::vector<std::uint8_t>& reply);
 
     BusCore* core_;
-    const TransactionLog* log_;
+    const LineLog* log_;
     std::optional<std::uint32_t> bus_; ///< none before it is open
     std::uint16_t address_ = 0;        ///< of SMBus accesses, reads and writes
     Wait wait_{};                      ///< of the request that is being answered

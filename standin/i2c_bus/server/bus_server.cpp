@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
-#include <fcntl.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -35,22 +34,6 @@ Descriptor listenOn(const std::string& path) {
         check(-errno, path);
     }
     return listener;
-}
-
-// Each line is one write before the reply, so a client finds the whole line of its transaction.
-TransactionLog logTo(const std::string& path) {
-    if (path.empty()) {
-        return {};
-    }
-    const auto file = std::make_shared<Descriptor>(
-        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0666));
-    if (file->number() < 0) {
-        check(-errno, path);
-    }
-    return [file](const std::string& line) {
-        const std::string whole = line + '\n';
-        (void)!write(file->number(), whole.data(), whole.size()); // a full disk fails no request
-    };
 }
 
 constexpr std::size_t mostDelayed = 64; // replies of one client
@@ -84,11 +67,10 @@ struct BusServer::Client {
     std::list<DelayedReply> delayed{};
 };
 
-BusServer::BusServer(sd_event* loop, const std::string& path, BusState state,
-                     const std::string& log)
+BusServer::BusServer(sd_event* loop, const std::string& path, BusState state, LineLog log)
     : loop_(loop),
       state_(std::move(state)),
-      log_(logTo(log)),
+      log_(std::move(log)),
       listener_(listenOn(path)),
       request_(WIRE_LONGEST) {
     sd_event_source* source = nullptr;

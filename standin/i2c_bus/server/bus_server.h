@@ -51,11 +51,10 @@ public:
     /// @param path   absolute path of the socket, which must not exist yet. The server leaves the
     ///               socket there at its end.
     /// @param state  the buses as they are at the start.
-    /// @param log    file that gets a line for each transaction, before the reply. A delayed
-    ///               transaction is logged when it ends; without an end it is not logged. The
-    ///               server empties the file first. An empty path means no log.
-    /// @throw std::system_error when socket or log cannot be made
-    BusServer(sd_event* loop, const std::string& path, BusState state, const std::string& log = {});
+    /// @param log    gets a line for each transaction, before the reply. A delayed transaction is
+    ///               logged when it ends; without an end it is not logged.
+    /// @throw std::system_error when the socket cannot be made
+    BusServer(sd_event* loop, const std::string& path, BusState state, LineLog log = {});
     BusServer(const BusServer&) = delete;
     BusServer& operator=(const BusServer&) = delete;
     ~BusServer();
@@ -83,7 +82,7 @@ private:
 
     sd_event* loop_;
     BusState state_;
-    TransactionLog log_;
+    LineLog log_;
     std::function<void()> afterEachRequest_;
     Descriptor listener_;
     EventSource listening_;

@@ -1,5 +1,7 @@
 #include "standin/i2c_bus/server/transaction_text.h"
 
+#include "standin/log/quoted.h"
+
 #include <algorithm>
 #include <array>
 #include <bitset>
@@ -65,19 +67,6 @@ std::string hex(std::uint32_t value, unsigned digits) {
         text += "0123456789ABCDEF"[value >> (shift - 4) & 0xF];
     }
     return text;
-}
-
-std::string quoted(std::span<const std::uint8_t> bytes) {
-    std::string text = "\"";
-    for (const std::uint8_t byte : bytes) {
-        const bool isPlain = byte >= 0x20 && byte < 0x7F && byte != '"' && byte != '\\';
-        if (isPlain) {
-            text += static_cast<char>(byte);
-        } else {
-            text.append("\\x").append(hex(byte, 2));
-        }
-    }
-    return text.append("\"");
 }
 
 using Seen = std::bitset<CONTROL_RECORD_SIZE>;
