@@ -111,7 +111,9 @@ WrittenValue written(const Value& value) {
     return std::visit(Writer{}, value.content);
 }
 
-void setProperties(const std::vector<Property>& properties, DocumentTable& table) {
+// Writes properties by name: a service may list them in any order.
+void setProperties(std::vector<Property> properties, DocumentTable& table) {
+    std::ranges::sort(properties, {}, &Property::name);
     for (const Property& property : properties) {
         const bool isPlain =
             property.signature == "b" || property.signature == "q" || property.signature == "s";
@@ -171,7 +173,7 @@ void writeObject(const std::pair<std::string, std::string>& place,
         object.set("without", std::move(without));
     }
     if (!changed.empty()) {
-        setProperties(changed, object.table("properties"));
+        setProperties(std::move(changed), object.table("properties"));
     }
 }
 
@@ -235,7 +237,7 @@ void writeInfo(const PropertiesReading& info, DocumentTable& service) {
     std::vector<Property> shown = info.properties;
     std::ranges::sort(shown, {}, &Property::name);
     if (shown != usual) {
-        setProperties(shown, service.table("info"));
+        setProperties(std::move(shown), service.table("info"));
     }
 }
 

@@ -16,6 +16,7 @@
 #include <array>
 #include <cstdio>
 #include <set>
+#include <span>
 
 namespace standin {
 
@@ -92,14 +93,20 @@ Lines properties(const std::string& /*board*/) {
     return lines;
 }
 
-Lines faults(const std::string& /*board*/) {
+Lines helpLines(std::span<const board::FaultRuleHelp> help) {
     Lines lines;
-    for (const auto help : {board::faultRuleHelp(), board::faultTimingHelp()}) {
-        for (const board::FaultRuleHelp& rule : help) {
-            lines.push_back(line({rule.usage, rule.meaning}));
-        }
+    for (const board::FaultRuleHelp& row : help) {
+        lines.push_back(line({row.usage, row.meaning}));
     }
     return lines;
+}
+
+Lines faults(const std::string& /*board*/) {
+    return helpLines(board::faultRuleHelp());
+}
+
+Lines faultTimes(const std::string& /*board*/) {
+    return helpLines(board::faultTimingHelp());
 }
 
 // The registers that a named read reaches.
@@ -127,7 +134,8 @@ struct List {
 constexpr std::array lists{
     List{"boards", boards},         List{"device-types", deviceTypes},
     List{"interfaces", interfaces}, List{"properties", properties},
-    List{"faults", faults},         List{"registers", registers},
+    List{"faults", faults},         List{"fault-times", faultTimes},
+    List{"registers", registers},
 };
 
 } // namespace

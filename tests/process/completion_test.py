@@ -123,7 +123,10 @@ class Completion(unittest.TestCase):
             ("zolt_sim --fault 'raw-read 0x1000 status ",
              "zolt_sim --fault 'raw-read 0x1000 status "),
             ("zolt_sim --fault 'raw-read 0x1000 status 3 on",
-             "zolt_sim --fault 'raw-read 0x1000 status 3 once' "),
+             "zolt_sim --fault 'raw-read 0x1000 status 3 once"),
+            ("zolt_sim --fault 'raw-read 0x1000 de", "zolt_sim --fault 'raw-read 0x1000 delay "),
+            ("zolt_sim --fault 'raw-read 0x1000 un", "zolt_sim --fault 'raw-read 0x1000 un"),
+            ("zolt_sim --fault 'i2c-open 5 un", "zolt_sim --fault 'i2c-open 5 until "),
             ("zolt_sim --fault 'sysinfo PUC", "zolt_sim --fault 'sysinfo PUCK"),
             ("zolt_sim --fault 'bus absent' --fault 'service ",
              "zolt_sim --fault 'bus absent' --fault 'service absent' "),
@@ -149,7 +152,8 @@ class Completion(unittest.TestCase):
         )
         self.assertEqual(self.completed("zolt_sim --log"), "zolt_sim --log-times ")
         self.assert_words(
-            "zolt_sim --list ", "boards", "device-types", "faults", "interfaces", "properties",
+            "zolt_sim --list ", "boards", "device-types", "fault-times", "faults",
+            "interfaces", "properties",
             "registers",
         )
         self.assertEqual(self.completed("zolt_sim --list boards dev"),

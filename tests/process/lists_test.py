@@ -126,8 +126,18 @@ class Lists(SimTest):
             "zolt_sim: none.toml: No such file or directory\n",
         )
 
+    def test_words_of_time_as_the_reference_has_them(self):
+        reference = (SOURCE / "docs" / "board-description.md").read_text()
+        rows = self.rows("fault-times")
+        self.assertEqual([usage for usage, _ in rows], [
+            "once", "N times", "after N", "until recovery", "delay TIME", "delay forever", "fail",
+        ])
+        for usage, _ in rows:
+            self.assertIn(f"\n| `{usage}` | ", reference)
+
     def test_everything_with_the_name_of_its_list(self):
-        names = ("boards", "device-types", "interfaces", "properties", "faults", "registers")
+        names = ("boards", "device-types", "interfaces", "properties", "faults", "fault-times",
+                 "registers")
         every = [(name, *row) for name in names for row in self.rows(name)]
         self.assertEqual(self.rows(), every)
         self.assertEqual(self.rows("faults", "boards"), [
@@ -142,7 +152,7 @@ class Lists(SimTest):
         self.assert_refused(
             self.sim("--list", "everything"),
             "zolt_sim: there is no list 'everything'; the lists are: boards, device-types, "
-            f"interfaces, properties, faults, registers\n{ADVICE}",
+            f"interfaces, properties, faults, fault-times, registers\n{ADVICE}",
         )
 
     def test_that_cannot_be_written_are_a_failure(self):

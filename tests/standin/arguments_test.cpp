@@ -76,7 +76,7 @@ TEST(Arguments, usageListsEveryFaultRule) {
                   std::string::npos)
             << rule.usage;
     }
-    const std::size_t timings = text.find("TIMING: ");
+    const std::size_t timings = text.find("TIMING is any of:");
     ASSERT_NE(timings, std::string::npos);
     for (const board::FaultRuleHelp& timing : board::faultTimingHelp()) {
         EXPECT_NE(text.find(timing.usage, timings), std::string::npos) << timing.usage;
