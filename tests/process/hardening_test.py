@@ -5,7 +5,6 @@ export no symbol that nobody looks up."""
 import json
 import os
 import pathlib
-import platform
 import shlex
 import sys
 import unittest
@@ -15,7 +14,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import hardened  # noqa: E402
 import tap  # noqa: E402
-from elf import Dynamic, Elf, SegmentType  # noqa: E402
+from elf import Dynamic, Elf, Machine, SegmentType  # noqa: E402
 from programs import SANITIZED, Scratch, install, run  # noqa: E402
 
 BUILD = pathlib.Path(os.environ["BUILD_DIRECTORY"])
@@ -42,8 +41,8 @@ EXPORTED = {
     },
 }
 ARCHITECTURE_FLAGS = {
-    "x86_64": {"-fcf-protection"},
-    "aarch64": {"-mbranch-protection=standard"},
+    Machine.X86_64: {"-fcf-protection"},
+    Machine.AARCH64: {"-mbranch-protection=standard"},
 }
 OPTIMISED = {"-O1", "-O2", "-O3", "-Os", "-Og"}
 
@@ -97,7 +96,7 @@ class Hardening(unittest.TestCase):
     # These leave no mark, or not in every file: the commands of the build tell.
     def test_every_source_is_compiled_with_every_protection(self):
         expected = {"-fstack-protector-strong", "-fstack-clash-protection"}
-        expected |= ARCHITECTURE_FLAGS.get(platform.machine(), set())
+        expected |= ARCHITECTURE_FLAGS[Elf(BUILD / "app" / "zolt_test").machine]
         commands = json.loads((BUILD / "compile_commands.json").read_text())
         own = [command for command in commands if "tests/" not in command["file"]
                and not command["output"].startswith("tests/")
