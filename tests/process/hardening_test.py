@@ -51,6 +51,15 @@ def is_elf(path):
     return path.is_file() and not path.is_symlink() and path.read_bytes()[:4] == b"\x7fELF"
 
 
+def weaknesses(elf):
+    """The properties that a file lacks. A sanitizer has functions of its own without landing pads, and
+    Clang puts a mark of a sanitizer in front of each function."""
+    return [
+        lack for lack in hardened.weaknesses(elf)
+        if not (SANITIZED and lack.startswith("control-flow protection"))
+    ]
+
+
 class Hardening(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -75,7 +84,7 @@ class Hardening(unittest.TestCase):
         self.assertEqual(len(self.files), 2 * len(self.installed))
 
     def test_every_file_has_every_property(self):
-        lacks = {path: hardened.weaknesses(elf) for path, elf in self.files.items()}
+        lacks = {path: weaknesses(elf) for path, elf in self.files.items()}
         self.assertEqual(lacks, {path: [] for path in self.files})
 
     def test_nothing_is_offered_that_nobody_looks_up(self):
