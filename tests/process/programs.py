@@ -102,7 +102,7 @@ def run(*command, **options):
     options.setdefault("timeout", TIMEOUT_SECONDS)
     options.setdefault("input", "")
     done = subprocess.run(command, capture_output=True, text=True, check=False, **options)
-    done.stderr = without_loader(done.stderr)
+    done.stdout, done.stderr = without_loader(done.stdout), without_loader(done.stderr)
     return done
 
 
