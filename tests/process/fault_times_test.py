@@ -13,7 +13,16 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import ASK_ALL, SIM, TIMEOUT_SECONDS, TOOL, Scratch, Session, run  # noqa: E402
+from programs import (  # noqa: E402
+    ASK_ALL,
+    SIM,
+    TIMEOUT_SECONDS,
+    TOOL,
+    Scratch,
+    Session,
+    other_programs_on_buses,
+    run,
+)
 
 # Debian installs the I2C tools outside the PATH of ordinary users.
 PATH = os.environ.get("PATH", os.defpath) + ":/usr/sbin:/sbin"
@@ -134,6 +143,7 @@ class CallsThatNeverComeBack(FaultTest):
         self.assert_ended(session, -signal.SIGINT)
         self.assertEqual(self.transactions.read_text(), "")
 
+    @other_programs_on_buses
     def test_stop_no_other_client_and_no_other_bus(self):
         read = "i2ctransfer -y {} r1@{}"
         shown = self.output(
@@ -161,6 +171,7 @@ class CallsThatNeverComeBack(FaultTest):
         )
         self.assertEqual(shown, "b true\n")
 
+    @other_programs_on_buses
     def test_end_with_the_command_that_left_them_behind(self):
         started = time.monotonic()
         self.output(
@@ -222,6 +233,7 @@ class Counts(FaultTest):
              "i2c_parse_sysinfo 16 = 0 tree"],
         )
 
+    @other_programs_on_buses
     def test_do_not_include_looks_at_a_bus(self):
         shown = self.output(
             ("i2c-open 5 once error ENOENT",),

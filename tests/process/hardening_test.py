@@ -5,7 +5,6 @@ export no symbol that nobody looks up."""
 import json
 import os
 import pathlib
-import platform
 import shlex
 import sys
 import unittest
@@ -15,7 +14,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import hardened  # noqa: E402
 import tap  # noqa: E402
-from elf import Dynamic, Elf, SegmentType  # noqa: E402
+from elf import Dynamic, Elf, Machine, SegmentType  # noqa: E402
 from programs import SANITIZED, Scratch, install, run  # noqa: E402
 
 BUILD = pathlib.Path(os.environ["BUILD_DIRECTORY"])
@@ -42,14 +41,23 @@ EXPORTED = {
     },
 }
 ARCHITECTURE_FLAGS = {
-    "x86_64": {"-fcf-protection"},
-    "aarch64": {"-mbranch-protection=standard"},
+    Machine.X86_64: {"-fcf-protection"},
+    Machine.AARCH64: {"-mbranch-protection=standard"},
 }
 OPTIMISED = {"-O1", "-O2", "-O3", "-Os", "-Og"}
 
 
 def is_elf(path):
     return path.is_file() and not path.is_symlink() and path.read_bytes()[:4] == b"\x7fELF"
+
+
+def weaknesses(elf):
+    """The properties that a file lacks. A sanitizer has functions of its own without landing pads, and
+    Clang puts a mark of a sanitizer in front of each function."""
+    return [
+        lack for lack in hardened.weaknesses(elf)
+        if not (SANITIZED and lack.startswith("control-flow protection"))
+    ]
 
 
 class Hardening(unittest.TestCase):
@@ -76,7 +84,7 @@ class Hardening(unittest.TestCase):
         self.assertEqual(len(self.files), 2 * len(self.installed))
 
     def test_every_file_has_every_property(self):
-        lacks = {path: hardened.weaknesses(elf) for path, elf in self.files.items()}
+        lacks = {path: weaknesses(elf) for path, elf in self.files.items()}
         self.assertEqual(lacks, {path: [] for path in self.files})
 
     def test_nothing_is_offered_that_nobody_looks_up(self):
@@ -97,7 +105,7 @@ class Hardening(unittest.TestCase):
     # These leave no mark, or not in every file: the commands of the build tell.
     def test_every_source_is_compiled_with_every_protection(self):
         expected = {"-fstack-protector-strong", "-fstack-clash-protection"}
-        expected |= ARCHITECTURE_FLAGS.get(platform.machine(), set())
+        expected |= ARCHITECTURE_FLAGS[Elf(BUILD / "app" / "zolt_test").machine]
         commands = json.loads((BUILD / "compile_commands.json").read_text())
         own = [command for command in commands if "tests/" not in command["file"]
                and not command["output"].startswith("tests/")

@@ -11,7 +11,16 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import SIM, TOOL, Scratch, other_user, run, serves_others  # noqa: E402
+from programs import (  # noqa: E402
+    SIM,
+    TOOL,
+    Scratch,
+    not_emulated,
+    other_programs_on_buses,
+    other_user,
+    run,
+    serves_others,
+)
 
 # Debian installs the I2C tools outside the PATH of ordinary users.
 PATH = os.environ.get("PATH", os.defpath) + ":/usr/sbin:/sbin"
@@ -53,6 +62,7 @@ class I2cTest(unittest.TestCase):
         return self.sim("sh", "-c", script, **more)
 
 
+@other_programs_on_buses
 class OtherClients(I2cTest):
     def test_i2ctransfer_reads_the_described_memory(self):
         done = self.sim("i2ctransfer", "-y", "5", "w1@0x50", "0x00", "r12")
@@ -199,11 +209,13 @@ Sub Node Count    = 0
 class Command(I2cTest):
     NOT_THERE = "Error: Could not open file `/dev/i2c-{0}' or `/dev/i2c/{0}': No such file or directory\n"
 
+    @other_programs_on_buses
     def test_finds_no_bus_that_is_not_described(self):
         for bus in (0, 4, 6, 255):
             done = self.sim("i2ctransfer", "-y", str(bus), "r1@0x50")
             self.assertEqual((done.stdout, done.stderr), ("", self.NOT_THERE.format(bus)))
 
+    @not_emulated("strace would show the calls of the emulator")
     def test_never_asks_the_kernel_for_a_bus(self):
         # strace shows the calls that reach the kernel. A leak checker cannot run under strace.
         self.scratch.environment["ASAN_OPTIONS"] = "detect_leaks=0"

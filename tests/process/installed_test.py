@@ -12,7 +12,9 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import INFO, Scratch, install, run  # noqa: E402
+from programs import INFO, Scratch, install, not_emulated, run  # noqa: E402
+
+STARTS = not_emulated("this machine cannot start an installed program of another architecture")
 
 
 class Installed(unittest.TestCase):
@@ -36,16 +38,19 @@ class Installed(unittest.TestCase):
         environment.pop("LD_LIBRARY_PATH", None)  # it would find the build's libraries
         return environment
 
+    @STARTS
     def test_tool_asks_the_bus_of_the_installed_board(self):
         done = run(self.sim, "--", self.tool, "-o", "11", env=self.environment())
         self.assertEqual((done.stdout, done.stderr, done.returncode), (INFO, "", 0))
 
+    @STARTS
     def test_tool_reads_the_registers_of_the_installed_board(self):
         done = run(self.sim, "--", self.tool, "-o", "1", "-p", "42", env=self.environment())
         self.assertEqual(
             (done.stdout, done.stderr), ("\nPICPWR 42 DSTAT              = 00b\n", "")
         )
 
+    @STARTS
     def test_tree_needs_nothing_of_the_build(self):
         done = run(
             self.sim, "--", self.tool, "-o", "11", env=self.environment(LD_DEBUG="files")
@@ -59,6 +64,7 @@ class Installed(unittest.TestCase):
         for path, _ in loaded:
             self.assertTrue(pathlib.Path(path).is_relative_to(self.root), path)
 
+    @STARTS
     def test_tool_is_one_file(self):
         # A copy of the program alone, the only file of the tool on a controller.
         alone = self.scratch.path / "alone" / "zolt_test"

@@ -21,6 +21,7 @@ from programs import (  # noqa: E402
     SIM,
     TOOL,
     Scratch,
+    not_emulated,
     other_user,
     run,
     serves_others,
@@ -66,6 +67,7 @@ HAS_MACHINE = os.geteuid() == 0 and run(*ON_MACHINE, "true").returncode == 0
 
 
 @unittest.skipUnless(HAS_MACHINE, "cannot make mounts and device nodes")
+@not_emulated("the emulator lacks the calls for mounts")
 class MachineBuses(unittest.TestCase):
     def setUp(self):
         self.scratch = Scratch()

@@ -11,7 +11,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import INFO, SIM, SLOT_42, TOOL, Scratch, run  # noqa: E402
+from programs import INFO, SIM, SLOT_42, TOOL, Scratch, not_emulated, run  # noqa: E402
 
 NAMES = ("a place", "a:place", "a;place", "$ORIGIN", "a 'place' with \"all\": ;$LIB%")
 
@@ -24,6 +24,7 @@ test -c /dev/i2c-0 && echo bus
 ANSWER = SLOT_42 + INFO + "bus\n"
 
 
+@not_emulated("the program that stands in for zolt_sim starts it in its build directory")
 class Places(unittest.TestCase):
     def setUp(self):
         self.scratch = Scratch()

@@ -1,11 +1,14 @@
 """The programs under test, which the build names in the environment, and ways to run them."""
 
 import functools
+import io
 import os
 import pathlib
+import re
 import select
 import subprocess
 import tempfile
+import unittest
 
 SIM = os.environ["ZOLT_SIM"]
 TOOL = os.environ["ZOLT_TEST"]
@@ -61,12 +64,47 @@ SANITIZED = os.environ["SANITIZERS"] != "none"
 
 TIMEOUT_SECONDS = 60
 
+# Whether an emulator of another architecture runs the programs.
+EMULATED = os.environ.get("EMULATOR", "") != ""
+
+# The loader of this machine says so for each program of this machine that runs on the board, because
+# the preload library belongs to the other architecture.
+FOREIGN_LIBRARY = re.compile(
+    r"ERROR: ld\.so: object '[^']*/libzolt_sim_i2c\.so' from LD_PRELOAD cannot be preloaded "
+    r"\([^)]*\): ignored\.\n"
+)
+
+
+def not_emulated(reason):
+    """Skips a test, or each test of a class, when an emulator runs the programs."""
+    return unittest.skipIf(EMULATED, f"emulated: {reason}")
+
+
+# For tests that reach a bus with a program of this machine, such as a shell.
+other_programs_on_buses = not_emulated(
+    "a program of this machine cannot load the other architecture's library"
+)
+
+
+def without_loader(text):
+    """Returns a text of standard error without the loader's remarks about the other architecture."""
+    return FOREIGN_LIBRARY.sub("", text) if EMULATED else text
+
+
+def next_line(stream):
+    """Returns the next line of a text stream that is not such a remark of the loader."""
+    while without_loader(line := stream.readline()) != line:
+        pass
+    return line
+
 
 def run(*command, **options):
     """Runs a command to its end, with text as its input and output."""
     options.setdefault("timeout", TIMEOUT_SECONDS)
     options.setdefault("input", "")
-    return subprocess.run(command, capture_output=True, text=True, check=False, **options)
+    done = subprocess.run(command, capture_output=True, text=True, check=False, **options)
+    done.stdout, done.stderr = without_loader(done.stdout), without_loader(done.stderr)
+    return done
 
 
 def other_user(user, *groups):
@@ -89,14 +127,15 @@ class Session:
         self.process = subprocess.Popen(
             command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options
         )
-        test.addCleanup(self.process.stderr.close)
+        self._told = io.TextIOWrapper(self.process.stderr)
+        test.addCleanup(self._told.close)
         test.addCleanup(self.process.stdout.close)
         test.addCleanup(self.process.wait)
         test.addCleanup(self.process.kill)
 
     def told(self):
         """Returns the next line of standard error."""
-        return self.process.stderr.readline().decode().rstrip("\n")
+        return next_line(self._told).rstrip("\n")
 
     def expect(self, text):
         """Waits for as many bytes as the text has, and compares them with the text."""

@@ -7,6 +7,7 @@
 #include "tests/standin/bus_fault.h"
 #include "tests/standin/control_request.h"
 #include "tests/standin/running_bus_server.h"
+#include "tests/support/emulation.h"
 
 #include <array>
 #include <atomic>
@@ -148,12 +149,17 @@ TEST_F(BusServerTest, theLongestTransferGoesBothWays) {
     EXPECT_EQ(areas[41][8191], 0);
 }
 
+// Makes a call that the driver refuses. Returns the error.
+int refusal(const Descriptor& bus, unsigned long request, void* argument) {
+    errno = 0;
+    EXPECT_EQ(busIoctl(bus.number(), request, argument), -1);
+    return errno;
+}
+
 TEST_F(BusServerTest, argumentsAreCheckedAsTheKernelDoes) {
     const Descriptor bus(busOpen(5, true));
     const auto refused = [&](unsigned long request, void* argument) {
-        errno = 0;
-        EXPECT_EQ(busIoctl(bus.number(), request, argument), -1);
-        return errno;
+        return refusal(bus, request, argument);
     };
     std::uint8_t byte = 0;
     std::vector<i2c_msg> messages(43, {.addr = 0x50, .flags = 0, .len = 0, .buf = &byte});
@@ -163,15 +169,9 @@ TEST_F(BusServerTest, argumentsAreCheckedAsTheKernelDoes) {
     EXPECT_EQ(refused(I2C_RDWR, &data), EINVAL);
     data = {.msgs = nullptr, .nmsgs = 1};
     EXPECT_EQ(refused(I2C_RDWR, &data), EINVAL);
-    EXPECT_EQ(refused(I2C_RDWR, nullptr), EFAULT);
-    EXPECT_EQ(refused(I2C_SMBUS, nullptr), EFAULT);
-    EXPECT_EQ(refused(I2C_FUNCS, nullptr), EFAULT);
     data = {.msgs = messages.data(), .nmsgs = 1};
     messages[0].len = 8193;
     EXPECT_EQ(refused(I2C_RDWR, &data), EINVAL);
-    messages[0].len = 4;
-    messages[0].buf = nullptr; // cannot be read
-    EXPECT_EQ(refused(I2C_RDWR, &data), EFAULT);
     i2c_smbus_ioctl_data access{
         .read_write = 2, .command = 0, .size = I2C_SMBUS_QUICK, .data = nullptr};
     EXPECT_EQ(refused(I2C_SMBUS, &access), EINVAL);
@@ -186,6 +186,23 @@ TEST_F(BusServerTest, argumentsAreCheckedAsTheKernelDoes) {
     EXPECT_EQ(busIoctl(bus.number(), I2C_PEC, nullptr), 0);
     EXPECT_EQ(busIoctl(bus.number(), I2C_RETRIES, nullptr), 0);
     EXPECT_EQ(busIoctl(bus.number(), I2C_TIMEOUT, nullptr), 0);
+}
+
+TEST_F(BusServerTest, memoryThatIsNotThereIsRefused) {
+    if (zolt::test::isEmulated()) {
+        GTEST_SKIP() << "emulated: the emulator shortens a message that ends in memory that is not "
+                        "there";
+    }
+    const Descriptor bus(busOpen(5, true));
+    for (const int request : {I2C_RDWR, I2C_SMBUS, I2C_FUNCS}) {
+        EXPECT_EQ(refusal(bus, static_cast<unsigned long>(request), nullptr), EFAULT);
+    }
+    i2c_msg message{.addr = 0x50, .flags = 0, .len = 4, .buf = nullptr};
+    i2c_rdwr_ioctl_data data{.msgs = &message, .nmsgs = 1};
+    EXPECT_EQ(refusal(bus, I2C_RDWR, &data), EFAULT);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SLAVE, reinterpret_cast<void*>(0x50)), 0);
+    EXPECT_EQ(busRead(bus.number(), nullptr, 1), -1);
+    EXPECT_EQ(errno, EFAULT);
 }
 
 TEST_F(BusServerTest, aBusReportsItsFunctions) {
@@ -237,6 +254,9 @@ TEST_F(BusServerTest, theLogHoldsAControlTransactionBeforeItsReplyArrives) {
 }
 
 TEST_F(BusServerTest, duplicatesAndThreadsShareOneOpenBus) {
+    if (zolt::test::isEmulated()) {
+        GTEST_SKIP() << "emulated: the emulator does not know the cookie of a socket";
+    }
     const Descriptor bus(busOpen(5, true));
     const Descriptor copy(dup(bus.number()));
     std::vector<std::thread> threads;
@@ -363,8 +383,6 @@ TEST_F(BusServerTest, readsAndWritesAreTransfers) {
     EXPECT_EQ(busRead(bus.number(), many.data(), many.size()), 8192);
     EXPECT_EQ(Bytes(many.begin() + 8192, many.end()), Bytes(10000 - 8192, 0xEE));
     EXPECT_EQ(busWrite(bus.number(), many.data(), many.size()), 8192);
-    EXPECT_EQ(busRead(bus.number(), nullptr, 1), -1);
-    EXPECT_EQ(errno, EFAULT);
 }
 
 TEST_F(BusServerTest, requestsFailOnceTheServerHasEnded) {

@@ -37,13 +37,14 @@ class PreloadLibrary(unittest.TestCase):
 
     def test_needs_the_c_library_alone(self):
         needed = re.findall(r"\(NEEDED\).*\[(.*)\]", readelf("--dynamic"))
-        self.assertEqual(needed, ["libc.so.6"])
+        # On AArch64 the loader, which is in each process, holds a variable of the stack protector.
+        self.assertEqual(set(needed) - {"ld-linux-aarch64.so.1"}, {"libc.so.6"})
 
     def test_exports_the_functions_that_it_replaces(self):
         exported = []
         for line in readelf("--dyn-syms").splitlines():
             fields = line.split()  # number, value, size, type, binding, visibility, section, name
-            if len(fields) >= 8 and fields[0] != "Num:" and fields[6] != "UND":
+            if len(fields) >= 8 and fields[0] != "Num:" and fields[3] != "SECTION" and fields[6] != "UND":
                 exported.append(fields[7])
         self.assertEqual(sorted(exported), sorted(REPLACED))
 

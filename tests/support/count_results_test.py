@@ -14,11 +14,13 @@ SCRIPT = pathlib.Path(__file__).parent.parent.parent / "scripts" / "count_result
 CASES = '<testsuite name="z.z:{program}">{cases}</testsuite>'
 PASSED = '<testcase name="a"/>'
 FAILED = '<testcase name="b"><failure/></testcase>'
-SKIPPED = '<testcase name="c"><skipped/></testcase>'
+# Meson writes the reason of a case in TAP apart. GoogleTest writes the place in the source, too.
+SKIPPED = '<testcase name="3 - c"><skipped/><system-out>no bus</system-out></testcase>'
+SKIPPED_GTEST = '<testcase name="d"><skipped message="d.cpp:7&#x0A;no root"/></testcase>'
 
 
 class Count(unittest.TestCase):
-    def check(self, count, programs, suites):
+    def check(self, count, programs, suites, *skipped):
         """Counts a run of programs, with their results, whose cases are in the suites."""
         with tempfile.TemporaryDirectory() as directory:
             logs = pathlib.Path(directory)
@@ -30,15 +32,25 @@ class Count(unittest.TestCase):
             done = subprocess.run(
                 [tap.PYTHON, SCRIPT, directory], capture_output=True, text=True, check=True
             )
-        self.assertEqual(done.stdout, count + "\n")
+        self.assertEqual(done.stdout.splitlines(), [count, *skipped])
 
     def test_each_case_counts(self):
         self.check(
-            "4 0 1",
+            "4 0 2",
             {"unit / gtest": "OK", "transcript / tap": "OK", "process / alone": "OK"},
-            CASES.format(program="unit / gtest.Suite", cases=PASSED)
+            CASES.format(program="unit / gtest.Suite", cases=PASSED + SKIPPED_GTEST)
             + CASES.format(program="transcript / tap", cases=PASSED + PASSED + SKIPPED)
             + '<testsuite name="z"><testcase name="z:process / alone"/></testsuite>',
+            "gtest.Suite d: no root",
+            "tap c: no bus",
+        )
+
+    def test_program_that_is_skipped_as_a_whole_and_says_nothing(self):
+        self.check(
+            "0 0 1",
+            {"process / alone": "SKIP"},
+            '<testsuite name="z"><testcase name="z:process / alone"><skipped/></testcase></testsuite>',
+            "z:process / alone: no reason",
         )
 
     def test_program_with_a_failed_case_counts_no_further_failure(self):

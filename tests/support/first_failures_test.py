@@ -1,16 +1,19 @@
 #!/usr/bin/env python3
 """The first failures of a test program stand in the last 100 lines of its output."""
 
+import os
 import subprocess
 import sys
 import unittest
 
 import tap
 
+FAILING_TEST = os.environ.get("EMULATOR", "").split() + sys.argv[1:]
+
 
 class FirstFailures(unittest.TestCase):
     def test_stand_in_standard_error(self):
-        done = subprocess.run(sys.argv[1:], capture_output=True, text=True, check=False)
+        done = subprocess.run(FAILING_TEST, capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 1)
         told = done.stderr.splitlines()
         self.assertEqual(told[0], "FAILED: Some/Failing.hasManyLines/0")
@@ -23,7 +26,7 @@ class FirstFailures(unittest.TestCase):
 
     def test_are_left_out_if_there_are_none(self):
         done = subprocess.run(
-            [*sys.argv[1:], "--gtest_filter=Passing.*"], capture_output=True, text=True, check=False
+            [*FAILING_TEST, "--gtest_filter=Passing.*"], capture_output=True, text=True, check=False
         )
         self.assertEqual((done.returncode, done.stderr), (0, ""))
 
