@@ -151,18 +151,21 @@ class Readme(unittest.TestCase):
     def test_meson_alone_runs_the_suites(self):
         self.assertRegex(self.result_of("meson setup build &&"), r"\nOk: +1 *\n")
 
-    def test_image_of_a_board_holds_the_program_its_page_its_completion_and_the_licence(self):
+    def test_image_of_a_board_holds_programs_pages_completions_and_the_licence(self):
         image = self.tree / "build-board" / "image"
         self.assertEqual(
             {str(path.relative_to(image)) for path in image.rglob("*") if not path.is_dir()},
-            {"usr/bin/zolt_test", "usr/share/man/man1/zolt_test.1",
-             "usr/share/bash-completion/completions/zolt_test",
-             "usr/share/doc/zolt_test/LICENSE"},
+            {"usr/share/doc/zolt_test/LICENSE"} |
+            {f"usr/{place}{program}{suffix}" for program in ("zolt_capture", "zolt_test")
+             for place, suffix in (("bin/", ""), ("share/man/man1/", ".1"),
+                                   ("share/bash-completion/completions/", ""))},
         )
 
-    def test_program_of_a_board_is_hardened(self):
+    def test_programs_of_a_board_are_hardened(self):
         built = self.tree / "build-board"
-        for path in (built / "app" / "zolt_test", built / "image" / "usr" / "bin" / "zolt_test"):
+        installed = built / "image" / "usr" / "bin"
+        for path in (built / "app" / "zolt_test", installed / "zolt_test",
+                     built / "capture" / "zolt_capture", installed / "zolt_capture"):
             program = Elf(path)
             self.assertEqual(program.machine, Machine.AARCH64)
             self.assertEqual(hardened.weaknesses(program), [])
