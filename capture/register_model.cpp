@@ -35,7 +35,8 @@ public:
             return std::nullopt;
         }
         const Bytes& bytes = found->second.bytes;
-        const std::uint32_t value = size == 1 ? bytes[0] : bytes[0] | bytes[1] << 8U;
+        const std::uint32_t low = bytes[0];
+        const std::uint32_t value = size == 1 ? low : low | std::uint32_t{bytes[1]} << 8;
         return value <= highest ? std::optional(value) : std::nullopt;
     }
 
