@@ -47,13 +47,12 @@ std::unique_ptr<Logs::File> Logs::open(const std::string& path) const {
     return path.empty() ? nullptr : std::make_unique<File>(path, start);
 }
 
-Logs::Logs(LogFiles files, std::int64_t start)
-    : files_(std::move(files)),
-      start_(start),
-      debug_(open(files_.debug)),
-      calls_(open(files_.calls)),
-      i2c_(open(files_.i2c)),
-      bus_(open(files_.bus)) {}
+Logs::Logs(LogFiles files, std::int64_t start) : files_(std::move(files)), start_(start) {
+    debug_ = open(files_.debug);
+    calls_ = open(files_.calls);
+    i2c_ = open(files_.i2c);
+    bus_ = open(files_.bus);
+}
 
 Logs::~Logs() = default;
 
