@@ -16,13 +16,16 @@ namespace fs = std::filesystem;
 
 // Descriptions in files of a directory. In messages, {} stands for the directory.
 class DescriptionChain : public testing::Test {
-protected:
+public:
     DescriptionChain() {
         std::string place = (fs::temp_directory_path() / "chain.XXXXXX").string();
         directory_ = mkdtemp(place.data());
     }
     ~DescriptionChain() override { fs::remove_all(directory_); }
+    DescriptionChain(const DescriptionChain&) = delete;
+    DescriptionChain& operator=(const DescriptionChain&) = delete;
 
+protected:
     void write(const std::string& name, const std::string& text) const {
         fs::create_directories(fs::path(pathOf(name)).parent_path());
         std::ofstream(pathOf(name)) << text;
@@ -62,7 +65,7 @@ protected:
         write("base.toml", base);
         const std::string wholeOver = "base = 'base.toml'\n" + over;
         write("over.toml", wholeOver);
-        const std::string refusal = refusalOf("over.toml");
+        std::string refusal = refusalOf("over.toml");
         if (refusal.starts_with("{}/base.toml")) {
             test::record(base, refusal);
         } else {

@@ -14,8 +14,6 @@ namespace zolt {
 namespace {
 
 using namespace test;
-using board::PublishedInterface;
-using board::ServiceModel;
 using board::ServiceOrder;
 using Action = board::ServiceOrder::Action;
 

@@ -13,6 +13,7 @@ namespace {
 Arguments parsed(std::vector<std::string> words) {
     words.insert(words.begin(), "zolt_capture");
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }

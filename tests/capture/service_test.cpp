@@ -251,7 +251,7 @@ TEST(Service, anObjectInAReplyOfItsOwnIsAskedOnce) {
 
 // Builds a message of which a test reads the contents.
 class BusMessage : public testing::Test {
-protected:
+public:
     BusMessage() {
         bus_.publish({}); // a connection needs a bus
         EXPECT_GE(sd_bus_open_system(&connection_), 0);
@@ -262,7 +262,10 @@ protected:
         sd_bus_message_unref(message_);
         sd_bus_flush_close_unref(connection_);
     }
+    BusMessage(const BusMessage&) = delete;
+    BusMessage& operator=(const BusMessage&) = delete;
 
+protected:
     sd_bus_message* sealed() {
         if (!isSealed_) {
             EXPECT_GE(sd_bus_message_seal(message_, 1, 0), 0);

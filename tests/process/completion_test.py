@@ -12,7 +12,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import Scratch, install  # noqa: E402
+from programs import Scratch, install, not_emulated  # noqa: E402
 from terminal import Terminal  # noqa: E402
 
 PACKAGE = pathlib.Path("/usr/share/bash-completion/bash_completion")
@@ -29,6 +29,7 @@ bind -x '"\C-g": printf "\nline<%s>end\n" "$READLINE_LINE"'
 
 
 @unittest.skipUnless(shutil.which("bash"), "there is no bash")
+@not_emulated("this machine cannot start an installed program of another architecture")
 class Completion(unittest.TestCase):
     package = False
     programs = ("~/a\\ prefix/bin/zolt_sim", "../a\\ prefix/bin/zolt_sim")
@@ -173,6 +174,7 @@ class Completion(unittest.TestCase):
 
 
 @unittest.skipUnless(PACKAGE.exists(), "bash-completion is not installed")
+@not_emulated("this machine cannot start an installed program of another architecture")
 class CompletionPackage(Completion):
     """The same with Debian's package, which finds the completions by itself."""
 

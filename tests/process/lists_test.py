@@ -14,13 +14,15 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import SIM, Scratch, run  # noqa: E402
+from programs import SIM, Scratch, not_emulated, run  # noqa: E402
 
 SOURCE = pathlib.Path(__file__).parents[2]
 BOARDS = pathlib.Path(SIM).parents[1] / "boards"
 TYPES = ("bp", "puck", "rfc", "riser", "ftulm", "karnRaid", "karnNonRaid", "rida", "flop", "bi",
          "battery")
 ADVICE = "'zolt_sim --help' tells more.\n"
+
+ELSEWHERE = not_emulated("the program that stands in for zolt_sim is not beside the boards")
 
 
 class SimTest(unittest.TestCase):
@@ -49,6 +51,7 @@ class Lists(SimTest):
              ("raw_only", "registers by raw address only")],
         )
 
+    @ELSEWHERE
     def test_boards_that_somebody_adds(self):
         build = self.scratch.path / "build"
         (build / "standin").mkdir(parents=True)
@@ -169,17 +172,20 @@ class Lists(SimTest):
 
 
 class BoardNames(SimTest):
+    @ELSEWHERE
     def test_similar_to_a_wrong_one_are_told(self):
         reason = f"zolt_sim: no board 'dmeo' in {BOARDS}; did you mean 'demo'?\n"
         self.assert_refused(self.sim("--board", "dmeo", "echo", "started"), reason)
         self.assert_refused(self.sim("--check", "dmeo", "demo"), reason)
 
+    @ELSEWHERE
     def test_unlike_all_others_are_told_with_the_place(self):
         self.assert_refused(
             self.sim("--board", "no\x1bne", "true"),
             f"zolt_sim: no board 'no\\x1Bne' in {BOARDS}\n",
         )
 
+    @ELSEWHERE
     def test_of_files_need_a_slash(self):
         self.scratch.file("mine", 'name = "mine"\n')
         self.assert_refused(

@@ -27,6 +27,7 @@ from programs import (  # noqa: E402
     Session,
     TIMEOUT_SECONDS,
     TOOL,
+    not_emulated,
     run,
 )
 
@@ -284,6 +285,7 @@ class DemoBoard(unittest.TestCase):
 class Memory(ServiceTest):
     ROOM = 4 << 20  # enough for the reply, not enough for the objects made of it
 
+    @not_emulated("the emulator shares the memory of the program, and crashes without it")
     def test_that_runs_out_in_a_view_ends_the_option_only(self):
         board = "".join(
             f'[[service.object]]\npath = "riser/r{i}"\ninterface = "cemCIR"\n'

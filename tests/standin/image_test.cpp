@@ -117,6 +117,7 @@ TEST_F(Image, rawFaultAppliesToEveryBlockThatTouchesIt) {
 // The statuses of so many reads of a name.
 std::vector<std::int32_t> statusesOf(const ImageReader& image, std::string_view name, int reads) {
     std::vector<std::int32_t> statuses;
+    statuses.reserve(static_cast<std::size_t>(reads));
     for (int i = 0; i < reads; ++i) {
         statuses.push_back(image.endOf(image.findName(name)->faults).status);
     }

@@ -14,13 +14,16 @@ namespace standin {
 namespace {
 
 class LogLine : public testing::Test {
-protected:
+public:
     LogLine() { EXPECT_EQ(pipe2(pipe_.data(), O_CLOEXEC), 0); }
     ~LogLine() override {
         close(pipe_[0]);
         close(pipe_[1]);
     }
+    LogLine(const LogLine&) = delete;
+    LogLine& operator=(const LogLine&) = delete;
 
+protected:
     [[nodiscard]] std::string received() const {
         std::array<char, 100> text{};
         const ssize_t count = read(pipe_[0], text.data(), text.size());
