@@ -5,6 +5,12 @@
 
 namespace board {
 
+std::optional<std::uint8_t> givenByte(TomlTable& table, std::string_view key,
+                                      std::int64_t highest) {
+    const auto given = table.integer(key, 0, highest);
+    return given ? std::optional(static_cast<std::uint8_t>(*given)) : std::nullopt;
+}
+
 void readFields(TomlTable& table, std::span<const BitField> fields,
                 std::span<std::uint8_t> record) {
     for (const BitField& field : fields) {

@@ -9,12 +9,6 @@ namespace board {
 
 namespace {
 
-std::optional<std::uint8_t> givenByte(TomlTable& table, std::string_view key,
-                                      std::int64_t highest = 0xFF) {
-    const auto given = table.integer(key, 0, highest);
-    return given ? std::optional(static_cast<std::uint8_t>(*given)) : std::nullopt;
-}
-
 void readEndPoints(TomlTable& table, ModulePayload& payload) {
     table.eachTable("end_point", [&](TomlTable& endPoint) {
         std::array<std::uint8_t, endPointSize> descriptor{};

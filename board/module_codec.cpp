@@ -1,5 +1,7 @@
 #include "board/module_codec.h"
 
+#include "board/stated.h"
+
 #include <algorithm>
 
 namespace board {
@@ -17,11 +19,6 @@ std::uint8_t byteOf(std::size_t number) {
 // Length of a payload whose fields have @p used bytes: whole units, with room for the checksum.
 constexpr std::size_t payloadSize(std::size_t used) {
     return (used / payloadSizeUnit + 1) * payloadSizeUnit;
-}
-
-// The value that differs from the encoder's own; none when it does not differ.
-std::optional<std::uint8_t> unless(std::uint8_t own, std::uint8_t stated) {
-    return stated == own ? std::nullopt : std::optional(stated);
 }
 
 // Whether the fields hold all bits of a record that are set.
@@ -109,7 +106,7 @@ std::size_t takeDescriptor(std::span<const std::uint8_t> bytes, OemArea& area) {
     }
     const auto data = bytes.subspan(oemHeaderSize, size - oemHeaderSize);
     area.descriptors.push_back(
-        {type, Bytes(data.begin(), data.end()), unless(byteOf(size), stated)});
+        {type, Bytes(data.begin(), data.end()), statedUnless(byteOf(size), stated)});
     return size;
 }
 
@@ -156,11 +153,12 @@ std::optional<ModulePayload> decodePayload(std::span<const std::uint8_t> bytes) 
     if (!takeBody(payload, bytes) || !holdAll(payload)) {
         return std::nullopt;
     }
-    payload.statedSize = unless(byteOf(bytes.size() / payloadSizeUnit), bytes[lengthField.offset]);
-    payload.statedEndPoints = unless(byteOf(payload.endPoints.size()),
-                                     static_cast<std::uint8_t>(countField.decode(bytes)));
+    payload.statedSize =
+        statedUnless(byteOf(bytes.size() / payloadSizeUnit), bytes[lengthField.offset]);
+    payload.statedEndPoints = statedUnless(byteOf(payload.endPoints.size()),
+                                           static_cast<std::uint8_t>(countField.decode(bytes)));
     const auto summed = bytes.first(bytes.size() - 1);
-    payload.checksum = unless(checksumOf(Bytes(summed.begin(), summed.end())), bytes.back());
+    payload.checksum = statedUnless(checksumOf(Bytes(summed.begin(), summed.end())), bytes.back());
     return std::ranges::equal(encode(payload), bytes) ? std::optional(payload) : std::nullopt;
 }
 
@@ -178,9 +176,9 @@ std::optional<OemArea> decodeOemArea(std::span<const std::uint8_t> bytes) {
         }
         rest = rest.subspan(size);
     }
-    area.statedSize = unless(byteOf(bytes.size()), bytes[0]);
-    area.statedDescriptors = unless(byteOf(area.descriptors.size()), bytes[1]);
-    area.checksum = unless(checksumOf(Bytes(summed.begin(), summed.end())), bytes.back());
+    area.statedSize = statedUnless(byteOf(bytes.size()), bytes[0]);
+    area.statedDescriptors = statedUnless(byteOf(area.descriptors.size()), bytes[1]);
+    area.checksum = statedUnless(checksumOf(Bytes(summed.begin(), summed.end())), bytes.back());
     return area;
 }
 

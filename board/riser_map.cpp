@@ -11,11 +11,6 @@ namespace board {
 
 namespace {
 
-std::optional<std::uint8_t> givenByte(TomlTable& table, std::string_view key) {
-    const auto given = table.integer(key, 0, 0xFF);
-    return given ? std::optional(static_cast<std::uint8_t>(*given)) : std::nullopt;
-}
-
 void readText(TomlTable& table, std::string_view key, std::span<std::uint8_t> field) {
     std::ranges::copy(table.text(key, field.size()).value_or(""), field.begin());
 }

@@ -1,6 +1,7 @@
 #include "board/riser_map_codec.h"
 
 #include "board/cpld_map.h"
+#include "board/stated.h"
 
 #include <algorithm>
 
@@ -12,10 +13,6 @@ using ConstBytes = std::span<const std::uint8_t>;
 
 std::uint8_t low(std::size_t number) {
     return static_cast<std::uint8_t>(number);
-}
-
-std::optional<std::uint8_t> unless(std::uint8_t own, std::uint8_t stated) {
-    return stated == own ? std::nullopt : std::optional(stated);
 }
 
 // Takes a counted list of items from the front of the bytes. Returns none when it does not fit.
@@ -47,7 +44,7 @@ bool takeRoutes(ConstBytes& bytes, RiserRecord& record) {
     if (bytes.empty() || bytes.size() - 1 < size) {
         return false;
     }
-    record.statedRoutes = unless(low(record.dsls.size()), bytes[0]);
+    record.statedRoutes = statedUnless(low(record.dsls.size()), bytes[0]);
     for (std::size_t i = 0; i < record.dsls.size(); ++i) {
         const auto route = bytes.subspan(1 + i * dslPayloadSize, dslPayloadSize);
         if (!holdsRoute(route)) {
@@ -136,7 +133,7 @@ std::optional<RiserMap> decodeRiserMap(std::span<const std::uint8_t> blob) {
         return std::nullopt;
     }
     const auto summed = blob.first(blob.size() - rest.size());
-    map.checksum = unless(checksumOf(Bytes(summed.begin(), summed.end())), rest[0]);
+    map.checksum = statedUnless(checksumOf(Bytes(summed.begin(), summed.end())), rest[0]);
     const auto isZero = [](std::uint8_t byte) { return byte == 0; };
     return std::ranges::all_of(rest.subspan(1), isZero) ? std::optional(std::move(map))
                                                         : std::nullopt;

@@ -72,6 +72,10 @@ public:
         lines_.push_back(std::string(thing).append(": ").append(reason));
     }
 
+    void add(std::vector<std::string> lines) {
+        std::ranges::move(lines, std::back_inserter(lines_));
+    }
+
     // Adds why a reply of the service is not kept as it was.
     template <typename Reply>
     void addReply(const Reply& reply) {
@@ -146,9 +150,7 @@ std::vector<std::string> failuresIn(const Observation& observation) {
                          "has more nodes than a capture keeps");
         }
     }
-    for (const std::string& rule : propertyFaults(observation)) {
-        failures.add("node property", rule);
-    }
+    failures.add(propertyFailures(observation));
     addService(observation.service, failures);
     return failures.take();
 }

@@ -138,9 +138,18 @@ void writeProperties(const std::vector<NodePropertyReading>& readings, DocumentT
     }
 }
 
-std::string errorWord(int error) {
+// Whether another node of the bus has delivered the property. A rule fits the property of all nodes
+// of a bus, and must not take that read away. A device without the property fails by itself.
+bool isReadElsewhere(const NodePropertyReading& failed,
+                     const std::vector<NodePropertyReading>& readings) {
+    return std::ranges::any_of(readings, [&](const NodePropertyReading& other) {
+        return other.bus == failed.bus && other.id == failed.id && wasRead(other);
+    });
+}
+
+std::string errorName(int error) {
     const char* const name = strerrorname_np(error);
-    return std::string(" error ").append(name == nullptr ? "EIO" : name);
+    return name == nullptr ? "EIO" : name;
 }
 
 } // namespace
@@ -165,15 +174,32 @@ std::vector<std::string> propertyFaults(const Observation& observation) {
         std::string rule;
         if (!reading.opened) {
             rule = std::string("i2c-open ").append(std::to_string(reading.bus));
-        } else if (reading.error != 0) {
+        } else if (reading.error != 0 && !isReadElsewhere(reading, observation.nodeProperties)) {
             rule = std::string("i2c-ioctl ").append(std::to_string(reading.bus));
             rule.append(" get-property ").append(std::to_string(reading.id));
         } else {
             continue;
         }
-        rules.push_back(rule.append(errorWord(reading.error)));
+        rule.append(" error ").append(errorName(reading.error));
+        if (std::ranges::find(rules, rule) == rules.end()) {
+            rules.push_back(std::move(rule));
+        }
     }
     return rules;
+}
+
+std::vector<std::string> propertyFailures(const Observation& observation) {
+    std::vector<std::string> failures;
+    for (const NodePropertyReading& reading : observation.nodeProperties) {
+        if (!wasRead(reading)) {
+            std::string line = "property ";
+            line.append(std::to_string(reading.bus)).append(":");
+            line.append(std::to_string(reading.target)).append(":");
+            line.append(std::to_string(reading.id)).append(": ");
+            failures.push_back(line.append(errorName(reading.error)));
+        }
+    }
+    return failures;
 }
 
 } // namespace capture

@@ -14,4 +14,7 @@ void writeI2c(const Observation& observation, board::DocumentTable& root);
 /// The fault rules that make the reads of node properties fail as they failed.
 [[nodiscard]] std::vector<std::string> propertyFaults(const Observation& observation);
 
+/// One line for each property that could not be read, as --property names it.
+[[nodiscard]] std::vector<std::string> propertyFailures(const Observation& observation);
+
 } // namespace capture

@@ -312,7 +312,9 @@ TEST(Describe, nodePropertiesAndTheirFailures) {
         {.bus = 3, .target = 0, .id = 8, .opened = true, .value = 4},
         {.bus = 3, .target = 0x40, .id = 1, .opened = true, .value = 12},
         {.bus = 3, .target = 0x41, .id = 2, .error = 121, .opened = true},
+        {.bus = 3, .target = 0x42, .id = 1, .error = 2, .opened = true}, // read from 0x40
         {.bus = 9, .target = 0, .id = 8, .error = 13},
+        {.bus = 9, .target = 0x50, .id = 8, .error = 13},
     };
     EXPECT_EQ(bodyOf(observation),
               R"(faults = [
@@ -337,7 +339,9 @@ TEST(Describe, namesEverythingThatCouldNotBeReadOrKept) {
     observation.rawBytes[0x1038] = {.status = -5};
     observation.topology.resize(3);
     observation.topology[2].isCut = true;
-    observation.nodeProperties = {{.bus = 9, .error = 13}};
+    observation.nodeProperties = {{.bus = 9, .error = 13},
+                                  {.bus = 9, .target = 64, .id = 1, .error = 2, .opened = true},
+                                  {.bus = 9, .target = 65, .id = 1, .opened = true}};
     observation.service.reach = ServiceReading::Reach::service;
     observation.service.info = {.path = "/info", .interface = "i", .error = BusError{"a.b", "no"}};
     observation.service.managers = {{.path = "/bp", .isCut = true}};
@@ -347,7 +351,8 @@ TEST(Describe, namesEverythingThatCouldNotBeReadOrKept) {
                                            "named-read PICPWR_5_DSTAT status -7",
                                            "raw-read 0x1038 status -5",
                                            "device type 2: has more nodes than a capture keeps",
-                                           "node property: i2c-open 9 error EACCES",
+                                           "property 9:0:0: EACCES",
+                                           "property 9:64:1: ENOENT",
                                            "/info: a.b: no",
                                            "/bp: has more objects than a capture keeps",
                                            "/bp/1: x.y.File cannot be kept: its type is 'h'",
