@@ -54,6 +54,17 @@ apt_get() {
         apt-get -q -o DPkg::Lock::Timeout=600 "$@"
 }
 
+# apt_elsewhere ARCHITECTURE DIRECTORY COMMAND [ARGUMENT]...: runs a command of apt for a machine of
+# an architecture on which nothing is installed. All of apt's state is below the directory: this
+# machine's own lists and architectures stay as they are.
+apt_elsewhere() {
+    mkdir -p -- "$2/lists/partial" "$2/archives/partial"
+    : >"$2/status"
+    "$3" -q -o APT::Architecture="$1" -o APT::Architectures::="$1" -o Dir::State="$2" \
+        -o Dir::State::Lists="$2/lists" -o Dir::State::status="$2/status" -o Dir::Cache="$2" \
+        -o APT::Sandbox::User="$(id -un)" "${@:4}"
+}
+
 # require PACKAGE...: installs the packages that are missing. It needs the network only for that.
 require() {
     # Outside Debian the caller installs the packages. The build names what is missing.
