@@ -11,13 +11,15 @@
 //   WIRE_NUMBER       the result is the number of the open bus
 //   WIRE_TRANSFER     `argument` is the message count. The request goes on with that many
 //                     WireMessage, then the bytes of all write messages in order. The reply goes on
-//                     with the bytes of all read messages.
+//                     with the bytes of all read messages, those of the last message first.
 //   WIRE_SLAVE        sets `argument` as the address of later WIRE_SMBUS, WIRE_READ and WIRE_WRITE;
 //                     refused when a device node has the address
 //   WIRE_SLAVE_FORCE  does the same, and is not refused
 //   WIRE_SMBUS        goes on with WireSmbus; the reply goes on with its data
 //   WIRE_READ         `argument` is a count; the reply goes on with that many bytes
 //   WIRE_WRITE        goes on with the bytes to write
+//   WIRE_TEN_BITS     with `argument` 1, later addresses have 10 bits; with 0 they have 7
+//   WIRE_CHECKSUMS    with `argument` 1, later WIRE_SMBUS have a checksum; with 0 they have none
 //
 // The reply to a failed request is WireReply alone. A malformed request fails with EPROTO.
 #pragma once
@@ -37,6 +39,8 @@ enum WireKind {
     WIRE_NUMBER = 7,
     WIRE_READ = 8,
     WIRE_WRITE = 9,
+    WIRE_TEN_BITS = 10,
+    WIRE_CHECKSUMS = 11,
 };
 
 struct WireRequest {

@@ -61,6 +61,11 @@ protected:
         connection_.answer(bytes, received);
         return received;
     }
+    static Bytes smbus(std::uint16_t size) {
+        Bytes access = request(WIRE_SMBUS, 0);
+        append(access, WireSmbus{.isRead = 1, .command = 0, .size = size, .data = {}});
+        return access;
+    }
     void open() { ASSERT_EQ(answer(request(WIRE_OPEN, 5)), reply(0)); }
 
     BusState state_;
@@ -101,6 +106,12 @@ TEST_F(Connection, aTransferReadsAndWrites) {
     EXPECT_EQ(answer(transfer({{0x50, 0, 0}}, {})), reply(1));
 }
 
+TEST_F(Connection, theLastReadMessageComesFirst) {
+    open();
+    EXPECT_EQ(answer(transfer({{0x50, 0, 1}, {0x50, I2C_M_RD, 2}, {0x50, I2C_M_RD, 1}}, {1})),
+              reply(3, {13, 11, 12}));
+}
+
 TEST_F(Connection, aFailureHasNoData) {
     open();
     EXPECT_EQ(answer(transfer({{0x50, I2C_M_RD, 2}, {0x33, I2C_M_RD, 2}}, {})), reply(-ENXIO));
@@ -136,7 +147,7 @@ TEST_F(Connection, aTransferIsLimited) {
 
 TEST_F(Connection, unknownRequestsAreRefused) {
     open();
-    for (const std::uint32_t kind : {0U, 10U, 0xFFFFFFFFU}) {
+    for (const std::uint32_t kind : {0U, 12U, 0xFFFFFFFFU}) {
         EXPECT_EQ(answer(request(kind, 0)), refusal);
     }
     Bytes longer = request(WIRE_SLAVE, 0x50);
@@ -153,6 +164,35 @@ TEST_F(Connection, anAddressWithANodeIsBusyUnlessForced) {
     EXPECT_EQ(answer(request(WIRE_SLAVE, 0x52)), reply(0));
     EXPECT_EQ(answer(request(WIRE_SLAVE, 0x80)), reply(-EINVAL));
     EXPECT_EQ(answer(request(WIRE_SLAVE_FORCE, 0x80)), reply(-EINVAL));
+}
+
+TEST_F(Connection, addressesOfTenBitsAreTakenAndServeNothing) {
+    open();
+    EXPECT_EQ(answer(request(WIRE_TEN_BITS, 1)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x3FF)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_SLAVE_FORCE, 0x400)), reply(-EINVAL));
+    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_READ, 1)), reply(-EOPNOTSUPP));
+    Bytes write = request(WIRE_WRITE, 0);
+    write.push_back(2);
+    EXPECT_EQ(answer(write), reply(-EOPNOTSUPP));
+    EXPECT_EQ(answer(smbus(I2C_SMBUS_BYTE)), reply(-EOPNOTSUPP));
+    EXPECT_EQ(answer(request(WIRE_TEN_BITS, 0)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_READ, 1)), reply(1, {10}));
+    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x80)), reply(-EINVAL));
+}
+
+TEST_F(Connection, anAccessWithAChecksumFailsAndAReadSucceeds) {
+    open();
+    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), reply(0));
+    EXPECT_EQ(answer(request(WIRE_CHECKSUMS, 1)), reply(0));
+    for (const std::uint16_t size :
+         std::initializer_list<std::uint16_t>{I2C_SMBUS_QUICK, I2C_SMBUS_BYTE}) {
+        EXPECT_EQ(answer(smbus(size)), reply(-EOPNOTSUPP));
+    }
+    EXPECT_EQ(answer(request(WIRE_READ, 1)), reply(1, {10}));
+    EXPECT_EQ(answer(request(WIRE_CHECKSUMS, 0)), reply(0));
+    EXPECT_EQ(answer(smbus(I2C_SMBUS_QUICK)), reply(0, Bytes(34)));
 }
 
 TEST_F(Connection, readsAndWritesGoToTheAddress) {
@@ -254,7 +294,7 @@ TEST_F(Connection, randomRequestsDoNoHarm) {
         Bytes first = request(WIRE_OPEN, 5);
         fresh.answer(first, received);
         ASSERT_EQ(received, reply(0));
-        Bytes bytes = request(below(11), below(50));
+        Bytes bytes = request(below(13), below(50));
         for (std::uint32_t rest = below(300); rest > 0; --rest) {
             bytes.push_back(below(3) == 0 ? static_cast<std::uint8_t>(random()) : 0);
         }

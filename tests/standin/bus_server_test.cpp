@@ -179,13 +179,48 @@ TEST_F(BusServerTest, argumentsAreCheckedAsTheKernelDoes) {
     EXPECT_EQ(refused(I2C_SMBUS, &access), EINVAL);
     access = {.read_write = 1, .command = 0, .size = I2C_SMBUS_BYTE, .data = nullptr};
     EXPECT_EQ(refused(I2C_SMBUS, &access), EINVAL);
-    EXPECT_EQ(refused(I2C_TENBIT, &byte), EINVAL);
-    EXPECT_EQ(refused(I2C_PEC, &byte), EINVAL);
+    void* const beyondInt = reinterpret_cast<void*>(0x80000000);
+    EXPECT_EQ(refused(I2C_RETRIES, beyondInt), EINVAL);
+    EXPECT_EQ(refused(I2C_TIMEOUT, beyondInt), EINVAL);
     EXPECT_EQ(refused(0x07FF, &byte), ENOTTY);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_TENBIT, &byte), 0);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_SLAVE, reinterpret_cast<void*>(0x3FF)), 0);
     EXPECT_EQ(busIoctl(bus.number(), I2C_TENBIT, nullptr), 0);
+    EXPECT_EQ(busIoctl(bus.number(), I2C_PEC, &byte), 0);
     EXPECT_EQ(busIoctl(bus.number(), I2C_PEC, nullptr), 0);
     EXPECT_EQ(busIoctl(bus.number(), I2C_RETRIES, nullptr), 0);
     EXPECT_EQ(busIoctl(bus.number(), I2C_TIMEOUT, nullptr), 0);
+}
+
+TEST_F(BusServerTest, aLengthFromTheDeviceIsRefusedAsTheKernelDoes) {
+    if (zolt::test::isEmulated()) {
+        GTEST_SKIP() << "emulated: the emulator lacks the call that reads a process's memory";
+    }
+    const Descriptor bus(busOpen(5, true));
+    const auto errorOf = [&](std::uint16_t flags, std::uint16_t length, std::uint8_t* bytes) {
+        std::vector<i2c_msg> messages{{.addr = 0x50, .flags = flags, .len = length, .buf = bytes}};
+        EXPECT_EQ(rdwr(bus.number(), messages), -1);
+        return errno;
+    };
+    Bytes bytes(40);
+    constexpr std::uint16_t read = I2C_M_RD | I2C_M_RECV_LEN;
+    bytes[0] = 1;
+    EXPECT_EQ(errorOf(read, 33, bytes.data()), EOPNOTSUPP);
+    EXPECT_EQ(errorOf(read, 32, bytes.data()), EINVAL);
+    EXPECT_EQ(errorOf(read, 0, bytes.data()), EINVAL);
+    EXPECT_EQ(errorOf(I2C_M_RECV_LEN, 33, bytes.data()), EINVAL);
+    EXPECT_EQ(errorOf(read, 33, nullptr), EFAULT);
+    bytes[0] = 0;
+    EXPECT_EQ(errorOf(read, 40, bytes.data()), EINVAL);
+}
+
+TEST_F(BusServerTest, theFirstMessageHoldsABufferThatMessagesShare) {
+    const Descriptor bus(busOpen(5, true));
+    std::uint8_t byte = 1;
+    std::vector<i2c_msg> messages(3, {.addr = 0x50, .flags = I2C_M_RD, .len = 1, .buf = &byte});
+    messages[0].flags = 0;
+    EXPECT_EQ(rdwr(bus.number(), messages), 3);
+    EXPECT_EQ(byte, 11);
 }
 
 TEST_F(BusServerTest, memoryThatIsNotThereIsRefused) {

@@ -27,7 +27,7 @@ protected:
                 return busCoreTransfer(&state_.core(), 5, messages.data(),
                                        static_cast<std::uint32_t>(messages.size()));
             },
-            address, given);
+            address, 0, given);
     }
     [[nodiscard]] Bytes memory(std::uint32_t from, std::uint32_t count) {
         const std::uint8_t* const start = busCoreFindDevice(&state_.core(), 5, 0x50)->memory + from;
@@ -110,10 +110,12 @@ TEST_F(Smbus, blocksAreReadAtTheLengthAskedFor) {
     EXPECT_EQ(block.data[33], 0);
 }
 
-TEST_F(Smbus, aBlockIsLimitedTo32Bytes) {
+TEST_F(Smbus, aBlockHas1To32Bytes) {
     for (const std::uint16_t size :
          std::initializer_list<std::uint16_t>{I2C_SMBUS_BLOCK_DATA, I2C_SMBUS_I2C_BLOCK_DATA}) {
         WireSmbus block = writing(0, size, {33});
+        EXPECT_EQ(access(block), -EINVAL);
+        block = writing(0, size, {0});
         EXPECT_EQ(access(block), -EINVAL);
         block = writing(0, size, {32});
         EXPECT_EQ(access(block), 0);
@@ -121,13 +123,18 @@ TEST_F(Smbus, aBlockIsLimitedTo32Bytes) {
     WireSmbus block = reading(0, I2C_SMBUS_I2C_BLOCK_DATA);
     block.data[0] = 255;
     EXPECT_EQ(access(block), -EINVAL);
+    block.data[0] = 0;
+    EXPECT_EQ(access(block), -EINVAL);
 }
 
 TEST_F(Smbus, kindsWithALengthFromTheDeviceAndUnknownKindsAreRefused) {
     WireSmbus block = reading(0, I2C_SMBUS_BLOCK_DATA);
     EXPECT_EQ(access(block), -EOPNOTSUPP);
-    block = writing(0, I2C_SMBUS_BLOCK_PROC_CALL, {1, 1});
+    block = writing(0x10, I2C_SMBUS_BLOCK_PROC_CALL, {1, 0xAA});
     EXPECT_EQ(access(block), -EOPNOTSUPP);
+    EXPECT_EQ(memory(0x10, 3), (Bytes{1, 0xAA, 0x12})); // the device got the block
+    block = writing(0, I2C_SMBUS_BLOCK_PROC_CALL, {33});
+    EXPECT_EQ(access(block), -EINVAL);
     block = writing(0, 99, {});
     EXPECT_EQ(access(block), -EOPNOTSUPP);
 }

@@ -36,6 +36,13 @@ TEST(TransactionText, theDmaSafeFlagIsNotShown) {
               "/dev/i2c-5 get-property target=0x00 property=8 -> 2 value=0x00000000");
 }
 
+TEST(TransactionText, theDmaSafeFlagOfAPlainTransferIsNotShown) {
+    std::uint8_t byte = 5;
+    i2c_msg message{.addr = 0x50, .flags = 0x0200, .len = 1, .buf = &byte};
+    EXPECT_EQ(transactionText(5, {&message, 1}, 1),
+              "/dev/i2c-5 transfer [0x0050 0x0000 1: 05] -> 1");
+}
+
 TEST(TransactionText, aRefusalShowsItsErrorAndNoAnswer) {
     EXPECT_EQ(textOf(getProperty(0xFFFFFFFF, 4294967295), -ENODEV),
               "/dev/i2c-5 get-property target=0xFFFFFFFF property=4294967295 -> -19 ENODEV");
@@ -90,7 +97,7 @@ TEST(TransactionText, aMalformedRequestIsShownMessageByMessage) {
               "[0x0000 0x0001 4] -> -90 EMSGSIZE");
     request.messages.pop_back();
     request.messages[0] = {.addr = 0x50, .flags = 0x0280, .len = 0, .buf = nullptr};
-    EXPECT_EQ(textOf(request, -EINVAL), "/dev/i2c-5 control [0x0050 0x0280 0] -> -22 EINVAL");
+    EXPECT_EQ(textOf(request, -EINVAL), "/dev/i2c-5 control [0x0050 0x0080 0] -> -22 EINVAL");
 }
 
 TEST(TransactionText, anUnknownCommandIsShownMessageByMessage) {

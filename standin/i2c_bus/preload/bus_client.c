@@ -1,9 +1,11 @@
 #include "standin/i2c_bus/preload/bus_client.h"
 
+#include "standin/i2c_bus/core/functions.h"
 #include "standin/i2c_bus/preload/conversation.h"
 #include "standin/i2c_bus/wire.h"
 
 #include <errno.h>
+#include <limits.h>
 #include <linux/i2c-dev.h>
 #include <linux/i2c.h>
 #include <string.h>
@@ -16,11 +18,7 @@ enum {
     LONGEST_REPLY = WIRE_MESSAGES + 1,
 };
 
-// The kernel reports these for an adapter that only transfers messages. The server offers them.
-static const unsigned long functions = I2C_FUNC_I2C | I2C_FUNC_SMBUS_QUICK | I2C_FUNC_SMBUS_BYTE |
-                                       I2C_FUNC_SMBUS_BYTE_DATA | I2C_FUNC_SMBUS_WORD_DATA |
-                                       I2C_FUNC_SMBUS_PROC_CALL | I2C_FUNC_SMBUS_WRITE_BLOCK_DATA |
-                                       I2C_FUNC_SMBUS_I2C_BLOCK;
+static const unsigned long functions = BUS_CORE_FUNCTIONS;
 
 int busOpen(uint32_t bus, bool closeOnExec) {
     return connectAndAsk(WIRE_OPEN, bus, closeOnExec ? SOCK_CLOEXEC : 0);
@@ -67,6 +65,29 @@ ssize_t busWrite(int descriptor, const void* buffer, size_t size) {
     return exchange(descriptor, request, 2, reply, 1);
 }
 
+// Reads a byte. Returns -EFAULT when the place has none.
+static int byteAt(const uint8_t* place) {
+    uint8_t byte = 0;
+    const struct iovec to = {&byte, 1};
+    const struct iovec from = {(void*)place, 1};
+    return process_vm_readv(getpid(), &to, 1, &from, 1, 0) == 1 ? byte : -EFAULT;
+}
+
+// The length with which a message reaches the bus. A negative errno when the kernel refuses it.
+// Where the device is to give the length, the first byte of the buffer says how long the message
+// is without the bytes of the device.
+static int lengthOnBus(const struct i2c_msg* message) {
+    if (message->len > WIRE_MESSAGE_LENGTH) {
+        return -EINVAL;
+    }
+    if ((message->flags & I2C_M_RECV_LEN) == 0) {
+        return message->len;
+    }
+    const bool isRead = (message->flags & I2C_M_RD) != 0;
+    const int length = isRead && message->len > 0 ? byteAt(message->buf) : 0;
+    return length == 0 || message->len < length + I2C_SMBUS_BLOCK_MAX ? -EINVAL : length;
+}
+
 static int transfer(int descriptor, const struct i2c_rdwr_ioctl_data* given) {
     struct WireRequest head = {.kind = WIRE_TRANSFER};
     struct WireReply result = {0};
@@ -83,15 +104,20 @@ static int transfer(int descriptor, const struct i2c_rdwr_ioctl_data* given) {
     }
     for (uint32_t i = 0; i < given->nmsgs; ++i) {
         const struct i2c_msg* const message = &given->msgs[i];
-        const struct iovec piece = {message->buf, message->len};
-        if (message->len > WIRE_MESSAGE_LENGTH) {
-            return failed(EINVAL);
+        const int length = lengthOnBus(message);
+        if (length < 0) {
+            return failed(-length);
         }
-        messages[i] = (struct WireMessage){message->addr, message->flags, message->len};
+        messages[i] = (struct WireMessage){message->addr, message->flags, (uint16_t)length};
+        if ((message->flags & I2C_M_RD) == 0) {
+            request[requestPieces++] = (struct iovec){message->buf, (size_t)length};
+        }
+    }
+    // The kernel fills the buffers from the last message on. Buffers may share bytes.
+    for (uint32_t i = given->nmsgs; i > 0; --i) {
+        const struct i2c_msg* const message = &given->msgs[i - 1];
         if ((message->flags & I2C_M_RD) != 0) {
-            reply[replyPieces++] = piece;
-        } else {
-            request[requestPieces++] = piece;
+            reply[replyPieces++] = (struct iovec){message->buf, messages[i - 1].length};
         }
     }
     head.argument = given->nmsgs;
@@ -168,11 +194,12 @@ int busIoctl(int descriptor, unsigned long request, void* argument) {
         memcpy(argument, &functions, sizeof(functions));
         return 0;
     case I2C_RETRIES:
-    case I2C_TIMEOUT:
-        return 0; // without effect: the server never retries, and a fault delays regardless
+    case I2C_TIMEOUT: // without effect: the server never retries, and a fault delays regardless
+        return (uintptr_t)argument > INT_MAX ? failed(EINVAL) : 0;
     case I2C_TENBIT:
+        return ask(descriptor, WIRE_TEN_BITS, argument != NULL);
     case I2C_PEC:
-        return argument == NULL ? 0 : failed(EINVAL); // neither can be switched on
+        return ask(descriptor, WIRE_CHECKSUMS, argument != NULL);
     default:
         return failed(ENOTTY);
     }

@@ -14,6 +14,12 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// The kernel marks the messages of an access with a checksum in this way. The bus driver supports
+// neither checksums nor addresses of 10 bits, and refuses these messages.
+constexpr std::uint16_t checksumFlag = 0x0004;
+
+constexpr std::uint32_t highestOfTenBits = 0x3FF;
+
 // Takes a T off the front. None when too few bytes are left.
 template <typename T>
 std::optional<T> take(std::span<const std::uint8_t>& bytes) {
@@ -31,7 +37,8 @@ bool isRead(const i2c_msg& message) {
 }
 
 // Points each message at its bytes: a write message into the request, a read message behind the
-// reply's head. False when the request holds more or fewer bytes than its messages say.
+// reply's head, the last one first. False when the request holds more or fewer bytes than its
+// messages say.
 bool place(std::span<i2c_msg> messages, std::span<std::uint8_t> written, Bytes& reply) {
     std::size_t read = 0;
     for (i2c_msg& message : messages) {
@@ -46,12 +53,12 @@ bool place(std::span<i2c_msg> messages, std::span<std::uint8_t> written, Bytes& 
     }
     reply.assign(sizeof(WireReply) + read, 0);
     std::uint8_t* next = reply.data() + sizeof(WireReply);
-    for (i2c_msg& message : messages) {
+    std::for_each(messages.rbegin(), messages.rend(), [&](i2c_msg& message) {
         if (isRead(message)) {
             message.buf = next;
             next += message.len;
         }
-    }
+    });
     return written.empty();
 }
 
@@ -102,6 +109,10 @@ std::optional<int> BusConnection::performAlone(const WireRequest& head, Bytes& r
         return setAddress(head.argument, head.kind == WIRE_SLAVE_FORCE);
     case WIRE_READ:
         return read(head.argument, reply);
+    case WIRE_TEN_BITS:
+        return setFlag(I2C_M_TEN, head.argument != 0);
+    case WIRE_CHECKSUMS:
+        return setFlag(checksumFlag, head.argument != 0);
     default:
         return std::nullopt;
     }
@@ -116,8 +127,14 @@ int BusConnection::open(std::uint32_t bus) {
     return result;
 }
 
+int BusConnection::setFlag(std::uint16_t flag, bool on) {
+    flags_ = static_cast<std::uint16_t>(on ? flags_ | flag : flags_ & ~flag);
+    return 0;
+}
+
 int BusConnection::setAddress(std::uint32_t address, bool force) {
-    if (address > BUS_CORE_HIGHEST_ADDRESS) {
+    const bool isTenBits = (flags_ & I2C_M_TEN) != 0;
+    if (address > highestOfTenBits || (!isTenBits && address > BUS_CORE_HIGHEST_ADDRESS)) {
         return -EINVAL;
     }
     const BusCoreDevice* const device = busCoreFindDevice(core_, *bus_, address);
@@ -169,7 +186,7 @@ std::optional<int> BusConnection::read(std::uint32_t count, Bytes& reply) {
     }
     reply.resize(sizeof(WireReply) + count);
     i2c_msg message{.addr = address_,
-                    .flags = I2C_M_RD,
+                    .flags = static_cast<std::uint16_t>(I2C_M_RD | (flags_ & I2C_M_TEN)),
                     .len = static_cast<std::uint16_t>(count),
                     .buf = reply.data() + sizeof(WireReply)};
     return transferAlone(message);
@@ -180,7 +197,7 @@ std::optional<int> BusConnection::write(std::span<std::uint8_t> bytes) {
         return std::nullopt;
     }
     i2c_msg message{.addr = address_,
-                    .flags = 0,
+                    .flags = static_cast<std::uint16_t>(flags_ & I2C_M_TEN),
                     .len = static_cast<std::uint16_t>(bytes.size()),
                     .buf = bytes.data()};
     return transferAlone(message);
@@ -198,7 +215,7 @@ std::optional<int> BusConnection::access(std::span<const std::uint8_t> rest, Byt
         return std::nullopt;
     }
     const int result = smbusAccess([this](std::span<i2c_msg> messages) { return run(messages); },
-                                   address_, *access);
+                                   address_, flags_, *access);
     reply.insert(reply.end(), std::begin(access->data), std::end(access->data));
     return result;
 }

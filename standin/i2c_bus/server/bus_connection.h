@@ -39,6 +39,7 @@ private:
     [[nodiscard]] std::optional<int> performAlone(const WireRequest& head,
                                                   std::vector<std::uint8_t>& reply);
     [[nodiscard]] int open(std::uint32_t bus);
+    [[nodiscard]] int setFlag(std::uint16_t flag, bool on);
     [[nodiscard]] int setAddress(std::uint32_t address, bool force);
     [[nodiscard]] std::optional<int> transfer(std::uint32_t count, std::span<std::uint8_t> rest,
                                               std::vector<std::uint8_t>& reply);
@@ -53,6 +54,7 @@ private:
     const LineLog* log_;
     std::optional<std::uint32_t> bus_; ///< none before it is open
     std::uint16_t address_ = 0;        ///< of SMBus accesses, reads and writes
+    std::uint16_t flags_ = 0;          ///< of their messages
     Wait wait_{};                      ///< of the request that is being answered
 };
 

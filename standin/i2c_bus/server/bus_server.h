@@ -3,6 +3,7 @@
 
 #include "standin/i2c_bus/server/bus_connection.h"
 #include "standin/i2c_bus/server/bus_state.h"
+#include "standin/i2c_bus/server/descriptor.h"
 
 #include <cstdint>
 #include <functional>
@@ -10,29 +11,10 @@
 #include <memory>
 #include <string>
 #include <systemd/sd-event.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
 namespace standin {
-
-/// Owns a file descriptor and closes it.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
-    Descriptor& operator=(Descriptor&&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0) {
-            close(number_);
-        }
-    }
-
-    [[nodiscard]] int number() const { return number_; }
-
-private:
-    int number_;
-};
 
 struct DisableEventSource {
     void operator()(sd_event_source* source) const { sd_event_source_disable_unref(source); }

@@ -18,15 +18,23 @@ struct Plan {
     std::uint32_t firstByte = 0; // index in `data`; a block's length is data[0]
     std::uint32_t written = 0;
     std::uint32_t read = 0;
+    std::uint16_t readFlags = 0;
     int error = 0;
 };
 
 Plan blockPlan(const WireSmbus& access, bool sendsLength) {
     const std::uint32_t length = access.data[0];
-    if (length > I2C_SMBUS_BLOCK_MAX) {
+    if (length == 0 || length > I2C_SMBUS_BLOCK_MAX) {
         return {.error = -EINVAL};
     }
     return sendsLength ? Plan{.written = length + 1} : Plan{.firstByte = 1, .written = length};
+}
+
+// The bus driver refuses such a read, but not before the device has got the bytes to write.
+Plan withLengthFromDevice(Plan plan) {
+    plan.read = 1;
+    plan.readFlags = I2C_M_RECV_LEN;
+    return plan;
 }
 
 Plan planOf(const WireSmbus& access) {
@@ -41,7 +49,9 @@ Plan planOf(const WireSmbus& access) {
     case I2C_SMBUS_PROC_CALL:
         return {.written = 2, .read = 2};
     case I2C_SMBUS_BLOCK_DATA:
-        return isRead ? Plan{.error = -EOPNOTSUPP} : blockPlan(access, true);
+        return isRead ? withLengthFromDevice({}) : blockPlan(access, true);
+    case I2C_SMBUS_BLOCK_PROC_CALL:
+        return withLengthFromDevice(blockPlan(access, true));
     case I2C_SMBUS_I2C_BLOCK_BROKEN:
     case I2C_SMBUS_I2C_BLOCK_DATA: {
         const Plan plan = blockPlan(access, false);
@@ -53,9 +63,9 @@ Plan planOf(const WireSmbus& access) {
 }
 
 // A quick access only addresses the device; it transfers no bytes.
-int quickAccess(const Transfer& transfer, std::uint16_t address, bool isRead) {
+int quickAccess(const Transfer& transfer, std::uint16_t address, std::uint16_t flags, bool isRead) {
     i2c_msg message{.addr = address,
-                    .flags = static_cast<std::uint16_t>(isRead ? I2C_M_RD : 0),
+                    .flags = static_cast<std::uint16_t>(flags | (isRead ? I2C_M_RD : 0)),
                     .len = 0,
                     .buf = nullptr};
     return std::min(transfer({&message, 1}), 0);
@@ -63,9 +73,10 @@ int quickAccess(const Transfer& transfer, std::uint16_t address, bool isRead) {
 
 } // namespace
 
-int smbusAccess(const Transfer& transfer, std::uint16_t address, WireSmbus& access) {
+int smbusAccess(const Transfer& transfer, std::uint16_t address, std::uint16_t flags,
+                WireSmbus& access) {
     if (access.size == I2C_SMBUS_QUICK) {
-        return quickAccess(transfer, address, access.isRead != 0);
+        return quickAccess(transfer, address, flags, access.isRead != 0);
     }
     if (access.size == I2C_SMBUS_I2C_BLOCK_BROKEN && access.isRead != 0) {
         access.data[0] = broken32ByteRead;
@@ -80,13 +91,13 @@ int smbusAccess(const Transfer& transfer, std::uint16_t address, WireSmbus& acce
     std::uint32_t count = 0;
     if (plan.sendsCommand) {
         messages[count++] = {.addr = address,
-                             .flags = 0,
+                             .flags = flags,
                              .len = static_cast<std::uint16_t>(1 + plan.written),
                              .buf = output.data()};
     }
     if (plan.read > 0) {
         messages[count++] = {.addr = address,
-                             .flags = I2C_M_RD,
+                             .flags = static_cast<std::uint16_t>(flags | I2C_M_RD | plan.readFlags),
                              .len = static_cast<std::uint16_t>(plan.read),
                              .buf = access.data + plan.firstByte};
     }

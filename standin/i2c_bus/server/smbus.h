@@ -18,9 +18,11 @@ using Transfer = std::function<int(std::span<i2c_msg> messages)>;
 /// Performs an access to @p address on a bus.
 ///
 /// @param transfer  called once, or not at all when the access is refused.
+/// @param flags     flags of all messages
 /// @param access    kind, command and data; read bytes replace the data.
-/// @return 0, or a negative errno: that of the transfer, -EOPNOTSUPP for an unknown kind or a block
-///         whose length the device would give, -EINVAL for a block of more than 32 bytes.
-int smbusAccess(const Transfer& transfer, std::uint16_t address, WireSmbus& access);
+/// @return 0, or a negative errno: that of the transfer, -EOPNOTSUPP for an unknown kind, -EINVAL
+///         for a block of no bytes or of more than 32.
+int smbusAccess(const Transfer& transfer, std::uint16_t address, std::uint16_t flags,
+                WireSmbus& access);
 
 } // namespace standin

@@ -169,7 +169,7 @@ std::string messagesText(std::span<const i2c_msg> messages, bool succeeded) {
     for (const i2c_msg& message : messages) {
         const bool isWritten = (message.flags & I2C_M_RD) == 0;
         text.append(" [0x").append(hex(message.addr, 4));
-        text.append(" 0x").append(hex(message.flags, 4));
+        text.append(" 0x").append(hex(message.flags & ~std::uint32_t{I2C_M_DMA_SAFE}, 4));
         text.append(" ").append(std::to_string(message.len));
         if ((isWritten || succeeded) && message.len > 0) {
             text += ":";

@@ -22,6 +22,8 @@ namespace standin {
 ///   /dev/i2c-5 transfer [0x0051 0x0001 2] -> -6 ENXIO
 ///   /dev/i2c-5 control [0x0000 0x0080 2: AA BB] -> -90 EMSGSIZE
 ///
+/// A flag that a kernel adds, I2C_M_DMA_SAFE, is not shown.
+///
 /// @param result  result of the transfer; a failure is a negative errno
 [[nodiscard]] std::string transactionText(std::uint32_t bus, std::span<const i2c_msg> messages,
                                           int result);
