@@ -17,13 +17,14 @@ enum Letter : int {
     i2cLog = 'i',
     busLog = 's',
     logTimes = 't',
+    kernelBuses = 'n',
     check = 'k',
     list = 'l',
     help = 'h',
     version = 'v'
 };
 
-constexpr std::array<option, 12> longOptions{{
+constexpr std::array<option, 13> longOptions{{
     {"board", required_argument, nullptr, Letter::board},
     {"fault", required_argument, nullptr, Letter::fault},
     {"debug-log", required_argument, nullptr, Letter::debugLog},
@@ -31,6 +32,7 @@ constexpr std::array<option, 12> longOptions{{
     {"i2c-log", required_argument, nullptr, Letter::i2cLog},
     {"bus-log", required_argument, nullptr, Letter::busLog},
     {"log-times", no_argument, nullptr, Letter::logTimes},
+    {"kernel-buses", no_argument, nullptr, Letter::kernelBuses},
     {"check", no_argument, nullptr, Letter::check},
     {"list", no_argument, nullptr, Letter::list},
     {"help", no_argument, nullptr, Letter::help},
@@ -77,6 +79,9 @@ Arguments parseArguments(int argc, char* const argv[]) {
             break;
         case Letter::logTimes:
             arguments.logs.times = true;
+            break;
+        case Letter::kernelBuses:
+            arguments.kernelBuses = true;
             break;
         case Letter::check:
             arguments.check = true;
@@ -136,6 +141,7 @@ std::string usage() {
            "  --i2c-log FILE    write every transaction on the I2C buses to a file\n"
            "  --bus-log FILE    write every call that reaches the service to a file\n"
            "  --log-times       start each line of the logs with the time since the start\n"
+           "  --kernel-buses    put the I2C buses into the kernel, by the module zolt_bus\n"
            "  --check           run nothing: print all errors of the board descriptions\n"
            "  --list            run nothing: list boards, device-types, interfaces,\n"
            "                    properties, faults and the board's registers, or the\n"

@@ -13,8 +13,9 @@ struct Arguments {
     std::string board = "demo";      ///< a file, or the name of a board that comes with the tool
     std::vector<std::string> faults; ///< rules, added after those of the board description
     LogFiles logs;
-    bool check = false; ///< check boards instead of running a command
-    bool list = false;  ///< print lists instead of running a command
+    bool kernelBuses = false; ///< put the I2C buses into the kernel
+    bool check = false;       ///< check boards instead of running a command
+    bool list = false;        ///< print lists instead of running a command
     bool help = false;
     bool version = false;
     char* const* command = nullptr; ///< the command with its arguments, the boards to check, or

@@ -64,9 +64,10 @@ void holdSignalsBack() {
 }
 
 [[noreturn]] void become(char* const* command, const Environment& additions,
-                         const Inherited& inherited, pid_t parent, int failure) {
+                         const Inherited& inherited, const std::set<std::uint32_t>& boardBuses,
+                         pid_t parent, int failure) {
     try {
-        keepFromMachineBuses();
+        keepFromMachineBuses(boardBuses);
     } catch (const std::system_error& error) {
         Obstacle obstacle{.error = error.code().value()};
         std::string(error.what()).copy(obstacle.buses.data(), obstacle.buses.size() - 1);
@@ -140,15 +141,15 @@ Inherited prepareProcess() {
     return inherited;
 }
 
-Started startCommand(char* const* command, const Environment& additions,
-                     const Inherited& inherited) {
+Started startCommand(char* const* command, const Environment& additions, const Inherited& inherited,
+                     const std::set<std::uint32_t>& boardBuses) {
     const Pipe failure;
     const Pipe permission;
     const pid_t parent = getpid();
     Started started{.pid = fork()};
     if (started.pid == 0) {
         awaitPermission(permission);
-        become(command, additions, inherited, parent, failure.writeEnd);
+        become(command, additions, inherited, boardBuses, parent, failure.writeEnd);
     }
     Obstacle obstacle{.error = started.pid < 0 ? errno : 0};
     holdSignalsBack();

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <csignal>
+#include <cstdint>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -50,13 +52,14 @@ void holdStandardStreams();
 [[nodiscard]] Inherited prepareProcess();
 
 /// Starts a command with additions to this process's environment. The command cannot reach the
-/// machine's I2C buses, and it gets SIGHUP when this process ends first.
+/// machine's I2C buses except those of the board, and it gets SIGHUP when this process ends first.
 ///
 /// A signal that arrives before the command exists ends this process. Later signals stay blocked
 /// until superviseCommand() passes them on.
 /// @throw std::runtime_error when the machine's buses cannot be shut off, or for lack of a pipe
 [[nodiscard]] Started startCommand(char* const* command, const Environment& additions,
-                                   const Inherited& inherited);
+                                   const Inherited& inherited,
+                                   const std::set<std::uint32_t>& boardBuses);
 
 /// Runs an event loop until the command has ended. Passes signals on to the command, except those
 /// from the terminal that the kernel sends to the command itself. Afterwards signals again do to

@@ -119,27 +119,35 @@ BusState busStateOf(const board::Board& board) {
 }
 
 I2cSide::I2cSide(sd_event* loop, const std::string& directory, const board::Board& board,
-                 LineLog log)
-    : board_(&board),
-      socket_(directory + "/i2c"),
-      preload_(loaderPath(preloadLibrary(), directory, "libzolt_sim_i2c.so")),
-      topology_(directory + "/" + topologyFileName),
-      server_(loop, socket_, busStateOf(board), std::move(log)) {
+                 LineLog log, bool inKernel)
+    : board_(&board), topology_(directory + "/" + topologyFileName) {
+    if (inKernel) {
+        kernel_.emplace(loop, busStateOf(board), std::move(log));
+        kernel_->afterEachTransaction([this] { publishChanges(); });
+        core_ = &kernel_->core();
+    } else {
+        socket_ = directory + "/i2c";
+        preload_ = loaderPath(preloadLibrary(), directory, "libzolt_sim_i2c.so");
+        server_.emplace(loop, socket_, busStateOf(board), std::move(log));
+        server_->afterEachRequest([this] { publishChanges(); });
+        core_ = &server_->state().core();
+    }
     publishChanges();
-    server_.afterEachRequest([this] { publishChanges(); });
 }
 
 // Runs before each reply, so that a client with a reply finds its new node in the topology.
 void I2cSide::publishChanges() {
-    const BusCore& core = server_.state().core();
-    const std::uint64_t nodes = nodeCount(core) + 1; // 0 means: not published yet
+    const std::uint64_t nodes = nodeCount(*core_) + 1; // 0 means: not published yet
     if (nodes != published_) {
-        replaceFile(topology_, topologyOf(*board_, core));
+        replaceFile(topology_, topologyOf(*board_, *core_));
         published_ = nodes;
     }
 }
 
 Environment I2cSide::environment() const {
+    if (kernel_) {
+        return {};
+    }
     Environment environment{{WIRE_ENVIRONMENT, socket_}};
     const std::string libraries = inherited("LD_PRELOAD");
     environment.emplace_back("LD_PRELOAD", preload_ + (libraries.empty() ? "" : ":" + libraries));
@@ -148,6 +156,16 @@ Environment I2cSide::environment() const {
     environment.emplace_back("ASAN_OPTIONS",
                              (options.empty() ? "" : options + ":") + "verify_asan_link_order=0");
     return environment;
+}
+
+std::set<std::uint32_t> I2cSide::busesInKernel() const {
+    std::set<std::uint32_t> numbers;
+    if (kernel_) {
+        for (const BusCoreBus& bus : std::span(core_->buses, core_->busCount)) {
+            numbers.insert(bus.number);
+        }
+    }
+    return numbers;
 }
 
 } // namespace standin

@@ -15,6 +15,7 @@
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -42,6 +43,11 @@ void check(long result, const std::string& step) {
 bool canBeOpened(const std::string& node) {
     return faccessat(AT_FDCWD, node.c_str(), R_OK, AT_EACCESS) == 0 ||
            faccessat(AT_FDCWD, node.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+bool isBusOf(const std::string& node, const std::set<std::uint32_t>& buses) {
+    struct stat status {};
+    return stat(node.c_str(), &status) == 0 && buses.contains(minor(status.st_rdev));
 }
 
 template <typename Condition>
@@ -106,9 +112,10 @@ void giveUpWaysRound() {
 
 } // namespace
 
-void keepFromMachineBuses() {
+void keepFromMachineBuses(const std::set<std::uint32_t>& boardBuses) {
     closeDescriptors(isBusNode);
     std::vector<std::string> nodes = busNodes();
+    std::erase_if(nodes, [&](const std::string& node) { return isBusOf(node, boardBuses); });
     if (nodes.empty()) {
         return;
     }

@@ -5,6 +5,9 @@
 // themselves. On a machine without I2C buses the command notices none of them.
 #pragma once
 
+#include <cstdint>
+#include <set>
+
 namespace standin {
 
 /// Takes the machine's I2C buses away from the process that is about to become the command.
@@ -16,7 +19,8 @@ namespace standin {
 ///   also
 ///     loses its open directories and four capabilities, because they could bypass these mounts.
 ///
+/// @param boardBuses  numbers of buses that stay within reach: they are those of a board
 /// @throw std::system_error when the kernel refuses one of these steps; what() names the step
-void keepFromMachineBuses();
+void keepFromMachineBuses(const std::set<std::uint32_t>& boardBuses);
 
 } // namespace standin

@@ -87,14 +87,15 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments, std::int
     }
     const std::unique_ptr<sd_event, decltype(&sd_event_unref)> owned(loop, sd_event_unref);
     const ServiceSide service(loop, directory.path(), board, logs.bus());
-    const I2cSide i2c(loop, directory.path(), board, logs.i2c());
+    const I2cSide i2c(loop, directory.path(), board, logs.i2c(), arguments.kernelBuses);
 
     environment.emplace_back("LD_LIBRARY_PATH", librarySearchPath(directory.path()));
     environment.emplace_back(boardDirectoryVariable, directory.path());
     add(environment, service.environment());
     add(environment, i2c.environment());
 
-    const Started command = startCommand(arguments.command, environment, inherited);
+    const Started command =
+        startCommand(arguments.command, environment, inherited, i2c.busesInKernel());
     if (command.pid < 0) {
         std::fprintf(stderr, "zolt_sim: %s: %s\n", arguments.command[0],
                      std::strerror(command.failure.error));

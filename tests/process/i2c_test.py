@@ -238,6 +238,23 @@ class Command(I2cTest):
         self.assertRegex(preload, r"^/.*/libzolt_sim_i2c\.so:libdl\.so\.2$")
         self.assertEqual(options, own + ":verify_asan_link_order=0")
 
+    @unittest.skipIf(os.path.exists("/dev/zolt_bus"), "the kernel module is loaded")
+    def test_needs_the_kernel_module_for_buses_of_the_kernel(self):
+        done = self.sim(TOOL, "-o", "1", options=("--kernel-buses",))
+        self.assertEqual(
+            (done.returncode, done.stdout, done.stderr),
+            (125, "", "zolt_sim: the kernel module zolt_bus is not loaded or not free: "
+                      "/dev/zolt_bus: No such file or directory\n"),
+        )
+
+    def test_cannot_delay_the_opening_of_a_bus_of_the_kernel(self):
+        options = ("--kernel-buses", "--fault", "i2c-open 7 delay 1s")
+        done = self.sim(TOOL, "-o", "1", options=options)
+        self.assertEqual(
+            (done.returncode, done.stdout, done.stderr),
+            (125, "", "zolt_sim: buses in the kernel cannot delay an open: a rule i2c-open 7 has a delay\n"),
+        )
+
     def test_closes_its_bus_with_the_descriptor(self):
         # The limit of 40 descriptors would be reached if the tool left its buses open.
         done = self.shell(

@@ -30,6 +30,7 @@ TEST(Arguments, commandAlone) {
     const Arguments arguments = parse({"tool", "-o", "1", "--board", "x"});
     EXPECT_EQ(arguments.board, "demo");
     EXPECT_TRUE(arguments.faults.empty());
+    EXPECT_FALSE(arguments.kernelBuses);
     EXPECT_FALSE(arguments.logs.times);
     EXPECT_EQ(command(arguments), (Words{"tool", "-o", "1", "--board", "x"}));
 }
@@ -38,7 +39,7 @@ TEST(Arguments, everyOption) {
     const Arguments arguments =
         parse({"--board", "b.toml", "--fault", "named-read *", "--fault=raw-read 1 status 2",
                "--debug-log", "d", "--call-log=c", "--i2c-log", "i", "--bus-log=s", "--log-times",
-               "--", "-tool"});
+               "--kernel-buses", "--", "-tool"});
     EXPECT_EQ(arguments.board, "b.toml");
     EXPECT_EQ(arguments.faults, (Words{"named-read *", "raw-read 1 status 2"}));
     EXPECT_EQ(arguments.logs.debug, "d");
@@ -46,6 +47,7 @@ TEST(Arguments, everyOption) {
     EXPECT_EQ(arguments.logs.i2c, "i");
     EXPECT_EQ(arguments.logs.bus, "s");
     EXPECT_TRUE(arguments.logs.times);
+    EXPECT_TRUE(arguments.kernelBuses);
     EXPECT_EQ(command(arguments), Words{"-tool"});
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0 OR GPL-2.0-only
 // The core's tables: adds, finds and removes their entries.
 #include "standin/i2c_bus/core/internal.h"
 

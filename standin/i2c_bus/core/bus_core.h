@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0 OR GPL-2.0-only
 // The behaviour of the I2C bus driver, for any program or kernel module that serves requests.
 //
 // One struct holds all state in tables of fixed size. The caller provides the struct; the core

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0 OR GPL-2.0-only
 // Control requests: checks them and runs their commands.
 #include "standin/i2c_bus/core/internal.h"
 

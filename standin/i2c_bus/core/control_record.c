@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0 OR GPL-2.0-only
 #include "standin/i2c_bus/core/control_record.h"
 
 bool controlHasMagic(const uint8_t* record) {

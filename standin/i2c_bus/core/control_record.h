@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0 OR GPL-2.0-only
 // The control record as the bus driver reads it.
 //
 // A request writes 164 bytes to address 0, with a message flag of the driver's own. A number is

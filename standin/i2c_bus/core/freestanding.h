@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0 OR GPL-2.0-only
 // All that the core needs from outside: fixed-width types, memory functions, error numbers and the
 // kernel's I2C message. A kernel module takes them from the kernel, a program from the C library
 // and the kernel's user headers, under the same names.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0 OR GPL-2.0-only
 // Transfers: tells control requests from plain transfers, and performs the plain ones.
 #include "standin/i2c_bus/core/internal.h"
 
