@@ -24,6 +24,8 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         git                                                 # lists the files of a fresh copy
         qemu-user                                           # AArch64, the architecture of the boards
     )
+    # The tool on a real kernel, in a virtual machine.
+    kernel_packages=(g++-aarch64-linux-gnu make qemu-system-arm cpio python3)
     bench_packages=("${build_packages[@]}" python3 valgrind xxd bsdextrautils)
 }
 

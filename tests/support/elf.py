@@ -38,6 +38,7 @@ class SectionFlag(enum.IntFlag):
 
 
 class Dynamic(enum.IntEnum):
+    NEEDED = 1
     RPATH = 15
     TEXTREL = 22
     FLAGS = 30
@@ -93,6 +94,12 @@ class Elf:
     def _text(self, section, offset):
         start = section.offset + offset
         return self._bytes[start:self._bytes.index(b"\0", start)].decode()
+
+    def needed(self):
+        """The names of the libraries that the loader loads for this file."""
+        names = self._section(".dynstr")
+        return [self._text(names, value) for tag, value in self._table(".dynamic", "<QQ")
+                if tag == Dynamic.NEEDED]
 
     def segment(self, kind):
         return next((segment for segment in self.segments if segment.type == kind), None)

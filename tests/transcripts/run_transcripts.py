@@ -29,8 +29,13 @@ TIMEOUT_SECONDS = 60
 TEXTS = pathlib.Path(__file__).parent / "texts"
 
 
+def without_line_numbers(log):
+    """Returns a log with * in place of the numbers of source lines."""
+    return re.sub(rb"(?<=\.cpp\.)\d+(?=\.)", b"*", log)
+
+
 def logged(log):
-    return re.sub(rb"(?<=\.cpp\.)\d+(?=\.)", b"*", log.read_bytes() if log.exists() else b"")
+    return without_line_numbers(log.read_bytes() if log.exists() else b"")
 
 
 def difference(name, expected, actual):
