@@ -149,7 +149,7 @@ class Completion(unittest.TestCase):
     def test_has_every_option_and_list(self):
         self.assert_words(
             "zolt_sim --", "--", "--board", "--bus-log", "--call-log", "--check", "--debug-log",
-            "--fault", "--help", "--i2c-log", "--list", "--log-times", "--version",
+            "--fault", "--help", "--i2c-log", "--kernel-buses", "--list", "--log-times", "--version",
         )
         self.assertEqual(self.completed("zolt_sim --log"), "zolt_sim --log-times ")
         self.assert_words(
