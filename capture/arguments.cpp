@@ -1,10 +1,8 @@
 #include "capture/arguments.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
-#include <getopt.h>
 #include <iterator>
 #include <optional>
 #include <string_view>
@@ -52,19 +50,15 @@ NodeProperty propertyIn(std::string_view text) {
 
 // One option: all that the program knows of it.
 struct Option {
-    char letter = '\0';             ///< short form, or none
-    const char* name = nullptr;     ///< long form, or none
-    const char* argument = nullptr; ///< its name in the help, or none
-    bool isRepeated = false;
-    std::string_view help; ///< lines, without indentation
+    zolt::OptionForm form;
     void (*take)(Arguments& arguments, const char* argument);
 };
 
 constexpr Option options[] = {
-    {.letter = 'o',
-     .argument = "FILE",
-     .help = "write the description to FILE, which must not exist\n"
-             "(default: standard output)",
+    {.form = {.letter = 'o',
+              .argument = "FILE",
+              .help = "write the description to FILE, which must not exist\n"
+                      "(default: standard output)"},
      .take =
          [](Arguments& arguments, const char* file) {
              if (*file == '\0') {
@@ -72,105 +66,45 @@ constexpr Option options[] = {
              }
              arguments.output = file;
          }},
-    {.name = "force",
-     .help = "overwrite FILE if it exists",
+    {.form = {.name = "force", .help = "overwrite FILE if it exists"},
      .take = [](Arguments& arguments, const char*) { arguments.force = true; }},
-    {.name = "mask",
-     .help = "replace texts that may identify a machine or a customer",
+    {.form = {.name = "mask", .help = "replace texts that may identify a machine or a customer"},
      .take = [](Arguments& arguments, const char*) { arguments.mask = true; }},
-    {.name = "property",
-     .argument = "BUS:TARGET:ID",
-     .isRepeated = true,
-     .help = "read a property of a node, too; TARGET 0 is the\n"
-             "bus itself; numbers are decimal, or 0x...",
+    {.form = {.name = "property",
+              .argument = "BUS:TARGET:ID",
+              .isRepeated = true,
+              .help = "read a property of a node, too; TARGET 0 is the\n"
+                      "bus itself; numbers are decimal, or 0x..."},
      .take = [](Arguments& arguments,
                 const char* property) { arguments.properties.push_back(propertyIn(property)); }},
-    {.name = "help",
-     .help = "print this and exit",
+    {.form = {.name = "help", .help = "print this and exit"},
      .take = [](Arguments& arguments, const char*) { arguments.help = true; }},
-    {.name = "version",
-     .help = "print the version and exit",
+    {.form = {.name = "version", .help = "print the version and exit"},
      .take = [](Arguments& arguments, const char*) { arguments.version = true; }},
 };
 
-// The number of an option in getopt's answer. Options are numbered above all letters.
-constexpr int firstNumber = 256;
-
-std::string shortForms() {
-    std::string forms(":"); // tells a missing argument from a wrong option
+std::vector<zolt::OptionForm> forms() {
+    std::vector<zolt::OptionForm> forms;
+    forms.reserve(std::size(options));
     for (const Option& each : options) {
-        if (each.letter != '\0') {
-            forms.append(1, each.letter).append(each.argument != nullptr ? ":" : "");
-        }
+        forms.push_back(each.form);
     }
     return forms;
-}
-
-std::vector<option> longForms() {
-    std::vector<option> forms;
-    for (std::size_t i = 0; i < std::size(options); ++i) {
-        if (options[i].name != nullptr) {
-            forms.push_back(
-                {.name = options[i].name,
-                 .has_arg = options[i].argument != nullptr ? required_argument : no_argument,
-                 .flag = nullptr,
-                 .val = firstNumber + static_cast<int>(i)});
-        }
-    }
-    forms.push_back({});
-    return forms;
-}
-
-const Option* found(int answer) {
-    if (answer >= firstNumber) {
-        return &options[answer - firstNumber];
-    }
-    const auto* const option =
-        std::ranges::find_if(options, [&](const Option& each) { return each.letter == answer; });
-    return option == std::end(options) ? nullptr : option;
-}
-
-// The option that getopt refuses: a letter, or else the last word that it took.
-std::string refused(char* const argv[]) {
-    return optopt > 0 && optopt < firstNumber
-               ? std::string("-").append(1, static_cast<char>(optopt))
-               : std::string(argv[optind - 1]);
-}
-
-std::string formOf(const Option& option) {
-    std::string form = option.name != nullptr ? std::string("--").append(option.name)
-                                              : std::string("-").append(1, option.letter);
-    if (option.argument != nullptr) {
-        form.append(" ").append(option.argument);
-    }
-    return form;
 }
 
 } // namespace
 
 Arguments parseArguments(int argc, char* const argv[]) {
-    const std::string letters = shortForms();
-    const std::vector<option> names = longForms();
+    zolt::OptionReader reader(argc, argv, forms());
     Arguments arguments;
-    opterr = 0;
-    optind = 0;
-    for (int answer = 0;
-         (answer = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr)) != -1;) {
-        if (answer == ':') {
-            throw ArgumentsError(refused(argv) + " needs a value");
-        }
-        const Option* const option = answer == '?' ? nullptr : found(answer);
-        if (option == nullptr) {
-            throw ArgumentsError(refused(argv) +
-                                 " is not an option, or has a value it does not take");
-        }
-        option->take(arguments, optarg);
+    while (const auto option = reader.next()) {
+        options[*option].take(arguments, reader.value());
         if (arguments.help || arguments.version) {
             return arguments;
         }
     }
-    if (optind < argc) {
-        throw ArgumentsError(std::string(argv[optind]) + " is not an option");
+    if (!reader.operands().empty()) {
+        throw ArgumentsError(std::string(reader.operands().front()) + " is not an option");
     }
     if (arguments.force && arguments.output.empty()) {
         throw ArgumentsError("--force needs -o FILE");
@@ -184,17 +118,8 @@ std::string usage() {
                        "Reads what this board shows, and writes it as a board description for\n"
                        "zolt_sim. Only reads from the hardware.\n"
                        "\n";
-    constexpr std::size_t column = 32;
     for (const Option& each : options) {
-        std::string line = std::string("  ").append(formOf(each));
-        line.append(each.isRepeated ? "..." : "");
-        for (std::string_view help = each.help; !help.empty();) {
-            const std::size_t end = std::min(help.find('\n'), help.size());
-            line.resize(std::max(column, line.size() + 1), ' ');
-            text.append(line).append(help.substr(0, end)).append("\n");
-            help.remove_prefix(std::min(end + 1, help.size()));
-            line.clear();
-        }
+        text.append(zolt::helpOf(each.form, 32));
     }
     text += "\nExit status: 0 if everything was read; 1 if something was refused, which the\n"
             "description records; 2 if nothing was written.\n";

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "capture/node_properties.h"
+#include "console/options.h"
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -19,10 +19,7 @@ struct Arguments {
 };
 
 /// A wrong command line; what() says what is wrong.
-class ArgumentsError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+using ArgumentsError = zolt::OptionError;
 
 /// Reads the command line. Reads no further than --help or --version. @throw ArgumentsError
 [[nodiscard]] Arguments parseArguments(int argc, char* const argv[]);
