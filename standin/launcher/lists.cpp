@@ -1,8 +1,8 @@
 #include "standin/launcher/lists.h"
 
 #include "standin/launcher/arguments.h"
-#include "standin/launcher/places.h"
 
+#include "board/board_files.h"
 #include "board/board_loader.h"
 #include "board/bus_names.h"
 #include "board/cpld_contents.h"
@@ -35,7 +35,7 @@ std::string line(std::initializer_list<std::string_view> parts) {
 // The text of a board; of a wrong description its error.
 std::string textOfBoard(const std::string& name) {
     try {
-        return board::loadBoard(boardFile(name), boardFile).name;
+        return board::loadBoard(board::boardFile(name), board::boardFile).name;
     } catch (const board::BoardError& error) {
         return error.what();
     }
@@ -43,7 +43,7 @@ std::string textOfBoard(const std::string& name) {
 
 Lines boards(const std::string& /*board*/) {
     Lines lines;
-    for (const std::string& name : boardNames()) {
+    for (const std::string& name : board::boardNames()) {
         lines.push_back(line({name, board::shortened(textOfBoard(name))}));
     }
     return lines;
@@ -113,7 +113,7 @@ Lines faultTimes(const std::string& /*board*/) {
 Lines registers(const std::string& board) {
     Lines lines;
     const board::CpldContents contents =
-        board::deriveCpldContents(board::loadBoard(boardFile(board), boardFile));
+        board::deriveCpldContents(board::loadBoard(board::boardFile(board), board::boardFile));
     for (const auto& [name, value] : contents.named) {
         std::string bytes;
         for (const std::uint8_t byte : value) {

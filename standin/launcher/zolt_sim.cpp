@@ -2,6 +2,7 @@
 //
 // All files of a run lie in one private directory. The command finds the directory and the
 // platform's libraries through its environment.
+#include "board/board_files.h"
 #include "board/board_loader.h"
 #include "board/fault_order.h"
 #include "board/message_text.h"
@@ -39,7 +40,7 @@ constexpr int exitWrongInput = 2;
 constexpr int exitOwnFailure = 125;
 
 board::Board boardFor(const Arguments& arguments) {
-    board::Board board = board::loadBoard(boardFile(arguments.board), boardFile);
+    board::Board board = board::loadBoard(board::boardFile(arguments.board), board::boardFile);
     for (const std::string& rule : arguments.faults) {
         try {
             board::orderFault(board, rule);
@@ -108,7 +109,7 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments, std::int
 
 std::vector<std::string> errorsOf(const char* board) {
     try {
-        return board::errorsInFile(boardFile(board), boardFile);
+        return board::errorsInFile(board::boardFile(board), board::boardFile);
     } catch (const board::BoardError& error) { // there is no such board
         return {error.what()};
     }
