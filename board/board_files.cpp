@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <system_error>
 
 namespace board {
 
@@ -50,12 +51,13 @@ std::string boardFile(std::string_view board) {
     }
     const fs::path directory = boardDirectory();
     const fs::path file = directory / std::string(board).append(descriptionEnding);
-    if (fs::exists(file)) {
+    std::error_code tooLong; // such a name is that of no board
+    if (fs::exists(file, tooLong)) {
         return file;
     }
     std::string reason = "no board " + inQuotes(board) + " in " + directory.string() +
                          suggestion(board, boardNames());
-    if (fs::exists(board)) {
+    if (fs::exists(board, tooLong)) {
         reason += "; the name of a file needs a slash: './" + shortened(board) + "'";
     }
     throw BoardError(reason);

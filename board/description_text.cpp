@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -152,6 +153,37 @@ private:
     std::size_t* entries_;
 };
 
+// Returns the number of bytes read; 0 at the end.
+std::size_t readPiece(int descriptor, char* to, std::size_t size, const Place& place) {
+    for (;;) {
+        const ssize_t count = read(descriptor, to, size);
+        if (count >= 0) {
+            return static_cast<std::size_t>(count);
+        }
+        if (errno == EAGAIN) { // whoever shares standard input may have set it so
+            pollfd waiting{.fd = descriptor, .events = POLLIN, .revents = 0};
+            (void)poll(&waiting, 1, -1);
+        } else if (errno != EINTR) {
+            place.refuse(std::strerror(errno));
+        }
+    }
+}
+
+std::string readAll(int descriptor, const Place& place) {
+    constexpr std::size_t piece = 65'536;
+    std::string text;
+    for (std::size_t length = 0; length <= longestDescription;) {
+        text.resize(length + piece);
+        const std::size_t count = readPiece(descriptor, text.data() + length, piece, place);
+        length += count;
+        if (count == 0) {
+            text.resize(length);
+            return text;
+        }
+    }
+    place.refuse("has more than " + std::to_string(longestDescription) + " bytes");
+}
+
 } // namespace
 
 DescriptionFile readDescription(const std::string& path) {
@@ -167,22 +199,16 @@ DescriptionFile readDescription(const std::string& path) {
     if (file.descriptor() < 0 || fstat(file.descriptor(), &status) != 0) {
         place.refuse(std::strerror(errno));
     }
-    std::string text;
-    std::size_t length = 0;
-    while (length <= longestDescription) {
-        constexpr std::size_t piece = 65'536;
-        text.resize(length + piece);
-        const ssize_t count = read(file.descriptor(), text.data() + length, piece);
-        if (count < 0 && errno != EINTR) {
-            place.refuse(std::strerror(errno));
-        }
-        if (count == 0) {
-            text.resize(length);
-            return {std::move(text), {{status.st_dev, status.st_ino}}};
-        }
-        length += count > 0 ? static_cast<std::size_t>(count) : 0;
+    return {readAll(file.descriptor(), place), {{status.st_dev, status.st_ino}}};
+}
+
+DescriptionFile readDescription(int descriptor, const std::string& name) {
+    const Place place{name};
+    std::string text = readAll(descriptor, place);
+    if (text.empty()) {
+        place.refuse("is empty");
     }
-    place.refuse("has more than " + std::to_string(longestDescription) + " bytes");
+    return {std::move(text)};
 }
 
 void checkBounds(std::string_view text, const std::string& name, DescriptionSize& chain) {

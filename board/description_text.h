@@ -29,6 +29,12 @@ struct DescriptionFile {
 /// Reads a file. @throw BoardError when the file cannot be read, is too long or is no regular file
 [[nodiscard]] DescriptionFile readDescription(const std::string& path);
 
+/// Reads an open file or pipe to its end. An empty one is refused: the program that should have
+/// written the description has failed.
+/// @param name  for messages
+/// @throw BoardError
+[[nodiscard]] DescriptionFile readDescription(int descriptor, const std::string& name);
+
 /// The size of the descriptions of a chain, as far as they are read.
 struct DescriptionSize {
     std::size_t bytes = 0;

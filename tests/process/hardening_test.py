@@ -79,7 +79,7 @@ class Hardening(unittest.TestCase):
     def test_every_program_and_library_is_looked_at(self):
         self.assertEqual(
             {pathlib.Path(path).name for path in self.installed},
-            {"zolt_capture", "zolt_sim", "zolt_test", *EXPORTED},
+            {"zolt_board", "zolt_capture", "zolt_sim", "zolt_test", *EXPORTED},
         )
         self.assertEqual(len(self.files), 2 * len(self.installed))
 

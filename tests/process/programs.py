@@ -12,6 +12,7 @@ import unittest
 
 SIM = os.environ["ZOLT_SIM"]
 TOOL = os.environ["ZOLT_TEST"]
+BOARD = os.environ.get("ZOLT_BOARD", "")
 CAPTURE = os.environ.get("ZOLT_CAPTURE", "")
 OTHER_PLATFORM = os.environ.get("OTHER_PLATFORM", "")
 

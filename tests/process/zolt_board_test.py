@@ -1,0 +1,191 @@
+#!/usr/bin/env python3
+"""Tests zolt_board as people start it: its help, and the boards that it takes and refuses."""
+
+import os
+import pathlib
+import resource
+import socket
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+
+import tap  # noqa: E402
+from programs import BOARD, EMULATED, SANITIZED, Scratch, not_emulated, run  # noqa: E402
+
+HELP = """\
+usage: zolt_board show [option]... BOARD
+
+Works on board descriptions alone:
+
+  show     what a board has
+
+'zolt_board VERB --help' tells the options of a verb.
+
+BOARD is a file, the name of a board that comes with the tools, or - for
+standard input.
+
+  --help        print this and exit
+  --version     print the version and exit
+
+Exit status: 2 for a wrong option or board; each verb says what 0 and 1 mean.
+"""
+ADVICE = "Try 'zolt_board --help'.\n"
+ONE_SLOT = "[[slot]]\nid = 7\ndstat = 2\n"
+SHOWN = "slots: 62 empty, 0 with dstat 1, 1 with dstat 2, 0 with dstat 3\n"
+MOST_BYTES = 16 * 1024 * 1024
+
+
+class BoardTest(unittest.TestCase):
+    def setUp(self):
+        self.scratch = Scratch()
+        self.addCleanup(self.scratch.close)
+
+    def board(self, *arguments, **options):
+        options.setdefault("env", self.scratch.environment)
+        return run(BOARD, *arguments, **options)
+
+    def assert_told(self, done, message, shown="", status=2):
+        self.assertEqual((done.stdout, done.stderr, done.returncode), (shown, message, status))
+
+    def assert_shown(self, done, shown):
+        self.assert_told(done, "", shown, 0)
+
+
+class Help(BoardTest):
+    def test_of_the_program(self):
+        self.assert_shown(self.board("--help"), HELP)
+
+    def test_wrong_words_get_the_nearest_ones(self):
+        self.assert_told(self.board("shwo", "demo"),
+                         f"zolt_board: there is no verb 'shwo'; did you mean 'show'?\n{ADVICE}")
+        self.assert_told(self.board("show", "--colour=x", "demo"),
+                         "zolt_board: --colour is not an option; did you mean '--color'?\n"
+                         + ADVICE)
+        self.assert_told(self.board(), f"zolt_board: there is no verb\n{ADVICE}")
+
+    def test_standard_output_must_take_the_text(self):
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([BOARD, "show", "demo"], stdout=full, stderr=subprocess.PIPE,
+                                  text=True, check=False, timeout=60)
+        self.assertEqual(
+            (done.stderr, done.returncode),
+            ("zolt_board: standard output: No space left on device\n", 2))
+        for command in (["show", "demo"], ["--help"]):
+            done = run("sh", "-c", '"$@" >&-', "sh", BOARD, *command)
+            self.assert_told(done, "zolt_board: standard output is closed\n")
+
+
+class Boards(BoardTest):
+    def test_are_files_names_or_standard_input(self):
+        file = self.scratch.file("board.toml", ONE_SLOT)
+        self.assert_shown(self.board("show", file), SHOWN)
+        self.assert_shown(self.board("show", "board.toml", cwd=self.scratch.path), SHOWN)
+        self.assert_shown(self.board("show", "-", input=ONE_SLOT), SHOWN)
+        with open(file) as given:
+            self.assert_shown(run(BOARD, "show", "-", input=None, stdin=given), SHOWN)
+        self.assertEqual(self.board("show", "demo").returncode, 0)
+
+    def test_bases_are_found(self):
+        self.scratch.file("board.toml", ONE_SLOT)
+        self.assert_shown(
+            self.board("show", "-", input='base = "board.toml"\n', cwd=self.scratch.path), SHOWN)
+        self.assertEqual(
+            self.board("show", "-", input='base = "demo"\n').stdout,
+            self.board("show", "demo").stdout)
+
+    def test_standard_input_may_come_late_and_in_pieces(self):
+        self.assert_shown(
+            run("sh", "-c", '(sleep 0.3; echo "[[slot]]"; sleep 0.3; echo "id = 7\ndstat = 2") | '
+                '"$0" show -', BOARD), SHOWN)
+
+
+class WrongBoards(BoardTest):
+    """Each wrong board is refused with one line, in little time and memory."""
+
+    def limited(self, *arguments, **options):
+        """Runs the program with bounds for its time and memory."""
+        def limit():
+            if not SANITIZED and not EMULATED:
+                resource.setrlimit(resource.RLIMIT_AS, (256 << 20, 256 << 20))
+            resource.setrlimit(resource.RLIMIT_CPU, (20, 20))
+        return self.board("show", *arguments, preexec_fn=limit, **options)
+
+    def test_names(self):
+        boards = pathlib.Path(BOARD).parents[1] / "boards"
+        if not EMULATED:
+            self.assert_told(self.limited("dmeo"), f"zolt_board: no board 'dmeo' in {boards}; "
+                             "did you mean 'demo'?\n")
+            self.assert_told(self.limited("x" * 5000),
+                             f"zolt_board: no board '{'x' * 200}...' in {boards}\n")
+        self.assert_told(self.limited("no/board"),
+                         "zolt_board: no/board: No such file or directory\n")
+        self.assert_told(self.limited("a\x1b[31m/\nb"),
+                         "zolt_board: a\\x1B[31m/\\nb: No such file or directory\n")
+
+    def test_files_that_are_no_text(self):
+        place = self.scratch.path
+        os.mkfifo(place / "fifo.toml")
+        listening = socket.socket(socket.AF_UNIX)
+        self.addCleanup(listening.close)
+        listening.bind(str(place / "socket.toml"))
+        (place / "loop.toml").symlink_to(place / "loop.toml")
+        cases = {
+            place: "Is a directory",
+            place / "fifo.toml": "is not a regular file",
+            place / "socket.toml": "is not a regular file",
+            place / "loop.toml": "Too many levels of symbolic links",
+            "/dev/zero": "is not a regular file",
+            "/dev/tty": "is not a regular file",
+        }
+        for file, reason in cases.items():
+            # A path without a slash is a name.
+            self.assert_told(self.limited(f"{file}"), f"zolt_board: {file}: {reason}\n")
+
+    def test_too_much_text(self):
+        sparse = pathlib.Path(self.scratch.file("sparse.toml"))
+        with open(sparse, "r+b") as file:
+            file.truncate(1 << 30)
+        reason = f"has more than {MOST_BYTES} bytes\n"
+        self.assert_told(self.limited(str(sparse)), f"zolt_board: {sparse}: {reason}")
+        done = run("sh", "-c", 'yes "# text" | "$0" show -', BOARD)
+        self.assert_told(done, f"zolt_board: standard input: {reason}")
+
+    def test_texts(self):
+        cases = {
+            "": "is empty\n",
+            "a = \0\n": "1: Error while parsing value: unexpected control character\n",
+            "x = 1\n": "1: board: 'x' is not a key here\n",
+            "[[slot]]\nid = 64\n": "2: slot: 'id' must be a whole number from 1 to 63\n",
+            "a = " + "[" * 100_000: "1: brackets are nested more than 64 deep\n",
+            "a." * 10_000 + "b = 1": "1: a key has more than 16 parts\n",
+            'base = "fifo"': "1: board: no board 'fifo' in ",
+        }
+        for text, reason in cases.items():
+            done = self.limited("-", input=text)
+            self.assertEqual((done.stdout, done.returncode), ("", 2), reason)
+            separator = " " if text == "" else ""
+            told = f"zolt_board: standard input:{separator}{reason}"
+            self.assertEqual(done.stderr[:len(told)], told)
+            self.assertEqual(done.stderr.count("\n"), 1)
+
+    def test_standard_input_that_cannot_be_read(self):
+        self.assert_told(run("sh", "-c", '"$0" show - <&-', BOARD),
+                         "zolt_board: standard input: is empty\n")
+        self.assert_told(run("sh", "-c", '"$0" show - </', BOARD),
+                         "zolt_board: standard input: Is a directory\n")
+
+
+@not_emulated("the program that stands in for zolt_board links nothing")
+class Libraries(unittest.TestCase):
+    def test_of_the_platform_are_not_needed(self):
+        needed = run("readelf", "-dW", BOARD).stdout
+        self.assertIn("libstdc++.so.6", needed)
+        for library in ("libhal", "libcpld", "libsysinfo", "libdlog"):
+            self.assertNotIn(library, needed)
+
+
+if __name__ == "__main__":
+    tap.main()
