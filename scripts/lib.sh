@@ -10,7 +10,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
 # shellcheck disable=SC2034 # each script picks its own
 {
     build_packages=(g++ meson ninja-build pkgconf libsystemd-dev libtomlplusplus-dev
-        dbus-daemon)
+        nlohmann-json3-dev dbus-daemon)
     board_packages=(g++-aarch64-linux-gnu meson ninja-build pkgconf)
     test_packages=(
         "${build_packages[@]}" "${board_packages[@]}"
