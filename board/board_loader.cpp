@@ -203,7 +203,7 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
 };
 
 // @param errors  if given, gets all errors; else the first error is thrown
-Board read(const DescriptionFile& description, const std::string& name, const BoardFinder& find,
+Board readBoard(const DescriptionFile& description, const std::string& name, const BoardFinder& find,
            Errors* errors, KeyObserver* observer = nullptr) {
     DescriptionChain chain = readChain(description, name, find, errors);
     const Reading reading{.files = std::move(chain.files), .errors = errors, .observer = observer};
@@ -222,7 +222,7 @@ template <typename Open>
 Errors errorsOf(Open open, const std::string& name, const BoardFinder& find) {
     Errors errors;
     try {
-        (void)read(open(), name, find, &errors);
+        (void)readBoard(open(), name, find, &errors);
     } catch (const BoardError& error) { // nothing behind such an error can be read
         errors.emplace_back(error.what());
     }
@@ -232,15 +232,15 @@ Errors errorsOf(Open open, const std::string& name, const BoardFinder& find) {
 } // namespace
 
 Board parseBoard(std::string_view description, const std::string& name, const BoardFinder& find) {
-    return read({std::string(description)}, name, find, nullptr);
+    return readBoard({std::string(description)}, name, find, nullptr);
 }
 
 Board loadBoard(const std::string& path, const BoardFinder& find) {
-    return read(readDescription(path), path, find, nullptr);
+    return readBoard(readDescription(path), path, find, nullptr);
 }
 
 void observeKeys(std::string_view description, const std::string& name, KeyObserver& observer) {
-    (void)read({std::string(description)}, name, {}, nullptr, &observer);
+    (void)readBoard({std::string(description)}, name, {}, nullptr, &observer);
 }
 
 Errors errorsIn(std::string_view description, const std::string& name, const BoardFinder& find) {

@@ -4,7 +4,7 @@ namespace board {
 
 namespace {
 
-constexpr FaultRuleHelp rules[] = {
+constexpr FaultRuleHelp ruleHelp[] = {
     {"named-read PATTERN [status N] [TIMING]...",
      "Reads of registers whose name fits the shell pattern fail."},
     {"raw-read ADDRESS[-ADDRESS] [status N] [TIMING]...",
@@ -34,7 +34,7 @@ constexpr FaultRuleHelp timings[] = {
 } // namespace
 
 std::span<const FaultRuleHelp> faultRuleHelp() {
-    return rules;
+    return ruleHelp;
 }
 
 std::span<const FaultRuleHelp> faultTimingHelp() {

@@ -13,8 +13,6 @@ namespace board {
 
 namespace {
 
-using Kind = Layout::Kind;
-
 bool isOneOf(std::span<const std::string_view> names, std::string_view name) {
     return std::ranges::find(names, name) != names.end();
 }
@@ -114,18 +112,18 @@ private:
     void layTableOfKind(toml::table& over, toml::table& base, const Layout& layout) {
         if (layout.hasNames()) {
             layNamesOver(over, base, layout, rules_);
-        } else if (layout.kind == Kind::table) {
+        } else if (layout.kind == Layout::Kind::table) {
             layTable(over, base, layout);
         } // else the loader refuses the table: it must be an array
     }
 
     void layArray(toml::array& over, toml::array& base, const Layout& layout) {
-        if (layout.kind == Kind::texts) {
+        if (layout.kind == Layout::Kind::texts) {
             toml::array held;
             appendAll(held, over);
             appendAll(over, base);
             appendAll(over, held);
-        } else if (layout.kind == Kind::list && over.is_array_of_tables()) {
+        } else if (layout.kind == Layout::Kind::list && over.is_array_of_tables()) {
             layListOver(over, base, layout, rules_, [&](toml::table& mine, toml::table& theirs) {
                 layTable(mine, theirs, layout);
             });

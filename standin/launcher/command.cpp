@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::array passedOn{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2};
 
-void check(int result, const char* what) {
+void checkResult(int result, const char* what) {
     if (result < 0) {
         throw std::system_error(-result, std::generic_category(), what);
     }
@@ -177,17 +177,17 @@ Started startCommand(char* const* command, const Environment& additions, const I
 
 Ended superviseCommand(sd_event* loop, pid_t pid, const Inherited& inherited) {
     for (const int signal : passedOn) {
-        check(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "cannot watch for signals");
+        checkResult(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "cannot watch for signals");
     }
     Ended ended;
     sd_event_source* raw = nullptr;
-    check(sd_event_add_child(loop, &raw, pid, WEXITED, noteEnd, &ended),
+    checkResult(sd_event_add_child(loop, &raw, pid, WEXITED, noteEnd, &ended),
           "cannot watch the command");
     const std::unique_ptr<sd_event_source, UnrefSource> child(raw);
     // Handle pending signals before the child's exit event.
-    check(sd_event_source_set_priority(raw, SD_EVENT_PRIORITY_NORMAL + 1),
+    checkResult(sd_event_source_set_priority(raw, SD_EVENT_PRIORITY_NORMAL + 1),
           "cannot watch the command");
-    check(sd_event_loop(loop), "the event loop failed");
+    checkResult(sd_event_loop(loop), "the event loop failed");
     sigprocmask(SIG_SETMASK, &inherited.signals, nullptr);
     return ended;
 }

@@ -34,7 +34,7 @@ constexpr std::array<unsigned, 4> waysRound{
     CAP_DAC_READ_SEARCH, // opens a file by its handle, past any mount
 };
 
-void check(long result, const std::string& step) {
+void checkStep(long result, const std::string& step) {
     if (result < 0) {
         throw std::system_error(errno, std::generic_category(), step);
     }
@@ -67,20 +67,20 @@ void closeDescriptors(Condition toBeClosed) {
 
 void writeFile(const char* path, const std::string& text) {
     const int file = open(path, O_WRONLY | O_CLOEXEC);
-    check(file, path);
-    check(write(file, text.data(), text.size()), path);
+    checkStep(file, path);
+    checkStep(write(file, text.data(), text.size()), path);
     close(file);
 }
 
 // An ordinary user can mount only in a user namespace. User and group keep their numbers in it.
 void getOwnMounts() {
     if (unshare(CLONE_NEWNS) == 0) {
-        check(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr), "cannot detach its mounts");
+        checkStep(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr), "cannot detach its mounts");
         return;
     }
     const std::string user = std::to_string(geteuid());
     const std::string group = std::to_string(getegid());
-    check(unshare(CLONE_NEWUSER | CLONE_NEWNS), "cannot get mounts of its own");
+    checkStep(unshare(CLONE_NEWUSER | CLONE_NEWNS), "cannot get mounts of its own");
     writeFile("/proc/self/uid_map", user + " " + user + " 1");
     writeFile("/proc/self/setgroups", "deny");
     writeFile("/proc/self/gid_map", group + " " + group + " 1");
@@ -91,23 +91,23 @@ void closeNode(const std::string& node) {
     noDevices.attr_set = MOUNT_ATTR_NODEV;
     // A removed node that is still mounted alone takes no cover. Its own mount is closed then.
     if (mount(node.c_str(), node.c_str(), nullptr, MS_BIND, nullptr) != 0 && errno != ENOENT) {
-        check(-1, node);
+        checkStep(-1, node);
     }
-    check(mount_setattr(AT_FDCWD, node.c_str(), 0, &noDevices, sizeof noDevices), node);
+    checkStep(mount_setattr(AT_FDCWD, node.c_str(), 0, &noDevices, sizeof noDevices), node);
 }
 
 // The loss is final, because PR_SET_NO_NEW_PRIVS keeps later programs from gaining privileges.
 void giveUpWaysRound() {
     __user_cap_header_struct header{.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
     std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
-    check(syscall(SYS_capget, &header, sets.data()), "cannot get its capabilities");
+    checkStep(syscall(SYS_capget, &header, sets.data()), "cannot get its capabilities");
     for (const unsigned capability : waysRound) {
         __user_cap_data_struct& set = sets.at(CAP_TO_INDEX(capability));
         set.effective &= ~CAP_TO_MASK(capability);
         set.permitted &= ~CAP_TO_MASK(capability);
         set.inheritable &= ~CAP_TO_MASK(capability);
     }
-    check(syscall(SYS_capset, &header, sets.data()), "cannot give up capabilities");
+    checkStep(syscall(SYS_capset, &header, sets.data()), "cannot give up capabilities");
 }
 
 } // namespace
@@ -119,7 +119,7 @@ void keepFromMachineBuses(const std::set<std::uint32_t>& boardBuses) {
     if (nodes.empty()) {
         return;
     }
-    check(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "cannot refuse privileges");
+    checkStep(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), "cannot refuse privileges");
     std::erase_if(nodes, [](const std::string& node) { return !canBeOpened(node); });
     if (nodes.empty()) {
         return;

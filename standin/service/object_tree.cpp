@@ -35,7 +35,7 @@ constexpr std::string_view manager =
     " </interface>\n";
 
 // Names come from the board description and may hold any character.
-std::string escaped(std::string_view text) {
+std::string xmlText(std::string_view text) {
     std::string safe;
     for (const char c : text) {
         switch (c) {
@@ -56,10 +56,10 @@ std::string escaped(std::string_view text) {
 }
 
 void describe(std::string& xml, const board::PublishedInterface& interface) {
-    xml.append(" <interface name=\"").append(escaped(interface.interface)).append("\">\n");
+    xml.append(" <interface name=\"").append(xmlText(interface.interface)).append("\">\n");
     for (const board::Property& property : interface.properties) {
-        xml.append("  <property name=\"").append(escaped(property.name));
-        xml.append("\" type=\"").append(escaped(property.signature));
+        xml.append("  <property name=\"").append(xmlText(property.name));
+        xml.append("\" type=\"").append(xmlText(property.signature));
         xml += "\" access=\"read\">"
                "<annotation name=\"org.freedesktop.DBus.Property.EmitsChangedSignal\" "
                "value=\"false\"/></property>\n";

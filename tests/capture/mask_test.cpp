@@ -16,7 +16,7 @@
 namespace capture {
 namespace {
 
-constexpr const char* name = "RISER_SLOT_AMP_BLOB";
+constexpr const char* riserBlob = "RISER_SLOT_AMP_BLOB";
 
 // Whether each character has a replacement of its own kind.
 bool hasShapeOf(const std::string& replacement, const std::string& text) {
@@ -115,8 +115,8 @@ Bytes riserMap(std::uint8_t checksumError = 0) {
 
 Bytes maskedBlob(const Bytes& blob) {
     Observation observation;
-    observation.named[name].bytes = blob;
-    return masked(std::move(observation)).named.at(name).bytes;
+    observation.named[riserBlob].bytes = blob;
+    return masked(std::move(observation)).named.at(riserBlob).bytes;
 }
 
 TEST(Mask, descriptionAndPartNumbersOfTheRiserMapChange) {
@@ -200,7 +200,7 @@ TEST(Mask, recordsOfLengthZeroChangeOnce) {
 TEST(Mask, theRawRegistersOfARiserMapChangeInTheSameWay) {
     const Bytes blob = riserMap();
     Observation observation;
-    observation.named[name].status = -1;
+    observation.named[riserBlob].status = -1;
     observation.rawBytes[0x89FF].bytes = {'A'}; // in front of the blob
     observation.rawBytes[0x8E00].bytes = {'A'}; // behind the blob
     std::uint16_t address = 0x8A00;

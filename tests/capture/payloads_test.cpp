@@ -16,7 +16,7 @@ namespace {
 using zolt::test::platform;
 using Calls = std::vector<std::string>;
 
-constexpr const char* object = "PICPWR_PAYLOADS";
+constexpr const char* payloadBlock = "PICPWR_PAYLOADS";
 
 // A byte of the payload block by its index: the byte at index 1 has the payload offset 0.
 std::uint8_t blockByte(std::uint32_t index) {
@@ -38,7 +38,7 @@ protected:
         for (unsigned n = 1; n <= 63; ++n) {
             platform().named[nameOf(n, "DSTAT")] = {0};
         }
-        auto& content = platform().hal[object].content;
+        auto& content = platform().hal[payloadBlock].content;
         for (std::uint32_t i = 0; i < 0x6000; ++i) {
             content.push_back(blockByte(i));
             platform().raw[0x2A00 + i] = blockByte(i);
@@ -137,7 +137,7 @@ TEST_F(Payloads, theRawOffsetCountsWhereTheNamedReadFails) {
 
 TEST_F(Payloads, anObjectThatLoadsLateIsAskedForTwice) {
     fill(1, 0);
-    platform().hal[object].missingAsks = 1;
+    platform().hal[payloadBlock].missingAsks = 1;
     const Observation observation = read();
     EXPECT_EQ(platform().calls,
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadHALConfig PICPWR_PAYLOADS",
@@ -198,7 +198,7 @@ TEST_F(Payloads, atTheEndOfTheBlockTheCirPayloadHasAReadOfItsOwn) {
 
 TEST_F(Payloads, aSecondReadTakesTheRawBytesOfTheFirstOne) {
     fill(1, 0x40);
-    platform().hal[object].readStatus = -4;
+    platform().hal[payloadBlock].readStatus = -4;
     const Observation observation = read();
     EXPECT_EQ(platform().calls,
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 375 65",
@@ -211,13 +211,13 @@ TEST_F(Payloads, aSecondReadTakesTheRawBytesOfTheFirstOne) {
 
 TEST_F(Payloads, aModuleWithoutAClassHasNoCirPayloadToRead) {
     fill(1, 0x40, 0);
-    platform().hal[object].readStatus = -4;
+    platform().hal[payloadBlock].readStatus = -4;
     EXPECT_EQ(read().payloads.size(), 1U);
 }
 
 TEST_F(Payloads, fewerBytesAreASuccess) {
     fill(1, 0x5FF0);
-    platform().hal[object].deliversLess = true;
+    platform().hal[payloadBlock].deliversLess = true;
     const Observation observation = read();
     ASSERT_EQ(observation.payloads.size(), 1U);
     EXPECT_EQ(observation.payloads[0].hal.bytes, payloadBytes(0x5FF0, 15));
@@ -225,8 +225,8 @@ TEST_F(Payloads, fewerBytesAreASuccess) {
 
 TEST_F(Payloads, anInterruptCallbackIsRemovedBeforeTheObjectIsDestroyed) {
     fill(1, 0);
-    platform().hal[object].callbackRegistered = true;
-    platform().hal[object].unregisterStatus = -3;
+    platform().hal[payloadBlock].callbackRegistered = true;
+    platform().hal[payloadBlock].unregisterStatus = -3;
     const Observation observation = read();
     EXPECT_EQ(platform().calls,
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 375 1",
@@ -238,8 +238,8 @@ TEST_F(Payloads, anInterruptCallbackIsRemovedBeforeTheObjectIsDestroyed) {
 
 TEST_F(Payloads, theObjectIsDestroyedEvenIfRemovingTheCallbackThrows) {
     fill(1, 0);
-    platform().hal[object].callbackRegistered = true;
-    platform().hal[object].thrownByUnregister = std::make_exception_ptr(std::bad_alloc());
+    platform().hal[payloadBlock].callbackRegistered = true;
+    platform().hal[payloadBlock].thrownByUnregister = std::make_exception_ptr(std::bad_alloc());
     EXPECT_THROW(read(), std::bad_alloc);
     EXPECT_EQ(platform().calls.back(), "delete PICPWR_PAYLOADS");
 }

@@ -12,7 +12,7 @@ namespace {
 
 using zolt::test::platform;
 
-constexpr const char* name = "RISER_SLOT_AMP_BLOB";
+constexpr const char* blobName = "RISER_SLOT_AMP_BLOB";
 
 class RiserMap : public testing::Test {
 protected:
@@ -33,22 +33,22 @@ protected:
 };
 
 TEST_F(RiserMap, aNamedAreaIsReadInOneCall) {
-    platform().named[name] = {1, 2, 3};
+    platform().named[blobName] = {1, 2, 3};
     fillRegisters(1024);
     const Observation observation = read();
-    EXPECT_EQ(platform().calls, std::vector<std::string>{std::string("ReadIO_Str ") + name});
-    EXPECT_EQ(observation.named.at(name).bytes, (Bytes{1, 2, 3}));
+    EXPECT_EQ(platform().calls, std::vector<std::string>{std::string("ReadIO_Str ") + blobName});
+    EXPECT_EQ(observation.named.at(blobName).bytes, (Bytes{1, 2, 3}));
     EXPECT_TRUE(observation.rawBytes.empty());
 }
 
 TEST_F(RiserMap, theSmallerOfTheDeliveredAndTheStatedSizeCounts) {
-    platform().named[name] = {1, 2, 3};
-    platform().size[name] = 2;
-    EXPECT_EQ(read().named.at(name).bytes, (Bytes{1, 2}));
-    platform().size[name] = 0xFFFFFFFF;
-    EXPECT_EQ(read().named.at(name).bytes, (Bytes{1, 2, 3}));
-    platform().named[name] = Bytes(1'000'000, 7);
-    EXPECT_EQ(read().named.at(name).bytes, Bytes(mostAreaBytes, 7));
+    platform().named[blobName] = {1, 2, 3};
+    platform().size[blobName] = 2;
+    EXPECT_EQ(read().named.at(blobName).bytes, (Bytes{1, 2}));
+    platform().size[blobName] = 0xFFFFFFFF;
+    EXPECT_EQ(read().named.at(blobName).bytes, (Bytes{1, 2, 3}));
+    platform().named[blobName] = Bytes(1'000'000, 7);
+    EXPECT_EQ(read().named.at(blobName).bytes, Bytes(mostAreaBytes, 7));
 }
 
 TEST_F(RiserMap, theRegistersAreReadOneByOneWhenTheNamedReadFails) {
@@ -57,8 +57,8 @@ TEST_F(RiserMap, theRegistersAreReadOneByOneWhenTheNamedReadFails) {
     ASSERT_EQ(platform().calls.size(), 1025U);
     EXPECT_EQ(platform().calls[1], "cpld_read_device 0xFFFF8A00 1");
     EXPECT_EQ(platform().calls[1024], "cpld_read_device 0xFFFF8DFF 1");
-    EXPECT_EQ(observation.named.at(name).status, -1);
-    EXPECT_EQ(observation.named.at(name).bytes, Bytes{}); // not the HAL's garbage
+    EXPECT_EQ(observation.named.at(blobName).status, -1);
+    EXPECT_EQ(observation.named.at(blobName).bytes, Bytes{}); // not the HAL's garbage
     ASSERT_EQ(observation.rawBytes.size(), 1024U);
     EXPECT_EQ(observation.rawBytes.at(0x8A00).bytes, Bytes{0});
     EXPECT_EQ(observation.rawBytes.at(0x8DFF).bytes, Bytes{0xFF});

@@ -41,7 +41,7 @@ using test::Bytes;
 using test::platform;
 using Calls = std::vector<std::string>;
 
-constexpr const char* name = "PICPWR_PAYLOADS";
+constexpr const char* blockName = "PICPWR_PAYLOADS";
 
 class HalCfgdata : public testing::Test {
 protected:
@@ -49,7 +49,7 @@ protected:
 
     // Makes a handle for one read, as the views do.
     std::int32_t read(std::uint32_t length, std::uint32_t offset) {
-        HAL_cfgdata handle(name);
+        HAL_cfgdata handle(blockName);
         const std::int32_t status = handle.ReadIO(buffer_, length, offset);
         handle.Release();
         return status;
@@ -59,7 +59,7 @@ protected:
 };
 
 TEST_F(HalCfgdata, readsThroughTheObject) {
-    platform().hal[name].content = {1, 2, 3, 4, 5};
+    platform().hal[blockName].content = {1, 2, 3, 4, 5};
     EXPECT_EQ(read(3, 1), 0);
     EXPECT_EQ(buffer_, (Bytes{2, 3, 4}));
     EXPECT_EQ(platform().calls, (Calls{"ReadHALConfig PICPWR_PAYLOADS",
@@ -68,7 +68,7 @@ TEST_F(HalCfgdata, readsThroughTheObject) {
 }
 
 TEST_F(HalCfgdata, asksOnceMoreForAMissingObject) {
-    platform().hal[name] = {.content = {1}, .missingAsks = 1};
+    platform().hal[blockName] = {.content = {1}, .missingAsks = 1};
     EXPECT_EQ(read(1, 0), 0);
     EXPECT_EQ(platform().calls,
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadHALConfig PICPWR_PAYLOADS",
@@ -90,13 +90,13 @@ TEST_F(HalCfgdata, missingObjectIsLoggedAndFails) {
 }
 
 TEST_F(HalCfgdata, statusOfTheObjectIsTheResult) {
-    platform().hal[name] = {.content = {1}, .readStatus = 6};
+    platform().hal[blockName] = {.content = {1}, .readStatus = 6};
     EXPECT_EQ(read(1, 0), 6);
     EXPECT_EQ(platform().log, Calls{"5 273 [~HAL_cfgdata]: Deleted halData for [PICPWR_PAYLOADS]"});
 }
 
 TEST_F(HalCfgdata, unregistersACallbackBeforeItDeletesTheObject) {
-    platform().hal[name] = {.content = {1}, .callbackRegistered = true, .unregisterStatus = -3};
+    platform().hal[blockName] = {.content = {1}, .callbackRegistered = true, .unregisterStatus = -3};
     EXPECT_EQ(read(1, 0), 0);
     EXPECT_EQ(platform().calls,
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 1 0",
@@ -108,9 +108,9 @@ TEST_F(HalCfgdata, unregistersACallbackBeforeItDeletesTheObject) {
 }
 
 TEST_F(HalCfgdata, textIsHandedOutBeforeTheLibraryIsAsked) {
-    platform().hal[name] = {.content = {1}, .callbackRegistered = true};
+    platform().hal[blockName] = {.content = {1}, .callbackRegistered = true};
     (void)test::outputOf([&] {
-        HAL_cfgdata handle(name);
+        HAL_cfgdata handle(blockName);
         write("read ");
         EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);
         write("release ");
@@ -120,7 +120,7 @@ TEST_F(HalCfgdata, textIsHandedOutBeforeTheLibraryIsAsked) {
 }
 
 TEST_F(HalCfgdata, anExceptionOfTheCallbackPassesOnceTheObjectIsGone) {
-    platform().hal[name] = {.content = {1},
+    platform().hal[blockName] = {.content = {1},
                             .callbackRegistered = true,
                             .thrownByUnregister =
                                 std::make_exception_ptr(std::runtime_error("still in use"))};
@@ -132,20 +132,20 @@ TEST_F(HalCfgdata, anExceptionOfTheCallbackPassesOnceTheObjectIsGone) {
 }
 
 TEST_F(HalCfgdata, theEndOfAHandleReleasesItsObjectAndSwallowsTheException) {
-    platform().hal[name] = {.content = {1},
+    platform().hal[blockName] = {.content = {1},
                             .callbackRegistered = true,
                             .thrownByUnregister =
                                 std::make_exception_ptr(std::runtime_error("still in use"))};
     {
-        HAL_cfgdata handle(name);
+        HAL_cfgdata handle(blockName);
         EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);
     }
     EXPECT_EQ(platform().calls.back(), "delete PICPWR_PAYLOADS");
 }
 
 TEST_F(HalCfgdata, aReleasedHandleAsksForAnObjectAnew) {
-    platform().hal[name].content = {1, 2};
-    HAL_cfgdata handle(name);
+    platform().hal[blockName].content = {1, 2};
+    HAL_cfgdata handle(blockName);
     EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);
     handle.Release();
     handle.Release();
@@ -171,7 +171,7 @@ TEST_F(HalCfgdata, releaseCopiesNoName) {
 }
 
 TEST_F(HalCfgdata, unusedHandleAsksAndLogsNothing) {
-    { const HAL_cfgdata handle(name); }
+    { const HAL_cfgdata handle(blockName); }
     EXPECT_TRUE(platform().calls.empty());
     EXPECT_TRUE(platform().log.empty());
 }

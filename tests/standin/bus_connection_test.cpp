@@ -45,7 +45,7 @@ Bytes reply(std::int32_t result, const Bytes& rest = {}) {
     return bytes;
 }
 
-const Bytes refusal = reply(-EPROTO); // reply to an invalid request
+const Bytes protocolError = reply(-EPROTO); // reply to an invalid request
 
 class Connection : public testing::Test {
 protected:
@@ -75,11 +75,11 @@ protected:
 };
 
 TEST_F(Connection, anOpenRequestComesFirstAndOnce) {
-    EXPECT_EQ(answer(transfer({{0x50, 0, 1}}, {0})), refusal);
-    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), refusal);
+    EXPECT_EQ(answer(transfer({{0x50, 0, 1}}, {0})), protocolError);
+    EXPECT_EQ(answer(request(WIRE_SLAVE, 0x50)), protocolError);
     EXPECT_EQ(answer(request(WIRE_OPEN, 6)), reply(-ENOENT));
     EXPECT_EQ(answer(request(WIRE_OPEN, 5)), reply(0));
-    EXPECT_EQ(answer(request(WIRE_OPEN, 5)), refusal);
+    EXPECT_EQ(answer(request(WIRE_OPEN, 5)), protocolError);
 }
 
 TEST_F(Connection, aLookRequestOpensNoBus) {
@@ -88,9 +88,9 @@ TEST_F(Connection, aLookRequestOpensNoBus) {
     EXPECT_EQ(answer(request(WIRE_LOOK, 5)), reply(0));
     EXPECT_EQ(answer(request(WIRE_LOOK, 6)), reply(-ENOENT));
     EXPECT_EQ(answer(request(WIRE_LOOK, 8)), reply(0));
-    EXPECT_EQ(answer(request(WIRE_NUMBER, 0)), refusal);
+    EXPECT_EQ(answer(request(WIRE_NUMBER, 0)), protocolError);
     open();
-    EXPECT_EQ(answer(request(WIRE_LOOK, 5)), refusal);
+    EXPECT_EQ(answer(request(WIRE_LOOK, 5)), protocolError);
 }
 
 TEST_F(Connection, anOpenBusKnowsItsNumber) {
@@ -129,31 +129,31 @@ TEST_F(Connection, aTransferOfAWrongLengthIsRefused) {
     }
     Bytes longer = fitting;
     longer.push_back(0);
-    EXPECT_EQ(answer(longer), refusal);
+    EXPECT_EQ(answer(longer), protocolError);
     EXPECT_EQ(answer(fitting), reply(2, {11, 12}));
 }
 
 TEST_F(Connection, aTransferIsLimited) {
     open();
-    EXPECT_EQ(answer(transfer({}, {})), refusal);
+    EXPECT_EQ(answer(transfer({}, {})), protocolError);
     const std::vector<WireMessage> most(42, {0x50, I2C_M_RD, 8192});
     const auto longest = answer(transfer(most, {}));
     EXPECT_EQ(longest.size(), 8 + 42 * 8192);
-    EXPECT_EQ(answer(transfer(std::vector<WireMessage>(43, {0x50, I2C_M_RD, 1}), {})), refusal);
-    EXPECT_EQ(answer(transfer({{0x50, I2C_M_RD, 8193}}, {})), refusal);
-    EXPECT_EQ(answer(transfer({{0x50, 0, 8193}}, Bytes(8193))), refusal);
-    EXPECT_EQ(answer(request(WIRE_TRANSFER, 0xFFFFFFFF)), refusal);
+    EXPECT_EQ(answer(transfer(std::vector<WireMessage>(43, {0x50, I2C_M_RD, 1}), {})), protocolError);
+    EXPECT_EQ(answer(transfer({{0x50, I2C_M_RD, 8193}}, {})), protocolError);
+    EXPECT_EQ(answer(transfer({{0x50, 0, 8193}}, Bytes(8193))), protocolError);
+    EXPECT_EQ(answer(request(WIRE_TRANSFER, 0xFFFFFFFF)), protocolError);
 }
 
 TEST_F(Connection, unknownRequestsAreRefused) {
     open();
     for (const std::uint32_t kind : {0U, 12U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(answer(request(kind, 0)), refusal);
+        EXPECT_EQ(answer(request(kind, 0)), protocolError);
     }
     Bytes longer = request(WIRE_SLAVE, 0x50);
     longer.push_back(0);
-    EXPECT_EQ(answer(longer), refusal);
-    EXPECT_EQ(answer(request(WIRE_SMBUS, 0)), refusal);
+    EXPECT_EQ(answer(longer), protocolError);
+    EXPECT_EQ(answer(request(WIRE_SMBUS, 0)), protocolError);
 }
 
 TEST_F(Connection, anAddressWithANodeIsBusyUnlessForced) {
@@ -205,14 +205,14 @@ TEST_F(Connection, readsAndWritesGoToTheAddress) {
     EXPECT_EQ(answer(write), reply(2));
     EXPECT_EQ(answer(request(WIRE_READ, 3)), reply(3, {13, 10, 11}));
     EXPECT_EQ(answer(request(WIRE_READ, 8192)).size(), 8 + 8192);
-    EXPECT_EQ(answer(request(WIRE_READ, 8193)), refusal);
+    EXPECT_EQ(answer(request(WIRE_READ, 8193)), protocolError);
     write.resize(12 + 8192);
     EXPECT_EQ(answer(write), reply(8192));
     write.resize(12 + 8193);
-    EXPECT_EQ(answer(write), refusal);
+    EXPECT_EQ(answer(write), protocolError);
     Bytes longer = request(WIRE_READ, 1);
     longer.push_back(0);
-    EXPECT_EQ(answer(longer), refusal);
+    EXPECT_EQ(answer(longer), protocolError);
 }
 
 TEST_F(Connection, smbusAccessesGoToTheAddress) {
@@ -225,7 +225,7 @@ TEST_F(Connection, smbusAccessesGoToTheAddress) {
     data[0] = 12;
     EXPECT_EQ(answer(access), reply(0, data));
     access.push_back(0);
-    EXPECT_EQ(answer(access), refusal);
+    EXPECT_EQ(answer(access), protocolError);
 }
 
 TEST_F(Connection, everyTransactionIsLogged) {
