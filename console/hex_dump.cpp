@@ -16,7 +16,7 @@ constexpr std::size_t longestLine = 21 + 3 * lineBytes + 3;
 
 // The text of each byte value: two digits and a blank. With a fourth character, one store of four
 // bytes copies the text.
-constexpr auto byteTexts = [] {
+constexpr auto byteTexts = []() {
     constexpr std::string_view digits = "0123456789abcdef";
     std::array<std::array<char, 4>, 256> texts{};
     for (std::size_t value = 0; value < texts.size(); ++value) {

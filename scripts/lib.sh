@@ -18,7 +18,8 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         clang libclang-rt-dev clang-format clang-tidy       # the second compiler, the linters
         strace                                              # shows a program's system calls
         i2c-tools systemd                                   # independent clients of the buses (busctl)
-        shellcheck mandoc                                   # the scripts, the manual pages
+        gcovr                                               # the coverage of the suites
+        shellcheck cppcheck mandoc                          # linters
         python3-jsonschema                                  # the schema of board descriptions
         bash-completion                                     # completion at a terminal
         git                                                 # lists the files of a fresh copy

@@ -23,6 +23,8 @@ from programs import (  # noqa: E402
     TIMEOUT_SECONDS,
     TOOL,
     Scratch,
+    counted_by_others,
+    counted_in_short_files,
     other_user,
     run,
     serves_others,
@@ -266,6 +268,7 @@ class File(CaptureCase):
         self.assertEqual((done.returncode, self.log.read_text()), (2, ""))
         self.assertIn("No such file or directory", done.stderr)
 
+    @counted_by_others
     def test_a_directory_that_cannot_be_written(self):
         if not serves_others():
             self.skipTest("needs root, to become another user")
@@ -280,6 +283,7 @@ class File(CaptureCase):
             (2, f"zolt_capture: {self.file}: Permission denied\n"),
         )
 
+    @counted_in_short_files
     def test_a_full_disk_leaves_nothing(self):
         for force in ((), ("--force",)):
             if force:

@@ -15,6 +15,7 @@ from programs import (  # noqa: E402
     SIM,
     TOOL,
     Scratch,
+    counted_by_others,
     not_emulated,
     other_programs_on_buses,
     other_user,
@@ -269,6 +270,7 @@ class Command(I2cTest):
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
         self.assertEqual(len(self.log.read_text().splitlines()), 6)
 
+    @counted_by_others
     @unittest.skipUnless(serves_others(), "no other user can run the programs here")
     def test_may_be_an_ordinary_user(self):
         self.scratch.path.chmod(0o777)

@@ -15,7 +15,14 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import SIM, TIMEOUT_SECONDS, TOOL, Scratch, run  # noqa: E402
+from programs import (  # noqa: E402
+    SIM,
+    TIMEOUT_SECONDS,
+    TOOL,
+    Scratch,
+    counted_in_short_files,
+    run,
+)
 
 OPTIONS = ("--debug-log", "--call-log", "--i2c-log", "--bus-log")
 
@@ -273,6 +280,7 @@ class Loss(LogTest):
         done = self.sim("--bus-log", "/dev/full", "sh", "-c", SLOT)
         self.assertEqual((done.stderr, done.returncode), ("", 0))
 
+    @counted_in_short_files
     @unittest.skipUnless(shutil.which("prlimit"), "there is no prlimit")
     def test_ends_no_process_when_a_file_gets_too_long(self):
         # The parent of the shell is zolt_sim.

@@ -21,6 +21,7 @@ from programs import (  # noqa: E402
     SIM,
     TOOL,
     Scratch,
+    counted_by_others,
     not_emulated,
     other_user,
     run,
@@ -97,11 +98,13 @@ class MachineBuses(unittest.TestCase):
             done = self.machine(*user, "cat", "/dev/i2c-77")
             self.assertEqual((done.stdout, done.stderr), ("", REACHED.format("/dev/i2c-77")))
 
+    @counted_by_others
     def test_are_closed_to_programs_without_the_preload_library(self):
         for user in ((), MEMBER, STRANGER):
             done = self.board(user, f"{CAT} /dev/i2c-77; {CAT} /dev/bus/other")
             self.assert_refuses(done, "/dev/i2c-77", "/dev/bus/other")
 
+    @counted_by_others
     def test_are_closed_below_every_mount_of_a_dev(self):
         place = self.scratch.path / "a \\ place"
         place.mkdir()
@@ -134,6 +137,7 @@ class MachineBuses(unittest.TestCase):
         done = self.machine(SIM, "--", "cat", f"{place}/file", script=more)
         self.assertEqual((done.stdout, done.stderr), ("kept\n", ""))
 
+    @counted_by_others
     def test_are_closed_to_writers(self):
         for user in ((), MEMBER):
             done = self.board(user, "env -u LD_PRELOAD dd if=/dev/zero of=/dev/i2c-77 status=none")
@@ -166,6 +170,7 @@ class MachineBuses(unittest.TestCase):
         done = self.machine(SIM, "--", "env", "-u", "LD_PRELOAD", "python3", "-c", BY_HANDLE)
         self.assertEqual(done.stdout, "0 -1 Operation not permitted\n")
 
+    @counted_by_others
     def test_stay_closed_in_a_namespace_of_the_commands_own(self):
         for user in ((), MEMBER):
             done = self.board(
@@ -176,6 +181,7 @@ class MachineBuses(unittest.TestCase):
             )
             self.assert_refuses(done, "/dev/i2c-77")
 
+    @counted_by_others
     def test_stay_closed_to_a_program_that_becomes_root(self):
         program = shutil.copy(shutil.which("cat"), self.scratch.path)
         os.chmod(program, 0o4755)
@@ -198,6 +204,7 @@ class MachineBuses(unittest.TestCase):
             (done.stdout, done.stderr), ("0 is closed\n7 is closed\n8 is closed\n/dev/zero\n", "")
         )
 
+    @counted_by_others
     def test_are_closed_without_changing_the_rest_of_the_machine(self):
         for user, who in (((), "root"), (MEMBER, "daemon"), (STRANGER, "daemon")):
             done = self.board(
@@ -208,6 +215,7 @@ class MachineBuses(unittest.TestCase):
             )
             self.assertEqual((done.stdout, done.stderr), (f"{who} {who}\nzzz\n", ""))
 
+    @counted_by_others
     def test_are_closed_without_changing_the_board(self):
         for user in ((), MEMBER, STRANGER):
             done = self.board(
@@ -230,6 +238,7 @@ class MachineBuses(unittest.TestCase):
         )
         self.assertEqual((done.stdout, done.stderr), ("", REACHED.format("/dev/i2c-77")))
 
+    @counted_by_others
     @unittest.skipUnless(serves_others(), "no other user can run the programs here")
     def test_stop_a_command_that_cannot_be_kept_from_them(self):
         # The kernel refuses a user namespace to a process below another root directory.

@@ -81,6 +81,12 @@ def not_emulated(reason):
     return unittest.skipIf(EMULATED, f"emulated: {reason}")
 
 
+# Programs that measure coverage write counters when they end.
+COUNTED = os.environ.get("COVERAGE") == "true"
+counted_by_others = unittest.skipIf(COUNTED, "coverage: another user cannot write the counters")
+counted_in_short_files = unittest.skipIf(COUNTED, "coverage: the counters are files, too")
+
+
 # For tests that reach a bus with a program of this machine, such as a shell.
 other_programs_on_buses = not_emulated(
     "a program of this machine cannot load the other architecture's library"

@@ -19,6 +19,8 @@ from programs import (  # noqa: E402
     TIMEOUT_SECONDS,
     TOOL,
     Scratch,
+    counted_by_others,
+    counted_in_short_files,
     next_line,
     not_emulated,
     other_programs_on_buses,
@@ -134,6 +136,7 @@ class Status(SimTest):
             "and 95 leave room for the name of a socket\n",
         )
 
+    @counted_in_short_files
     def test_is_125_when_its_files_get_too_long(self):
         done = run("bash", "-c", f"ulimit -f 10; {SIM} true", env=self.scratch.environment)
         self.assertRegex(
@@ -193,6 +196,7 @@ class WithoutABus(SimTest):
         self.scratch.environment["PATH"] = str(self.scratch.path)
         self.assert_tells_a_way_that_works("dbus-daemon does not start: no directory of PATH has it")
 
+    @counted_by_others
     @unittest.skipUnless(serves_others(), "no other user can run the programs here")
     def test_that_serves_a_user_without_a_name(self):
         self.scratch.path.chmod(0o777)
