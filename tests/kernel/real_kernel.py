@@ -26,7 +26,7 @@ from transcript import read_text, read_transcript  # noqa: E402
 SIM = "/standin/zolt_sim"
 TOOL = "/usr/bin/zolt_test"
 LOGS = {"calls": "--call-log", "debug_log": "--debug-log", "i2c_log": "--i2c-log"}
-LONGEST_RUN = 1800  # seconds
+LONGEST_RUN = 900  # seconds
 DELAYED_OPEN = re.compile(r"\bi2c-open\b.*\bdelay\b")
 MACHINES = 2  # side by side, because the kernel holds one board at a time
 

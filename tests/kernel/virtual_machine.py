@@ -21,7 +21,8 @@ GUEST = pathlib.Path(__file__).parent / "guest"
 MODULES = ("virtio_mmio", "virtio_console", "i2c-dev", "i2c-mux", "i2c-mux-pca954x", "at24")
 PROGRAMS = ("usr/bin/dbus-daemon", "usr/bin/dbus-send", "usr/sbin/i2cdetect", "usr/sbin/i2cdump",
             "usr/sbin/i2cget", "usr/sbin/i2cset", "usr/sbin/i2ctransfer")
-LIBRARIES = ("lib/aarch64-linux-gnu", "usr/lib/aarch64-linux-gnu")
+BENCHMARK_PROGRAMS = ("usr/bin/busctl",) # only where its package is unpacked
+LIBRARIES = tuple(f"{place}lib/aarch64-linux-gnu{part}" for part in ("", "/systemd") for place in ("", "usr/"))
 LOADER = "lib/ld-linux-aarch64.so.1"
 RESULT = "RESULT: all jobs ran"
 
@@ -104,6 +105,7 @@ def build_root(parts, jobs, root):
     (root / "modules/order").write_text("".join(f"{module.name}\n" for module in modules))
     put(root, "usr/bin", parts.tool, *(parts.debian / name for name in PROGRAMS),
         *parts.probes.iterdir())
+    put(root, "usr/bin", *(path for name in BENCHMARK_PROGRAMS if (path := parts.debian / name).exists()))
     put(root, "standin", parts.standin / "standin/zolt_sim")
     put(root, "standin/lib", *(parts.standin / "standin/lib").glob("lib*.so.1"))
     put(root, "standin/i2c_bus", parts.standin / "standin/i2c_bus/libzolt_sim_i2c.so")
