@@ -73,7 +73,4 @@ private:
     std::vector<Inner> tables_;
 };
 
-/// Whether a text can stand in TOML: it is valid UTF-8.
-[[nodiscard]] bool isUtf8(std::string_view text);
-
 } // namespace board

@@ -1,5 +1,7 @@
 #include "board/message_text.h"
 
+#include "board/utf8.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -27,23 +29,29 @@ std::string escaped(unsigned char byte) {
     return {'\\', 'x', digits[byte >> 4], digits[byte & 0xF]};
 }
 
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+
+// Characters that a terminal obeys, or that change the order or the lines of the text around them.
+constexpr std::array<Range, 7> hidden{{
+    {0x00, 0x1F},
+    {0x7F, 0x9F},
+    {0x061C, 0x061C}, // Arabic letter mark
+    {0x200E, 0x200F}, // marks of direction
+    {0x2028, 0x2029}, // ends of line and paragraph
+    {0x202A, 0x202E}, // embeddings and overrides of direction
+    {0x2066, 0x2069}, // isolates of direction
+}};
+
 // Length of the character that a text starts with; 0 when a terminal must not see the first byte.
 std::size_t showableLength(std::string_view text) {
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    if (byte(0) < 0x80) {
-        return byte(0) < ' ' || byte(0) == 0x7F ? 0 : 1;
-    }
-    const std::size_t length = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
-    if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < length) {
-        return 0;
-    }
-    for (std::size_t at = 1; at < length; ++at) {
-        if ((byte(at) & 0xC0) != 0x80) {
-            return 0;
-        }
-    }
-    // U+0080 to U+009F are control characters, too.
-    return byte(0) == 0xC2 && byte(1) < 0xA0 ? 0 : length;
+    const Character character = firstCharacter(text);
+    const bool isHidden = std::ranges::any_of(hidden, [&](const Range& range) {
+        return character.point >= range.first && character.point <= range.last;
+    });
+    return isHidden ? 0 : character.length;
 }
 
 char lower(char letter) {

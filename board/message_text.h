@@ -7,8 +7,8 @@
 
 namespace board {
 
-/// Writes control characters, and bytes that are not UTF-8, as escapes such as \n and \x1B. A
-/// second pass changes nothing.
+/// Writes control characters, characters that change the direction of text, and bytes that are not
+/// UTF-8, as escapes such as \n and \x1B. A second pass changes nothing.
 [[nodiscard]] std::string printable(std::string_view text);
 
 /// The start of a long text, or the whole of another one; printable.

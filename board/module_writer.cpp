@@ -1,6 +1,7 @@
 #include "board/module_writer.h"
 
 #include "board/field_writer.h"
+#include "board/utf8.h"
 
 #include <algorithm>
 #include <string>

@@ -1,5 +1,6 @@
 #include "capture/describe_topology.h"
 
+#include "board/utf8.h"
 #include "i2c/device_types.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "zolt_board/json.h"
 
 #include "board/bus_value.h"
-#include "board/document.h"
+#include "board/utf8.h"
 
 #include <cmath>
 #include <utility>

@@ -95,17 +95,5 @@ TEST(Document, writesEveryKindOfValue) {
     }
 }
 
-TEST(Document, knowsUtf8) {
-    for (const char* const text : {"", "a", "\x7F", "\xC2\x80", "\xE0\xA0\x80", "\xEF\xBF\xBF",
-                                   "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "a\xC3\xA4z"}) {
-        EXPECT_TRUE(isUtf8(text)) << text;
-    }
-    for (const char* const text :
-         {"\x80", "\xC2", "\xC2z", "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xED\xA0\x80",
-          "\xE2\x82", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF"}) {
-        EXPECT_FALSE(isUtf8(text));
-    }
-}
-
 } // namespace
 } // namespace board

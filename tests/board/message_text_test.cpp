@@ -24,6 +24,15 @@ TEST(MessageText, escapesControlCharactersAndBrokenUtf8) {
          "\\x9B1m"},
         {"\xE2\x82z", "\\xE2\\x82z"},
         {"\xFF", "\\xFF"},
+        {"\xC0\x80", "\\xC0\\x80"},                   // longer than needed
+        {"\xE0\x82\x9B", "\\xE0\\x82\\x9B"},          // the same of U+009B
+        {"\xED\xA0\x80", "\\xED\\xA0\\x80"},          // a surrogate
+        {"\xF4\x90\x80\x80", "\\xF4\\x90\\x80\\x80"}, // beyond the last character
+        {"a\xE2\x80\xAEz", "a\\xE2\\x80\\xAEz"},      // right-to-left override
+        {"\xE2\x81\xA6", "\\xE2\\x81\\xA6"},          // an isolate
+        {"\xD8\x9C", "\\xD8\\x9C"},
+        {"\xE2\x80\xA8", "\\xE2\\x80\\xA8"}, // end of line
+        {"\xE2\x80\xA7 \xE2\x80\xAF", "\xE2\x80\xA7 \xE2\x80\xAF"},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(printable(text), expected);
