@@ -2,15 +2,16 @@
 
 #include "board/bus_names.h"
 #include "board/device_type.h"
+#include "board/fault_words.h"
 #include "board/message_text.h"
 #include "board/number.h"
-#include "standin/i2c_bus/core/bus_core.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <fnmatch.h>
+#include <iterator>
 #include <limits>
 #include <span>
 #include <vector>
@@ -20,9 +21,6 @@ namespace board {
 namespace {
 
 using Words = std::span<const std::string_view>;
-
-// The default status. The platform's libraries return it when the hardware does not answer.
-constexpr std::int32_t noAnswer = -1;
 
 void takeSubject(FaultRule& rule, std::string_view word) {
     rule.subject = word;
@@ -104,7 +102,6 @@ enum Options : unsigned {
 };
 
 struct Kind {
-    std::string_view word;
     FaultKind kind;
     std::string_view subject; ///< what the second word must be
     void (*takeSubject)(FaultRule& rule, std::string_view word);
@@ -112,32 +109,16 @@ struct Kind {
 };
 
 constexpr Kind kinds[] = {
-    {"named-read", FaultKind::namedRead, "a name pattern", takePattern, status | timing},
-    {"raw-read", FaultKind::rawRead, "an address or a range of addresses", takeAddresses,
-     status | timing},
-    {"hal-object", FaultKind::halObject, "an object's name", takeSubject, timing},
-    {"hal-read", FaultKind::halRead, "an object's name", takeSubject, status | timing},
-    {"bus", FaultKind::bus, "'absent'", takeAbsent, wholeRun},
-    {"service", FaultKind::service, "'absent'", takeAbsent, wholeRun},
-    {"object", FaultKind::object, "an object's path", takeObject, error | timing},
-    {"i2c-open", FaultKind::i2cOpen, "a bus number", takeBus, errnoName | timing | recovery},
-    {"i2c-ioctl", FaultKind::i2cIoctl, "a bus number", takeBus,
-     errnoName | command | timing | recovery},
-    {"sysinfo", FaultKind::sysinfo, "a device type", takeDeviceType, status | timing},
-};
-
-struct Command {
-    std::string_view word;
-    std::uint32_t operation;
-};
-
-constexpr std::array commands{
-    Command{"plain", BUS_CORE_PLAIN},
-    Command{"update-property", CONTROL_UPDATE_PROPERTY},
-    Command{"get-property", CONTROL_GET_PROPERTY},
-    Command{"create-node", CONTROL_CREATE_NODE},
-    Command{"remove-device", CONTROL_REMOVE_DEVICE},
-    Command{"recover-bus", CONTROL_RECOVER_BUS},
+    {FaultKind::namedRead, "a name pattern", takePattern, status | timing},
+    {FaultKind::rawRead, "an address or a range of addresses", takeAddresses, status | timing},
+    {FaultKind::halObject, "an object's name", takeSubject, timing},
+    {FaultKind::halRead, "an object's name", takeSubject, status | timing},
+    {FaultKind::bus, "'absent'", takeAbsent, wholeRun},
+    {FaultKind::service, "'absent'", takeAbsent, wholeRun},
+    {FaultKind::object, "an object's path", takeObject, error | timing},
+    {FaultKind::i2cOpen, "a bus number", takeBus, errnoName | timing | recovery},
+    {FaultKind::i2cIoctl, "a bus number", takeBus, errnoName | command | timing | recovery},
+    {FaultKind::sysinfo, "a device type", takeDeviceType, status | timing},
 };
 
 template <typename Rows>
@@ -205,9 +186,10 @@ bool isCount(Words words) {
 
 // Takes the command and, if it is given, the selector. Returns the words behind them.
 Words takeCommand(FaultRule& rule, Words words) {
-    const auto found = std::ranges::find(commands, words.empty() ? "" : words[0], &Command::word);
-    if (found == commands.end()) {
-        throw FaultRuleError("i2c-ioctl needs one of: " + wordsIn(commands));
+    const auto* const found =
+        std::ranges::find(commandWords, words.empty() ? "" : words[0], &CommandWord::word);
+    if (found == std::end(commandWords)) {
+        throw FaultRuleError("i2c-ioctl needs one of: " + wordsIn(commandWords));
     }
     rule.operation = found->operation;
     words = words.subspan(1);
@@ -366,12 +348,14 @@ void refuseEndlessWait(const FaultRule& rule) {
 
 FaultRule parseFaultRule(std::string_view text) {
     const auto words = wordsOf(text);
-    const auto kind = std::ranges::find(kinds, words.empty() ? "" : words[0], &Kind::word);
-    if (kind == std::ranges::end(kinds)) {
-        throw FaultRuleError("a fault begins with one of: " + wordsIn(kinds));
+    const auto* const named =
+        std::ranges::find(faultWords, words.empty() ? "" : words[0], &FaultWord::word);
+    if (named == std::end(faultWords)) {
+        throw FaultRuleError("a fault begins with one of: " + wordsIn(faultWords));
     }
+    const auto* const kind = std::ranges::find(kinds, named->kind, &Kind::kind);
     if (words.size() < 2) {
-        throw FaultRuleError(std::string(kind->word).append(" needs ").append(kind->subject));
+        throw FaultRuleError(std::string(named->word).append(" needs ").append(kind->subject));
     }
     FaultRule rule{.kind = kind->kind, .status = noAnswer};
     kind->takeSubject(rule, words[1]);
