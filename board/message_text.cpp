@@ -90,6 +90,15 @@ std::string printable(std::string_view text) {
     return safe;
 }
 
+std::string asciiOnly(std::string_view text) {
+    std::string safe;
+    for (const char letter : text) {
+        const auto byte = static_cast<unsigned char>(letter);
+        safe.append(byte < 0x80 ? std::string(1, letter) : escaped(byte));
+    }
+    return safe;
+}
+
 std::string shortened(std::string_view text) {
     if (text.size() <= longestShown) {
         return printable(text);

@@ -11,6 +11,9 @@ namespace board {
 /// UTF-8, as escapes such as \n and \x1B. A second pass changes nothing.
 [[nodiscard]] std::string printable(std::string_view text);
 
+/// Writes bytes beyond ASCII as escapes, for a terminal without UTF-8.
+[[nodiscard]] std::string asciiOnly(std::string_view text);
+
 /// The start of a long text, or the whole of another one; printable.
 [[nodiscard]] std::string shortened(std::string_view text);
 

@@ -1,6 +1,10 @@
 #include "zolt_board/output.h"
 
+#include "board/message_text.h"
+
+#include <array>
 #include <clocale>
+#include <cstddef>
 #include <cstdlib>
 #include <langinfo.h>
 #include <string_view>
@@ -28,7 +32,23 @@ bool showsUtf8() {
     return isUtf8;
 }
 
+// Sequences of ECMA-48, by Part.
+constexpr std::array<std::string_view, 4> sequences{"\x1B[1m", "\x1B[36m", "\x1B[31m", "\x1B[2m"};
+constexpr std::string_view plainAgain = "\x1B[0m";
+
 } // namespace
+
+std::string Output::painted(Part part, std::string_view words) const {
+    if (!colour || words.empty()) {
+        return std::string(words);
+    }
+    return std::string(sequences[static_cast<std::size_t>(part)]).append(words).append(plainAgain);
+}
+
+std::string Output::safe(std::string_view words) const {
+    const std::string shown = board::shortened(words);
+    return utf8 ? shown : board::asciiOnly(shown);
+}
 
 Output standardOutput(Colour colour) {
     return {.colour = colour == Colour::always || (colour == Colour::automatic && takesColour()),

@@ -1,56 +1,40 @@
 #include "zolt_board/show.h"
 
-#include "board/message_text.h"
 #include "zolt_board/board_input.h"
 
-#include <array>
-#include <cstddef>
-#include <string>
+#include <string_view>
 
 namespace zolt_board {
 
 namespace {
 
-// The number of slots in each discovery status, which has two bits. 0: the slot is empty.
-void addSummary(const board::Board& board, std::string& text) {
-    std::array<std::size_t, 4> counts{};
-    for (const board::Slot& slot : board.slots) {
-        ++counts[slot.dstat];
+int run(const Arguments& arguments, Output& output) {
+    const std::string& name = arguments.boards.front();
+    const board::Board board = loadBoard(name);
+    if (arguments.json) {
+        output.text = documentText(boardToJson(board, name));
+    } else if (arguments.tree) {
+        showTree(board, output);
+    } else {
+        showSummary(board, output);
     }
-    counts[0] += board::slotCount - board.slots.size(); // these have no table
-    text.append("slots: ").append(std::to_string(counts[0])).append(" empty");
-    for (std::size_t dstat = 1; dstat < counts.size(); ++dstat) {
-        text.append(", ")
-            .append(std::to_string(counts[dstat]))
-            .append(" with dstat ")
-            .append(std::to_string(dstat));
-    }
-    text.append("\n");
-}
-
-int showBoard(const Arguments& arguments, Output& output) {
-    const board::Board board = loadBoard(arguments.boards.front());
-    if (!board.name.empty()) {
-        output.text.append(board::printable(board.name)).append("\n");
-    }
-    addSummary(board, output.text);
     return nothingFound;
 }
 
-constexpr std::string_view options[] = {"color"};
+constexpr std::string_view options[] = {"tree", "json", "color"};
 
 } // namespace
 
 constexpr Verb showVerb{
     .name = "show",
-    .arguments = "[option]... BOARD",
+    .arguments = "[--tree | --json] [--color WHEN] BOARD",
     .summary = "what a board has",
-    .help = "Shows what a board description describes.\n",
+    .help = "Shows what a board has: a summary, and a line for each occupied slot.\n",
     .status = "Exit status: 0 if the board is shown, 2 if it could not be.\n",
     .options = options,
     .fewestBoards = 1,
     .mostBoards = 1,
-    .run = showBoard,
+    .run = run,
 };
 
 } // namespace zolt_board

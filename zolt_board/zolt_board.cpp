@@ -42,9 +42,7 @@ int run(const Arguments& arguments) {
 int main(int argc, char* argv[]) {
     const bool hasStandardOutput = zolt::isOpen(STDOUT_FILENO);
     zolt::holdStandardStreams();
-    // A write that fails is told.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // the write fails instead, and is told
     try {
         const Arguments arguments = parseArguments(argc, argv);
         if (!hasStandardOutput) {

@@ -40,6 +40,11 @@ TEST(MessageText, escapesControlCharactersAndBrokenUtf8) {
     }
 }
 
+TEST(MessageText, writesAllBeyondAsciiAsEscapes) {
+    EXPECT_EQ(asciiOnly("plain\n"), "plain\n");
+    EXPECT_EQ(asciiOnly("\xC3\xA9"), "\\xC3\\xA9");
+}
+
 TEST(MessageText, cutsALongTextBetweenCharacters) {
     EXPECT_EQ(inQuotes(std::string(200, 'a')), "'" + std::string(200, 'a') + "'");
     EXPECT_EQ(inQuotes(std::string(201, 'a')), "'" + std::string(200, 'a') + "...'");
