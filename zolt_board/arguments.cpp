@@ -1,10 +1,12 @@
 #include "zolt_board/arguments.h"
 
+#include "board/board_files.h"
 #include "board/message_text.h"
 #include "zolt_board/verb.h"
 
 #include <algorithm>
 #include <array>
+#include <stdexcept>
 #include <utility>
 
 namespace zolt_board {
@@ -126,6 +128,19 @@ void appendColumns(std::string& text, std::string_view left, std::string_view ri
     text.append("  ").append(right).append("\n");
 }
 
+// The boards that come with the tools: ": demo, hostile." A copy of the program alone has none.
+std::string boardList() {
+    std::string text;
+    try {
+        for (const std::string& name : board::boardNames()) {
+            text.append(text.empty() ? ": " : ", ").append(board::printable(name));
+        }
+    } catch (const std::runtime_error&) {
+        return ".";
+    }
+    return text.append(".");
+}
+
 } // namespace
 
 Arguments parseArguments(int argc, char* const argv[]) {
@@ -179,8 +194,9 @@ std::string usage(const Verb* verb) {
         }
         text += "\n'zolt_board VERB --help' tells the options of a verb.\n\n";
     }
-    text += "BOARD is a file, the name of a board that comes with the tools, or - for\n"
-            "standard input.\n\n";
+    text += "BOARD is a file, - for standard input, or the name of a board that comes with\n"
+            "the tools" +
+            boardList() + "\n\n";
     for (const Option* const option : optionsOf(verb)) {
         text.append(zolt::helpOf(option->form, column));
     }

@@ -63,7 +63,8 @@ class Completion(unittest.TestCase):
         completions = self.prefix / "share/bash-completion/completions"
         start = self.scratch.file("start", START + (
             f". {PACKAGE}\n" if self.package else
-            f". '{completions}/zolt_sim'\n. '{completions}/zolt_test'\n"
+            "".join(f". '{completions}/{name}'\n"
+                    for name in ("zolt_board", "zolt_sim", "zolt_test"))
         ) + "printf 'rea%s\\n' dy\n")
         self.shell.type(f". {start}\n")
         self.shell.shown_until("ready\n")
@@ -171,6 +172,24 @@ class Completion(unittest.TestCase):
         self.assertEqual(self.completed("zolt_test -o 1 -p 6"), "zolt_test -o 1 -p 6")
         self.assert_words("zolt_test -f ", "1", "2", "3")
         self.assert_words("zolt_test -", "-d", "-f", "-i", "-m", "-n", "-o", "-p", "-t")
+
+    def test_knows_verbs_options_and_boards_of_zolt_board(self):
+        for typed, line in (
+            ("zolt_board sh", "zolt_board show "),
+            ("zolt_board --v", "zolt_board --version "),
+            ("zolt_board show --t", "zolt_board show --tree "),
+            ("zolt_board show --color al", "zolt_board show --color always "),
+            ("zolt_board show --color=ne", "zolt_board show --color=never "),
+            ("zolt_board show --tree h", "zolt_board show --tree hostile "),
+            ("zolt_board show raw", "zolt_board show raw_only "),
+            ("zolt_board show mi", "zolt_board show mine.toml "),
+            ("zolt_board show logs", "zolt_board show logs\\ here/"),
+        ):
+            with self.subTest(typed):
+                self.assertEqual(self.completed(typed), line)
+        self.assert_words("zolt_board show --", "--color", "--help", "--json", "--tree",
+                          "--version")
+        self.assert_words("zolt_board show de", "demo", "demonstration.toml")
 
 
 @unittest.skipUnless(PACKAGE.exists(), "bash-completion is not installed")

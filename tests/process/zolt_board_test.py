@@ -7,6 +7,7 @@ import os
 import pathlib
 import pty
 import resource
+import shutil
 import socket
 import subprocess
 import sys
@@ -32,8 +33,8 @@ Works on board descriptions alone:
 
 'zolt_board VERB --help' tells the options of a verb.
 
-BOARD is a file, the name of a board that comes with the tools, or - for
-standard input.
+BOARD is a file, - for standard input, or the name of a board that comes with
+the tools: demo, hostile, raw_only.
 
   --help        print this and exit
   --version     print the version and exit
@@ -78,6 +79,12 @@ class Help(BoardTest):
     def test_of_a_verb(self):
         self.assert_shown(self.board("show", "--help"), SHOW_HELP)
 
+    @not_emulated("the program that stands in for zolt_board is no copy of it")
+    def test_of_the_program_alone_names_no_boards(self):
+        alone = shutil.copy(BOARD, self.scratch.path)
+        self.assertIn("of a board that comes with\nthe tools.\n", run(alone, "--help").stdout)
+        self.assert_shown(run(alone, "show", "-", input=ONE_SLOT), SHOWN)
+
     def test_wrong_words_get_the_nearest_ones(self):
         self.assert_told(self.board("shwo", "demo"),
                          f"zolt_board: there is no verb 'shwo'; did you mean 'show'?\n{ADVICE}")
@@ -103,8 +110,8 @@ usage: zolt_board show [--tree | --json] [--color WHEN] BOARD
 
 Shows what a board has: a summary, and a line for each occupied slot.
 
-BOARD is a file, the name of a board that comes with the tools, or - for
-standard input.
+BOARD is a file, - for standard input, or the name of a board that comes with
+the tools: demo, hostile, raw_only.
 
   --tree        draw slots, end points, I2C nodes and objects as a tree
   --json        print one JSON document
