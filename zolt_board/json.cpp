@@ -28,6 +28,8 @@ Json numberAt(const void* value) {
 // Builds JSON from the parts of a value, in their order.
 class JsonSink final : public board::ValueSink {
 public:
+    JsonSink() noexcept(false) {} // the library may throw
+
     int basic(char code, const void* value) override {
         add(toJson(code, value));
         return 0;
