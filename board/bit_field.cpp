@@ -11,6 +11,15 @@ std::uint32_t BitField::decode(std::span<const std::uint8_t> record) const {
     return upperBits == 0 ? lower : lower | get(upperOffset, 0, upperBits) << lowerBits;
 }
 
+Bytes BitField::delivered(std::span<const std::uint8_t> record) const {
+    const std::uint32_t value = decode(record);
+    Bytes bytes{static_cast<std::uint8_t>(value & 0xFF)};
+    if (upperBits != 0) {
+        bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+    }
+    return bytes;
+}
+
 void BitField::encode(std::uint32_t value, std::span<std::uint8_t> record) const {
     const auto put = [&](std::uint8_t at, unsigned shift, unsigned width, std::uint32_t bits) {
         const auto mask = ((1U << width) - 1) << shift;

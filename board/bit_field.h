@@ -1,6 +1,8 @@
 // Fields of a packed record as table rows: the key in a board description, the bits in the record.
 #pragma once
 
+#include "board/bytes.h"
+
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -40,6 +42,9 @@ struct BitField {
 
     /// The field's value in the record.
     [[nodiscard]] std::uint32_t decode(std::span<const std::uint8_t> record) const;
+
+    /// The field's value as a named register delivers it: a byte, or two bytes, the low one first.
+    [[nodiscard]] Bytes delivered(std::span<const std::uint8_t> record) const;
 
     /// Puts a value into the record; the bits around the field stay as they are.
     void encode(std::uint32_t value, std::span<std::uint8_t> record) const;

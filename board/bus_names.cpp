@@ -12,6 +12,21 @@ std::string fullInterface(const std::string& interface) {
     return interface.find('.') != std::string::npos ? interface : std::string(serviceInterfacePrefix) + interface;
 }
 
+std::string shortPath(const std::string& path) {
+    return path.starts_with(servicePathPrefix) && path.size() > servicePathPrefix.size()
+               ? path.substr(servicePathPrefix.size())
+               : path;
+}
+
+std::string_view nameBelow(std::string_view path, std::string_view manager) {
+    if (!path.starts_with(manager) || path.size() <= manager.size() ||
+        path[manager.size()] != '/') {
+        return {};
+    }
+    const std::string_view name = path.substr(manager.size() + 1);
+    return name.contains('/') ? std::string_view() : name;
+}
+
 bool isObjectPath(const std::string& text) {
     return sd_bus_object_path_is_valid(text.c_str()) > 0;
 }

@@ -14,6 +14,12 @@ constexpr std::string_view serviceInterfacePrefix = "com.tesk.bmc.zolt.";
 [[nodiscard]] std::string fullPath(const std::string& path);
 [[nodiscard]] std::string fullInterface(const std::string& interface);
 
+/// The path without the prefix, if there is one.
+[[nodiscard]] std::string shortPath(const std::string& path);
+
+/// The last element of an object's path directly below a manager; empty for any other path.
+[[nodiscard]] std::string_view nameBelow(std::string_view path, std::string_view manager);
+
 [[nodiscard]] bool isObjectPath(const std::string& text);
 [[nodiscard]] bool isPropertyName(const std::string& text);
 

@@ -1,7 +1,6 @@
 #include "board/control_register_layout.h"
 
 #include <string>
-#include <utility>
 
 namespace board {
 
@@ -20,15 +19,13 @@ void storeInstance(const ControlClass& kind, unsigned instance, const ControlIns
         const auto storeRaw = [&](std::uint8_t offset) {
             board.controlBytes[static_cast<std::uint16_t>(address + offset)] = bytes[offset];
         };
-        const std::uint32_t bits = field.bits.decode(bytes);
-        Bytes value{static_cast<std::uint8_t>(bits & 0xFF)};
         storeRaw(field.bits.offset);
         if (field.bits.upperBits != 0) {
-            value.push_back(static_cast<std::uint8_t>(bits >> 8));
             storeRaw(field.bits.upperOffset);
         }
         if (!field.suffix.empty()) {
-            board.controlRegisters.push_back({nameOf(kind, instance, field), std::move(value)});
+            board.controlRegisters.push_back(
+                {nameOf(kind, instance, field), field.bits.delivered(bytes)});
         }
     }
 }

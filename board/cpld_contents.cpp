@@ -1,6 +1,10 @@
 #include "board/cpld_contents.h"
 
+#include "board/slot_registers.h"
+
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace board {
 
@@ -17,30 +21,21 @@ std::array<std::uint8_t, slotBlockSize> encodeBlock(const Slot& slot) {
         static_cast<std::uint8_t>(slot.payloadOffset & 0xFF),
         static_cast<std::uint8_t>(slot.payloadOffset >> 8),
     };
-    std::ranges::copy(slot.dslIds, block.begin() + 6);
+    std::ranges::copy(slot.dslIds, block.begin() + firstDslId);
     return block;
 }
 
 // The HAL has names for the block's fields, and delivers each field from bit 0 on.
-void nameFields(const Slot& slot, CpldContents& contents) {
-    const std::string prefix = "PICPWR_" + std::to_string(slot.id);
-    const auto flag = [](bool set) { return Bytes{static_cast<std::uint8_t>(set)}; };
-    auto& named = contents.named;
-    named[prefix + "_DSTAT"] = {slot.dstat};
-    named[prefix + "_DBYP"] = flag(slot.dbyp);
-    named[prefix + "_DPEN"] = flag(slot.dpen);
-    named[prefix + "_APEN"] = flag(slot.apen);
-    named[prefix + "_ASTAT"] = flag(slot.astat);
-    named[prefix + "_MOD_CLASS"] = {slot.moduleClass};
-    named[prefix + "_MOD_CLASS_IDX"] = {slot.moduleClassIndex};
-    named[prefix + "_PAYLOAD_OFFSET"] = {static_cast<std::uint8_t>(slot.payloadOffset & 0xFF),
-                                         static_cast<std::uint8_t>(slot.payloadOffset >> 8)};
+void nameFields(unsigned slot, std::span<const std::uint8_t> block, CpldContents& contents) {
+    for (const ControlField& field : slotRegisters.fields) {
+        contents.named[nameOf(slotRegisters, slot, field)] = field.bits.delivered(block);
+    }
 }
 
 void placeSlot(const Slot& slot, CpldContents& contents) {
     const auto block = encodeBlock(slot);
-    std::ranges::copy(block, contents.raw.begin() + slotBlockStart + slotBlockSize * (slot.id - 1));
-    nameFields(slot, contents);
+    std::ranges::copy(block, contents.raw.begin() + addressOf(slotRegisters, slot.id));
+    nameFields(slot.id, block, contents);
 }
 
 void placeRiserMap(const Bytes& blob, CpldContents& contents) {
@@ -65,8 +60,9 @@ Bytes payloadBlock(const Board& board) {
 
 CpldContents deriveCpldContents(const Board& board) {
     CpldContents contents;
-    for (std::uint8_t id = 1; id <= slotCount; ++id) {
-        nameFields({.id = id}, contents); // a slot without a table has named registers, too
+    for (unsigned id = 1; id <= slotCount; ++id) {
+        // A slot without a table has named registers, too.
+        nameFields(id, std::array<std::uint8_t, slotBlockSize>{}, contents);
     }
     for (const Slot& slot : board.slots) {
         placeSlot(slot, contents);

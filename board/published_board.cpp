@@ -8,7 +8,10 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <map>
 #include <span>
+#include <string>
+#include <utility>
 
 namespace board {
 
@@ -85,39 +88,56 @@ void publishModules(const Board& board, ServiceModel& model) {
     }
 }
 
-PublishedInterface* findInterface(ServiceModel& model, const PublishedInterface& like) {
-    const auto found =
-        std::ranges::find_if(model.interfaces, [&](const PublishedInterface& published) {
-            return published.path == like.path && published.interface == like.interface;
-        });
-    return found == model.interfaces.end() ? nullptr : &*found;
-}
-
-void remove(const PublishedInterface& removal, ServiceModel& model) {
-    if (PublishedInterface* const published = findInterface(model, removal)) {
-        std::erase_if(published->properties, [&](const Property& property) {
-            return removal.properties.empty() ||
-                   std::ranges::find(removal.properties, property.name, &Property::name) !=
-                       removal.properties.end();
-        });
-    }
-}
-
-void add(const PublishedInterface& addition, ServiceModel& model) {
-    PublishedInterface* const published = findInterface(model, addition);
-    if (published == nullptr) {
-        model.interfaces.push_back(addition);
-        return;
-    }
-    for (const Property& property : addition.properties) {
-        const auto same = std::ranges::find(published->properties, property.name, &Property::name);
-        if (same == published->properties.end()) {
-            published->properties.push_back(property);
-        } else {
-            *same = property;
+// Changes the interfaces of a service. A board may have thousands, so each is found by its name.
+class Changes {
+public:
+    explicit Changes(ServiceModel& model) : model_(&model) {
+        for (std::size_t i = 0; i < model.interfaces.size(); ++i) {
+            places_.try_emplace(nameOf(model.interfaces[i]), i);
         }
     }
-}
+
+    void remove(const PublishedInterface& removal) {
+        const auto place = places_.find(nameOf(removal));
+        if (place != places_.end()) {
+            std::erase_if(model_->interfaces[place->second].properties,
+                          [&](const Property& property) {
+                              return removal.properties.empty() ||
+                                     std::ranges::find(removal.properties, property.name,
+                                                       &Property::name) != removal.properties.end();
+                          });
+        }
+    }
+
+    void add(const PublishedInterface& addition) {
+        const auto [place, isNew] =
+            places_.try_emplace(nameOf(addition), model_->interfaces.size());
+        if (isNew) {
+            model_->interfaces.push_back(addition);
+            return;
+        }
+        PublishedInterface& published = model_->interfaces[place->second];
+        for (const Property& property : addition.properties) {
+            const auto same =
+                std::ranges::find(published.properties, property.name, &Property::name);
+            if (same == published.properties.end()) {
+                published.properties.push_back(property);
+            } else {
+                *same = property;
+            }
+        }
+    }
+
+private:
+    using Name = std::pair<std::string, std::string>; // path and interface
+
+    static Name nameOf(const PublishedInterface& interface) {
+        return {interface.path, interface.interface};
+    }
+
+    ServiceModel* model_;
+    std::map<Name, std::size_t> places_;
+};
 
 std::chrono::milliseconds delayOf(const FaultRule& fault) {
     return fault.delay == delayForever ? ServiceOrder::forever
@@ -151,17 +171,24 @@ std::vector<Property> moduleProperties(const ModuleType& type, const Bytes& bloc
     return propertiesOf(type, PayloadView(block, slot));
 }
 
+std::size_t sharedProperties(const std::vector<Property>& own, const std::vector<Property>& shown) {
+    return static_cast<std::size_t>(std::ranges::count_if(own, [&](const Property& property) {
+        return std::ranges::find(shown, property) != shown.end();
+    }));
+}
+
 ServiceModel publishBoard(const Board& board) {
     ServiceModel model;
     model.interfaces.push_back({std::string(servicePathPrefix) + "info",
                                 std::string(serviceInterfacePrefix) + "pcardInfo",
                                 board.service.info});
     publishModules(board, model);
+    Changes changes(model);
     for (const PublishedInterface& removal : board.service.removals) {
-        remove(removal, model);
+        changes.remove(removal);
     }
     for (const PublishedInterface& addition : board.service.additions) {
-        add(addition, model);
+        changes.add(addition);
     }
     model.orders = board.service.orders;
     addFaults(board, model);

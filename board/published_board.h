@@ -5,6 +5,7 @@
 #include "board/module_type.h"
 #include "board/service_model.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace board {
@@ -18,5 +19,15 @@ namespace board {
 /// @param block  the payload block of the board
 [[nodiscard]] std::vector<Property> moduleProperties(const ModuleType& type, const Bytes& block,
                                                      const Slot& slot);
+
+/// The number of a module's own properties that an object shows with the same type and value.
+[[nodiscard]] std::size_t sharedProperties(const std::vector<Property>& own,
+                                           const std::vector<Property>& shown);
+
+/// Whether an object that shows so many of a module's own properties shows that module. Zeros are
+/// shared by modules that have nothing else in common, so it takes most of the properties.
+[[nodiscard]] constexpr bool isMost(std::size_t shared, const std::vector<Property>& own) {
+    return 2 * shared > own.size();
+}
 
 } // namespace board

@@ -55,22 +55,6 @@ bool isDescribedAsModule(const board::Slot& slot) {
            (slot.oemArea.empty() || board::decodeOemArea(slot.oemArea));
 }
 
-std::size_t sharedProperties(const std::vector<Property>& own, const std::vector<Property>& shown) {
-    return static_cast<std::size_t>(std::ranges::count_if(own, [&](const Property& property) {
-        return std::ranges::find(shown, property) != shown.end();
-    }));
-}
-
-// The last element of an object's path directly below a manager; empty for any other path.
-std::string_view nameBelow(std::string_view path, std::string_view manager) {
-    if (!path.starts_with(manager) || path.size() <= manager.size() ||
-        path[manager.size()] != '/') {
-        return {};
-    }
-    const std::string_view name = path.substr(manager.size() + 1);
-    return name.contains('/') ? std::string_view() : name;
-}
-
 void matchObject(const board::ModuleType& type, std::string_view name,
                  const std::vector<Property>& shown, const board::Bytes& block,
                  board::Board& board) {
@@ -81,9 +65,8 @@ void matchObject(const board::ModuleType& type, std::string_view name,
             continue;
         }
         const std::vector<Property> own = board::moduleProperties(type, block, slot);
-        const std::size_t shared = sharedProperties(own, shown);
-        // Zeros are shared by modules that have nothing else in common.
-        if (shared > most && 2 * shared > own.size()) {
+        const std::size_t shared = board::sharedProperties(own, shown);
+        if (shared > most && board::isMost(shared, own)) {
             most = shared;
             best = &slot;
         }
@@ -126,13 +109,6 @@ void setProperties(std::vector<Property> properties, DocumentTable& table) {
     }
 }
 
-std::string shortPath(const std::string& path) {
-    return path.starts_with(board::servicePathPrefix) &&
-                   path.size() > board::servicePathPrefix.size()
-               ? path.substr(board::servicePathPrefix.size())
-               : path;
-}
-
 std::string shortInterface(const std::string& interface) {
     const std::string rest = interface.starts_with(board::serviceInterfacePrefix)
                                  ? interface.substr(board::serviceInterfacePrefix.size())
@@ -165,7 +141,7 @@ void writeObject(const std::pair<std::string, std::string>& place,
         }
     }
     DocumentTable& object = service.append("object");
-    object.set("path", shortPath(place.first));
+    object.set("path", board::shortPath(place.first));
     object.set("interface", shortInterface(place.second));
     if (derived != nullptr && shown.empty()) {
         object.set("empty", true);
@@ -193,7 +169,7 @@ void writeObjects(const ServiceReading& reading, const board::Board& board,
 DocumentTable& appendOrder(const std::string& path, const std::string& interface,
                            DocumentTable& service) {
     DocumentTable& order = service.append("order");
-    order.set("path", shortPath(path));
+    order.set("path", board::shortPath(path));
     order.set("interface", shortInterface(interface));
     return order;
 }
@@ -251,7 +227,7 @@ void matchObjects(const ServiceReading& service, board::Board& board) {
         const std::string interface =
             std::string(board::serviceInterfacePrefix).append(type.interface);
         for (const auto& [place, properties] : interfaces) {
-            const std::string_view name = nameBelow(place.first, manager);
+            const std::string_view name = board::nameBelow(place.first, manager);
             if (!name.empty() && place.second == interface) {
                 matchObject(type, name, properties, block, board);
             }

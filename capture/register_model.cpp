@@ -3,6 +3,7 @@
 #include "board/control_register_layout.h"
 #include "board/cpld_map.h"
 #include "board/module_layout.h"
+#include "board/slot_registers.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -63,31 +64,11 @@ private:
     std::uint16_t address_;
 };
 
-struct SlotField {
-    board::BitField field;
-    const char* suffix;
-};
-
-constexpr SlotField slotFields[] = {
-    {board::BitField::bits("dstat", 0, 7, 6), "_DSTAT"},
-    {board::BitField::bit("dbyp", 0, 5), "_DBYP"},
-    {board::BitField::bit("dpen", 0, 4), "_DPEN"},
-    {board::BitField::bit("apen", 0, 3), "_APEN"},
-    {board::BitField::bit("astat", 0, 0), "_ASTAT"},
-    {board::BitField::byte("module_class", 1), "_MOD_CLASS"},
-    {board::BitField::byte("module_class_index", 2), "_MOD_CLASS_IDX"},
-    {board::BitField::littleEndian("payload_offset", 3), "_PAYLOAD_OFFSET"},
-};
-constexpr std::size_t firstDsl = 6;
-
 board::Slot slotOf(std::uint8_t id, const Observation& observation, const RawBytes& known) {
-    const auto address =
-        static_cast<std::uint16_t>(board::slotBlockStart + board::slotBlockSize * (id - 1));
-    const Block block(observation, known, address);
-    const std::string prefix = std::string("PICPWR_").append(std::to_string(id));
+    const Block block(observation, known, board::addressOf(board::slotRegisters, id));
     std::array<std::uint8_t, board::slotBlockSize> record{};
-    for (const SlotField& row : slotFields) {
-        block.take(row.field, std::string(prefix).append(row.suffix), record);
+    for (const board::ControlField& field : board::slotRegisters.fields) {
+        block.take(field.bits, board::nameOf(board::slotRegisters, id, field), record);
     }
     board::Slot slot{
         .id = id,
@@ -101,7 +82,7 @@ board::Slot slotOf(std::uint8_t id, const Observation& observation, const RawByt
         .payloadOffset = static_cast<std::uint16_t>(record[3] | record[4] << 8),
     };
     for (std::size_t k = 0; k < slot.dslIds.size(); ++k) {
-        slot.dslIds[k] = block.byte(firstDsl + k).value_or(0);
+        slot.dslIds[k] = block.byte(board::firstDslId + k).value_or(0);
     }
     return slot;
 }

@@ -39,6 +39,8 @@ constexpr Option options[] = {
      .take = [](Arguments& arguments, const char*) { arguments.tree = true; }},
     {.form = {.name = "json", .help = "print one JSON document"},
      .take = [](Arguments& arguments, const char*) { arguments.json = true; }},
+    {.form = {.name = "list", .help = "list all findings with severity, meaning and remedy"},
+     .take = [](Arguments& arguments, const char*) { arguments.list = true; }},
     {.form = {.name = "color",
               .argument = "WHEN",
               .help = "auto (on a terminal, unless NO_COLOR is set), always,\nor never"},
@@ -107,6 +109,12 @@ void readOptions(zolt::OptionReader& reader, std::span<const Option* const> know
 void takeBoards(std::span<char* const> words, Arguments& arguments) {
     arguments.boards.assign(words.begin(), words.end());
     const Verb& verb = *arguments.verb;
+    if (arguments.list) {
+        if (!words.empty()) {
+            throw ArgumentsError("--list takes no board " + board::inQuotes(words[0]));
+        }
+        return;
+    }
     if (words.size() < verb.fewestBoards) {
         throw ArgumentsError(words.empty()
                                  ? std::string(verb.name).append(" needs a board")

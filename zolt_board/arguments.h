@@ -19,6 +19,7 @@ struct Arguments {
     std::vector<std::string> boards{}; ///< files, names of boards, or "-"
     bool json = false;
     bool tree = false;
+    bool list = false; ///< lists the kinds of findings; no board is named then
     Colour colour = Colour::automatic;
     bool help = false; ///< of the verb, or else of the program
     bool version = false;

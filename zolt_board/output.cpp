@@ -3,11 +3,14 @@
 #include "board/message_text.h"
 
 #include <array>
+#include <cerrno>
 #include <clocale>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <langinfo.h>
 #include <string_view>
+#include <system_error>
 #include <unistd.h>
 
 namespace zolt_board {
@@ -48,6 +51,14 @@ std::string Output::painted(Part part, std::string_view words) const {
 std::string Output::safe(std::string_view words) const {
     const std::string shown = board::shortened(words);
     return utf8 ? shown : board::asciiOnly(shown);
+}
+
+void print(Output& output) {
+    if (std::fwrite(output.text.data(), 1, output.text.size(), stdout) != output.text.size() ||
+        std::fflush(stdout) == EOF) {
+        throw std::system_error(errno, std::generic_category(), "standard output");
+    }
+    output.text.clear();
 }
 
 Output standardOutput(Colour colour) {

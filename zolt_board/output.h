@@ -25,6 +25,10 @@ struct Output {
     [[nodiscard]] std::string safe(std::string_view words) const;
 };
 
+/// Prints the text so far, and empties it. A verb with a long text prints it piece by piece.
+/// @throw std::system_error when standard output does not take it
+void print(Output& output);
+
 /// The output for standard output, as terminal, locale and environment allow.
 [[nodiscard]] Output standardOutput(Colour colour);
 

@@ -1,10 +1,11 @@
+#include "zolt_board/check.h"
 #include "zolt_board/show.h"
 #include "zolt_board/verb.h"
 
 namespace zolt_board {
 
 std::span<const Verb* const> verbs() {
-    static constexpr const Verb* all[] = {&showVerb};
+    static constexpr const Verb* all[] = {&showVerb, &checkVerb};
     return all;
 }
 

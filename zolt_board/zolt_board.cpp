@@ -4,11 +4,9 @@
 #include "zolt_board/output.h"
 #include "zolt_board/verb.h"
 
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -19,21 +17,16 @@ void complain(const char* text) {
     (void)std::fprintf(stderr, "zolt_board: %s\n", text);
 }
 
-void print(const std::string& text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
-        std::fflush(stdout) == EOF) {
-        throw std::system_error(errno, std::generic_category(), "standard output");
-    }
-}
-
 int run(const Arguments& arguments) {
     if (arguments.help || arguments.version) {
-        print(arguments.help ? usage(arguments.verb) : "zolt_board " PROJECT_VERSION "\n");
+        Output output{.text = arguments.help ? usage(arguments.verb)
+                                             : "zolt_board " PROJECT_VERSION "\n"};
+        print(output);
         return nothingFound;
     }
     Output output = standardOutput(arguments.colour);
     const int status = arguments.verb->run(arguments, output);
-    print(output.text);
+    print(output);
     return status;
 }
 

@@ -26,10 +26,12 @@ from programs import BOARD, EMULATED, SANITIZED, Scratch, not_emulated, run  # n
 SOURCE = pathlib.Path(__file__).parents[2]
 HELP = """\
 usage: zolt_board show [--tree | --json] [--color WHEN] BOARD
+       zolt_board check [--json | --list] BOARD...
 
 Works on board descriptions alone:
 
   show     what a board has
+  check    what is wrong with boards
 
 'zolt_board VERB --help' tells the options of a verb.
 
