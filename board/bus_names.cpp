@@ -27,6 +27,13 @@ std::string_view nameBelow(std::string_view path, std::string_view manager) {
     return name.contains('/') ? std::string_view() : name;
 }
 
+std::string shortInterface(const std::string& interface) {
+    const std::string rest = interface.starts_with(serviceInterfacePrefix)
+                                 ? interface.substr(serviceInterfacePrefix.size())
+                                 : std::string();
+    return rest.empty() || rest.contains('.') ? interface : rest;
+}
+
 bool isObjectPath(const std::string& text) {
     return sd_bus_object_path_is_valid(text.c_str()) > 0;
 }

@@ -14,8 +14,9 @@ constexpr std::string_view serviceInterfacePrefix = "com.tesk.bmc.zolt.";
 [[nodiscard]] std::string fullPath(const std::string& path);
 [[nodiscard]] std::string fullInterface(const std::string& interface);
 
-/// The path without the prefix, if there is one.
+// The other way round: without the prefix, where the name means the same without it.
 [[nodiscard]] std::string shortPath(const std::string& path);
+[[nodiscard]] std::string shortInterface(const std::string& interface);
 
 /// The last element of an object's path directly below a manager; empty for any other path.
 [[nodiscard]] std::string_view nameBelow(std::string_view path, std::string_view manager);

@@ -36,11 +36,6 @@ std::optional<std::uint8_t> deviceTypeCode(std::string_view word) {
     return std::nullopt;
 }
 
-std::string deviceTypeWord(std::uint8_t code) {
-    const std::string name = zolt::deviceTypeName(code);
-    return deviceTypeCode(name) == code ? name : std::to_string(code);
-}
-
 std::string noDeviceType(std::string_view word) {
     std::vector<std::string> names;
     names.reserve(labels.size() + zolt::deviceTypeCount);

@@ -13,9 +13,6 @@ namespace board {
 /// @return none for any other text
 [[nodiscard]] std::optional<std::uint8_t> deviceTypeCode(std::string_view word);
 
-/// A device type as people know it: its name, or its code if another type has the name or none has.
-[[nodiscard]] std::string deviceTypeWord(std::uint8_t code);
-
 /// Says that a text is no device type, and names similar ones.
 [[nodiscard]] std::string noDeviceType(std::string_view word);
 

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <span>
 
 namespace board {
 
@@ -65,14 +64,6 @@ std::string quoted(std::string_view text) {
         }
     }
     return escaped.append(1, '"');
-}
-
-std::string hexText(std::span<const std::uint8_t> bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        text.append(text.empty() ? "" : " ").append(inHex(byte, 2));
-    }
-    return text;
 }
 
 std::string textOf(const Bytes& bytes) {
@@ -152,6 +143,18 @@ std::string atKey(const std::vector<WrittenRow>& rows) {
 }
 
 } // namespace
+
+std::string hexText(std::span<const std::uint8_t> bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text.append(text.empty() ? "" : " ").append(inHex(byte, 2));
+    }
+    return text;
+}
+
+std::string tomlText(const WrittenValue& value) {
+    return textOf(value);
+}
 
 void DocumentTable::set(std::string_view key, WrittenValue value) {
     keys_.emplace_back(key, std::move(value));

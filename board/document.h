@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,6 +37,12 @@ struct WrittenValue {
     WrittenValue(WrittenList list) : content(std::move(list)) {}
     WrittenValue(WrittenRow row) : content(std::move(row)) {}
 };
+
+/// A value in TOML, on one line.
+[[nodiscard]] std::string tomlText(const WrittenValue& value);
+
+/// Two-digit hexadecimal numbers, with blanks between them.
+[[nodiscard]] std::string hexText(std::span<const std::uint8_t> bytes);
 
 /// A table: its keys with values, then the tables in it.
 class DocumentTable {

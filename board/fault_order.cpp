@@ -1,7 +1,9 @@
 #include "board/fault_order.h"
 
 #include "board/cpld_contents.h"
+#include "board/cpld_map.h"
 #include "board/message_text.h"
+#include "board/number.h"
 #include "standin/i2c_bus/core/bus_core.h"
 
 #include <algorithm>
@@ -63,6 +65,10 @@ void FaultOrders::refuseIdle(const FaultRule& rule) {
     case FaultKind::halObject:
     case FaultKind::halRead:
         requireFit(rule, board_->halObjects, "the HAL has no object ");
+        if (rule.first >= payloadBlockSize) {
+            throw FaultRuleError("the object " + inQuotes(rule.subject) + " ends at byte " +
+                                 addressText(payloadBlockSize - 1));
+        }
         break;
     default: // other rules may name things that the board does not have
         break;

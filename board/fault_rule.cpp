@@ -26,6 +26,12 @@ void takeSubject(FaultRule& rule, std::string_view word) {
     rule.subject = word;
 }
 
+// Without a range of bytes, the rule is for all of the object's.
+void takeReadObject(FaultRule& rule, std::string_view word) {
+    rule.subject = word;
+    rule.last = lastByte;
+}
+
 // The comparison of a name with a pattern calls itself for each star.
 void takePattern(FaultRule& rule, std::string_view word) {
     constexpr std::size_t longest = 255;
@@ -43,21 +49,25 @@ void takeObject(FaultRule& rule, std::string_view word) {
     }
 }
 
-void takeAddresses(FaultRule& rule, std::string_view word) {
+// @param what  the word must be, for messages
+void takeRange(FaultRule& rule, std::string_view word, const char* what) {
     constexpr auto highest = std::numeric_limits<std::uint16_t>::max();
     const std::size_t dash = word.find('-');
     const auto first = numberIn(word.substr(0, dash), 0, highest);
     const auto last =
         dash == std::string_view::npos ? first : numberIn(word.substr(dash + 1), 0, highest);
     if (!first || !last) {
-        throw FaultRuleError(inQuotes(word) +
-                             " is not a raw address or a range of addresses (0x0000 to 0xFFFF)");
+        throw FaultRuleError(inQuotes(word) + " is not " + what + " (0x0000 to 0xFFFF)");
+    }
+    if (*last < *first) {
+        throw FaultRuleError("address range " + inQuotes(word) + " runs backwards");
     }
     rule.first = static_cast<std::uint16_t>(*first);
     rule.last = static_cast<std::uint16_t>(*last);
-    if (rule.last < rule.first) {
-        throw FaultRuleError("address range " + inQuotes(word) + " runs backwards");
-    }
+}
+
+void takeAddresses(FaultRule& rule, std::string_view word) {
+    takeRange(rule, word, "a raw address or a range of addresses");
 }
 
 void takeAbsent(FaultRule& rule, std::string_view word) {
@@ -98,6 +108,7 @@ enum Options : unsigned {
     fail = 128,
     recovery = 256,
     wholeRun = 512, // no words: the rule describes the whole run
+    range = 1024,   // a byte of the object, or a range of bytes
     timing = count | after | delay | fail,
 };
 
@@ -112,7 +123,7 @@ constexpr Kind kinds[] = {
     {FaultKind::namedRead, "a name pattern", takePattern, status | timing},
     {FaultKind::rawRead, "an address or a range of addresses", takeAddresses, status | timing},
     {FaultKind::halObject, "an object's name", takeSubject, timing},
-    {FaultKind::halRead, "an object's name", takeSubject, status | timing},
+    {FaultKind::halRead, "an object's name", takeReadObject, status | timing | range},
     {FaultKind::bus, "'absent'", takeAbsent, wholeRun},
     {FaultKind::service, "'absent'", takeAbsent, wholeRun},
     {FaultKind::object, "an object's path", takeObject, error | timing},
@@ -203,6 +214,17 @@ Words takeCommand(FaultRule& rule, Words words) {
     return words.subspan(1);
 }
 
+// Takes the range, if it is given. Returns the words behind it.
+Words takeRange(FaultRule& rule, Words words) {
+    const bool isGiven =
+        !words.empty() && !isCount(words) && words[0][0] >= '0' && words[0][0] <= '9';
+    if (!isGiven) {
+        return words;
+    }
+    takeRange(rule, words[0], "a byte or a range of bytes");
+    return words.subspan(1);
+}
+
 std::uint32_t numberOfCalls(std::string_view word, const char* complaint) {
     const auto number = numberIn(word, 1, mostCalls);
     if (!number) {
@@ -289,6 +311,9 @@ constexpr Option optionRows[] = {
 unsigned takeOptions(FaultRule& rule, Words words, unsigned options) {
     if ((options & command) != 0) {
         words = takeCommand(rule, words);
+    }
+    if ((options & range) != 0) {
+        words = takeRange(rule, words);
     }
     unsigned taken = none;
     while (!words.empty()) {

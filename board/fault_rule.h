@@ -37,6 +37,9 @@ enum class FaultKind : std::uint8_t {
     sysinfo,
 };
 
+/// The default status. The platform's libraries return it when the hardware does not answer.
+constexpr std::int32_t noAnswer = -1;
+constexpr std::uint16_t lastByte = 0xFFFF; ///< of every object of the HAL, and beyond its end
 constexpr std::uint32_t delayForever = 0xFFFFFFFF; ///< the delay of a call that never comes back
 constexpr std::uint32_t longestDelay = 3'600'000;  ///< in milliseconds
 constexpr std::int32_t mostCalls = 2'147'483'647;  ///< of 'after' and 'times'
@@ -44,8 +47,8 @@ constexpr std::int32_t mostCalls = 2'147'483'647;  ///< of 'after' and 'times'
 struct FaultRule {
     FaultKind kind = FaultKind::namedRead;
     std::string subject{};   ///< pattern, name or path
-    std::uint16_t first = 0; ///< raw-read: first address
-    std::uint16_t last = 0;  ///< raw-read: last address
+    std::uint16_t first = 0; ///< raw-read: first address; hal-read: first byte of the object
+    std::uint16_t last = 0;  ///< raw-read: last address; hal-read: last byte, or lastByte
     std::int32_t status = 0; ///< what the failing call returns, or an errno; 0: it only takes long
     std::string error{};     ///< name of the D-Bus error that answers the call; may be empty
     std::uint32_t after = 0; ///< number of fitting calls that pass before the rule applies

@@ -1,6 +1,6 @@
 #include "board/fault_rule_text.h"
 
-#include "board/device_type.h"
+#include "board/device_type_word.h"
 #include "board/fault_words.h"
 #include "board/number.h"
 
@@ -12,7 +12,7 @@ namespace board {
 
 namespace {
 
-std::string addressesOf(const FaultRule& rule) {
+std::string rangeOf(const FaultRule& rule) {
     std::string text = addressText(rule.first);
     if (rule.last != rule.first) {
         text.append("-").append(addressText(rule.last));
@@ -32,7 +32,11 @@ std::string requestOf(const FaultRule& rule) {
 std::string subjectOf(const FaultRule& rule) {
     switch (rule.kind) {
     case FaultKind::rawRead:
-        return addressesOf(rule);
+        return rangeOf(rule);
+    case FaultKind::halRead: {
+        const bool isWhole = rule.first == 0 && rule.last == lastByte;
+        return isWhole ? rule.subject : std::string(rule.subject).append(" ").append(rangeOf(rule));
+    }
     case FaultKind::i2cOpen:
         return std::to_string(rule.bus);
     case FaultKind::i2cIoctl:

@@ -9,10 +9,6 @@
 
 namespace board {
 
-/// The status of a rule that gives none. The platform's libraries return it when the hardware does
-/// not answer.
-constexpr std::int32_t noAnswer = -1;
-
 struct FaultWord {
     std::string_view word;
     FaultKind kind;

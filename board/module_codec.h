@@ -32,6 +32,8 @@ struct OemDescriptor {
     std::uint8_t type = 0;
     Bytes data{}; ///< the bytes behind type and length
     std::optional<std::uint8_t> statedSize{};
+
+    bool operator==(const OemDescriptor&) const = default;
 };
 
 /// An OEM area. The encoder computes length, number of descriptors and checksum, unless they are

@@ -19,6 +19,8 @@ namespace board {
 struct RiserDsl {
     std::uint8_t id = 0;
     std::array<std::uint8_t, dslPayloadSize> route{}; ///< the type, then the fields of the type
+
+    bool operator==(const RiserDsl&) const = default;
 };
 
 /// One record. The encoder computes length and number of routes, unless they are stated.

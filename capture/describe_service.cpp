@@ -5,6 +5,7 @@
 #include "board/module_codec.h"
 #include "board/module_type.h"
 #include "board/published_board.h"
+#include "board/value_writer.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -22,8 +23,8 @@ namespace {
 
 using board::DocumentTable;
 using board::Property;
-using board::Value;
-using board::WrittenValue;
+using board::shortInterface;
+using board::shortPath;
 
 // What an object shows of one interface, by path and interface. A reply of the object itself counts
 // more than the reply of its manager.
@@ -77,43 +78,12 @@ void matchObject(const board::ModuleType& type, std::string_view name,
     }
 }
 
-WrittenValue written(const Value& value) {
-    struct Writer {
-        WrittenValue operator()(bool truth) const { return truth; }
-        WrittenValue operator()(std::int64_t number) const { return board::WrittenNumber{number}; }
-        WrittenValue operator()(double number) const { return number; }
-        WrittenValue operator()(const std::string& text) const { return text; }
-        WrittenValue operator()(const Value::List& list) const {
-            board::WrittenList all;
-            for (const Value& element : list) {
-                all.push_back(written(element));
-            }
-            return all;
-        }
-    };
-    return std::visit(Writer{}, value.content);
-}
-
 // Writes properties by name: a service may list them in any order.
 void setProperties(std::vector<Property> properties, DocumentTable& table) {
     std::ranges::sort(properties, {}, &Property::name);
     for (const Property& property : properties) {
-        const bool isPlain =
-            property.signature == "b" || property.signature == "q" || property.signature == "s";
-        if (isPlain) {
-            table.set(property.name, written(property.value));
-        } else {
-            table.set(property.name, board::WrittenRow{{"signature", property.signature},
-                                                       {"value", written(property.value)}});
-        }
+        table.set(property.name, written(property));
     }
-}
-
-std::string shortInterface(const std::string& interface) {
-    const std::string rest = interface.starts_with(board::serviceInterfacePrefix)
-                                 ? interface.substr(board::serviceInterfacePrefix.size())
-                                 : std::string();
-    return rest.empty() || rest.contains('.') ? interface : rest;
 }
 
 // Writes an interface whose properties are not those that the board derives.
@@ -213,6 +183,13 @@ void writeInfo(const PropertiesReading& info, DocumentTable& service) {
     std::vector<Property> shown = info.properties;
     std::ranges::sort(shown, {}, &Property::name);
     if (shown != usual) {
+        if (shown.empty()) { // an empty table is not written
+            DocumentTable& object = service.append("object");
+            object.set("path", "info");
+            object.set("interface", "pcardInfo");
+            object.set("empty", true);
+            return;
+        }
         setProperties(std::move(shown), service.table("info"));
     }
 }

@@ -1,7 +1,7 @@
 #include "capture/describe_topology.h"
 
+#include "board/device_type_word.h"
 #include "board/utf8.h"
-#include "i2c/device_types.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,19 +13,8 @@ namespace capture {
 namespace {
 
 using board::DocumentTable;
+using board::writtenDeviceType;
 using board::WrittenNumber;
-using board::WrittenValue;
-
-// A device type by its name, if no other type has the same name; else by its code.
-WrittenValue typeName(std::uint8_t code) {
-    std::string name = zolt::deviceTypeName(code);
-    for (unsigned other = 0; other < zolt::deviceTypeCount; ++other) {
-        if (name.empty() || (other != code && zolt::deviceTypeName(other) == name)) {
-            return WrittenNumber{code};
-        }
-    }
-    return name;
-}
 
 // A name that is no UTF-8 is written as its bytes.
 void setName(const std::string& name, DocumentTable& table) {
@@ -58,7 +47,7 @@ void setFlag(const char* key, std::uint8_t value, DocumentTable& table) {
 }
 
 void writeNode(const board::IndexNode& node, DocumentTable& table) {
-    table.set("device_type", typeName(node.deviceType));
+    table.set("device_type", writtenDeviceType(node.deviceType));
     setNumber("index", node.index, table);
     setName(node.name, table);
     setFlag("discoverable", node.discoverable, table);
@@ -95,7 +84,7 @@ void writeAnswer(std::uint8_t type, const TopologyReading& reading, DocumentTabl
         return;
     }
     DocumentTable& table = i2c.append("type");
-    table.set("device_type", typeName(type));
+    table.set("device_type", writtenDeviceType(type));
     setNumber("status", reading.status, table);
     const char* const root = reading.hasRoot ? "empty" : "none";
     const bool isDefault = reading.status != 0 && !reading.hasRoot;

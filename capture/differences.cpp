@@ -157,14 +157,16 @@ std::vector<FailedRange> joined(const std::vector<FailedRange>& ranges, const Ra
     return rules;
 }
 
+// A range of raw addresses, or of an object's bytes: one or two numbers.
+std::string inHex(const FailedRange& range) {
+    return range.first == range.last ? inHex(range.first)
+                                     : inHex(range.first).append("-").append(inHex(range.last));
+}
+
 void addRawFaults(const Observation& observation, std::vector<std::string>& rules) {
     for (const FailedRange& range :
          joined(failedRanges(observation), readableRegisters(observation))) {
-        std::string rule = std::string("raw-read ").append(inHex(range.first));
-        if (range.last != range.first) {
-            rule.append("-").append(inHex(range.last));
-        }
-        rules.push_back(withStatus(std::move(rule), range.status));
+        rules.push_back(withStatus(std::string("raw-read ").append(inHex(range)), range.status));
     }
 }
 
@@ -173,18 +175,53 @@ bool isOutsideObject(const PayloadReading& payload) {
     return index > board::payloadBlockSize || payload.length > board::payloadBlockSize - index;
 }
 
+// The object's bytes that bulk reads delivered, or would have delivered without a limit.
+RawBytes readableBytes(const Observation& observation) {
+    RawBytes readable;
+    for (const PayloadReading& payload : observation.payloads) {
+        if (payload.foundObject && payload.hal.status == 0) {
+            const std::uint32_t index = payload.offset + board::payloadIndexOfOffset0;
+            for (std::uint32_t i = 0; i < payload.length; ++i) {
+                readable[static_cast<std::uint16_t>(index + i)] = 0;
+            }
+        }
+    }
+    return readable;
+}
+
 // Reads beyond the object's end fail on every board.
+std::vector<FailedRange> failedBulkReads(const Observation& observation, const RawBytes& readable) {
+    std::vector<FailedRange> ranges;
+    for (const PayloadReading& payload : observation.payloads) {
+        if (payload.foundObject && payload.hal.status != 0 && !isOutsideObject(payload)) {
+            ranges.push_back(failedPart(payload.offset + board::payloadIndexOfOffset0,
+                                        payload.length, payload.hal.status, readable));
+        }
+    }
+    std::ranges::sort(ranges, {},
+                      [](const FailedRange& range) { return std::pair(range.first, range.last); });
+    return ranges;
+}
+
 void addHalFaults(const Observation& observation, std::vector<std::string>& rules) {
     const std::string name(board::payloadBlockName);
-    for (const PayloadReading& payload : observation.payloads) {
-        if (!payload.foundObject) {
-            rules.push_back(std::string("hal-object ").append(name));
-            return;
+    const bool isMissing = std::ranges::any_of(
+        observation.payloads, [](const PayloadReading& payload) { return !payload.foundObject; });
+    if (isMissing) {
+        rules.push_back(std::string("hal-object ").append(name));
+        return;
+    }
+    const RawBytes readable = readableBytes(observation);
+    const std::vector<FailedRange> ranges =
+        joined(failedBulkReads(observation, readable), readable);
+    // One rule is for all bytes, if that fails no read that succeeded.
+    const bool isWhole = readable.empty() && ranges.size() == 1;
+    for (const FailedRange& range : ranges) {
+        std::string rule = std::string("hal-read ").append(name);
+        if (!isWhole) {
+            rule.append(" ").append(inHex(range));
         }
-        if (payload.hal.status != 0 && !isOutsideObject(payload)) {
-            rules.push_back(withStatus(std::string("hal-read ").append(name), payload.hal.status));
-            return;
-        }
+        rules.push_back(withStatus(std::move(rule), range.status));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "zolt_board/i2c_tree.h"
 
-#include "board/device_type.h"
+#include "board/device_type_word.h"
 #include "zolt_board/summary.h"
 
 #include <map>

@@ -13,13 +13,6 @@ namespace {
 
 constexpr int reportVersion = 1; ///< a member that goes away or changes its meaning needs the next
 
-Json numberToJson(double number) {
-    if (std::isfinite(number)) {
-        return number;
-    }
-    return std::isnan(number) ? "nan" : number > 0 ? "inf" : "-inf";
-}
-
 template <typename Number>
 Json numberAt(const void* value) {
     return *static_cast<const Number*>(value);
@@ -90,6 +83,13 @@ private:
 };
 
 } // namespace
+
+Json numberToJson(double number) {
+    if (std::isfinite(number)) {
+        return number;
+    }
+    return std::isnan(number) ? "nan" : number > 0 ? "inf" : "-inf";
+}
 
 Json bytesToJson(std::span<const std::uint8_t> bytes) {
     constexpr std::string_view digits = "0123456789ABCDEF";

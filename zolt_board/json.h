@@ -26,6 +26,9 @@ using Json = nlohmann::ordered_json;
 /// bytes are no UTF-8.
 [[nodiscard]] Json textToJson(std::string_view text);
 
+/// A number, or "nan", "inf" or "-inf", which JSON has no numbers for.
+[[nodiscard]] Json numberToJson(double number);
+
 /// A value of the bus, by its type. Arrays, structs and dictionary entries are arrays, a variant is
 /// { "signature", "value" }, and a number that is none or infinite is "nan", "inf" or "-inf".
 [[nodiscard]] Json valueToJson(std::string_view signature, const board::Value& value);

@@ -84,7 +84,7 @@ bool readsZero(std::uint8_t id, const board::CpldContents& contents) {
     const auto registers =
         std::span(contents.raw).subspan(addressOf(board::slotRegisters, id), board::slotBlockSize);
     return std::ranges::all_of(registers, isZero) &&
-           std::ranges::all_of(board::slotFields, [&](const board::ControlField& field) {
+           std::ranges::all_of(board::slotRegisters.fields, [&](const board::ControlField& field) {
                const Bytes& bytes = contents.named.at(nameOf(board::slotRegisters, id, field));
                return !bytes.empty() && std::ranges::all_of(bytes, isZero);
            });

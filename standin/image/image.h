@@ -32,8 +32,9 @@ struct ImageFault {
 /// The number of a fault in the list of faults.
 using ImageFaultNumber = std::uint16_t;
 
-/// A fault of raw reads that touch an address from first to last.
-struct ImageRawFault {
+/// A fault of reads that touch one of the addresses, or of the bytes of an object, from first to
+/// last.
+struct ImageReadFault {
     std::uint16_t first;
     std::uint16_t last;
     ImageFaultNumber fault;
@@ -58,8 +59,8 @@ struct ImageObject {
     ImageRange name;
     std::uint32_t firstAddress;
     std::uint32_t length;
-    ImageRange missingFaults; ///< of ImageFaultNumber, like readFaults
-    ImageRange readFaults;
+    ImageRange missingFaults; ///< of ImageFaultNumber
+    ImageRange readFaults;    ///< of ImageReadFault, the last rule first
     std::int32_t unregisterStatus;
     std::uint32_t interruptCallback;
     std::uint32_t mostBytes; ///< most bytes that one read delivers
@@ -70,14 +71,14 @@ enum class LibraryLog : std::uint8_t { debug, calls };
 constexpr std::size_t libraryLogs = 2;
 
 struct ImageHeader {
-    static constexpr std::array<char, 8> expectedMagic{'Z', 'S', 'I', 'M', 'B', 'R', 'D', '2'};
+    static constexpr std::array<char, 8> expectedMagic{'Z', 'S', 'I', 'M', 'B', 'R', 'D', '3'};
 
     std::array<char, 8> magic;
     std::uint32_t size;                               ///< of the whole image, in bytes
     ImageRange faults;                                ///< of ImageFault
     ImageRange names;                                 ///< of ImageName
     ImageRange objects;                               ///< of ImageObject
-    ImageRange rawFaults;                             ///< of ImageRawFault, the last rule first
+    ImageRange rawFaults;                             ///< of ImageReadFault, the last rule first
     std::array<ImageRange, topologyTypes> typeFaults; ///< of ImageFaultNumber, by device type
     std::array<std::atomic<std::int32_t>, libraryLogs> logErrors; ///< errno of the first line that
                                                                   ///< a log lost; 0: none

@@ -69,7 +69,7 @@ std::optional<ImageReader> ImageReader::map(const char* path) {
     const ImageReader reader(header);
     if (!reader.holds<ImageFault>(header->faults) || !reader.holds<ImageName>(header->names) ||
         !reader.holds<ImageObject>(header->objects) ||
-        !reader.holds<ImageRawFault>(header->rawFaults)) {
+        !reader.holds<ImageReadFault>(header->rawFaults)) {
         return std::nullopt;
     }
     return reader;
@@ -139,8 +139,8 @@ CallEnd ImageReader::endOf(ImageRange faults) const {
     return {};
 }
 
-CallEnd ImageReader::endOfRawRead(std::uint32_t first, std::uint32_t count) const {
-    for (const ImageRawFault& fault : items<ImageRawFault>(header_->rawFaults)) {
+CallEnd ImageReader::endOfRead(ImageRange faults, std::uint32_t first, std::uint32_t count) const {
+    for (const ImageReadFault& fault : items<ImageReadFault>(faults)) {
         const bool fits = count > 0 && fault.first <= first + (count - 1) && first <= fault.last;
         const auto end = fits ? ask(fault.fault) : std::nullopt;
         if (end) {
@@ -148,6 +148,16 @@ CallEnd ImageReader::endOfRawRead(std::uint32_t first, std::uint32_t count) cons
         }
     }
     return {};
+}
+
+CallEnd ImageReader::endOfRawRead(std::uint32_t first, std::uint32_t count) const {
+    return endOfRead(header_->rawFaults, first, count);
+}
+
+// A read of no bytes is a call, too: it has the place of one byte.
+CallEnd ImageReader::endOfBulkRead(const ImageObject& object, std::uint32_t first,
+                                   std::uint32_t count) const {
+    return endOfRead(object.readFaults, first, std::max(count, 1U));
 }
 
 CallEnd ImageReader::endOfParsing(std::size_t deviceType) const {

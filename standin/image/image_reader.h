@@ -41,6 +41,10 @@ public:
     /// The same for a raw read: the rules are those for any of its addresses.
     [[nodiscard]] CallEnd endOfRawRead(std::uint32_t first, std::uint32_t count) const;
 
+    /// The same for a bulk read through an object: the rules are those for any of its bytes.
+    [[nodiscard]] CallEnd endOfBulkRead(const ImageObject& object, std::uint32_t first,
+                                        std::uint32_t count) const;
+
     /// The same for parsing a device type, which must lie below topologyTypes.
     [[nodiscard]] CallEnd endOfParsing(std::size_t deviceType) const;
 
@@ -57,6 +61,8 @@ private:
     [[nodiscard]] std::span<const T> items(ImageRange range) const;
     template <typename T>
     [[nodiscard]] bool holds(ImageRange range) const;
+    [[nodiscard]] CallEnd endOfRead(ImageRange faults, std::uint32_t first,
+                                    std::uint32_t count) const;
     [[nodiscard]] std::optional<CallEnd> ask(ImageFaultNumber fault) const;
 
     const ImageHeader* header_;

@@ -95,20 +95,29 @@ struct PlainFault {
 static_assert(sizeof(PlainFault) == sizeof(ImageFault));
 static_assert(board::delayForever == ImageFault::forever);
 
+// The rules for reads of ranges, the last one first.
+template <typename Fits>
+ImageRange appendReadFaults(const board::Board& board, Layout& layout, Fits fits) {
+    std::vector<ImageReadFault> faults;
+    for (std::size_t i = board.faults.size(); i > 0; --i) {
+        const board::FaultRule& rule = board.faults[i - 1];
+        if (fits(rule)) {
+            faults.push_back({rule.first, rule.last, static_cast<ImageFaultNumber>(i - 1)});
+        }
+    }
+    return layout.append(std::span<const ImageReadFault>(faults));
+}
+
 void appendFaults(const board::Board& board, Layout& layout) {
     std::vector<PlainFault> faults;
-    std::vector<ImageRawFault> rawFaults;
     for (const board::FaultRule& rule : board.faults) {
-        if (rule.kind == board::FaultKind::rawRead) {
-            rawFaults.push_back(
-                {rule.first, rule.last, static_cast<ImageFaultNumber>(faults.size())});
-        }
         faults.push_back({rule.status, rule.delay, rule.after,
                           rule.times == 0 ? ImageFault::always : rule.times});
     }
-    std::ranges::reverse(rawFaults);
     layout.header().faults = layout.append(std::span<const PlainFault>(faults));
-    layout.header().rawFaults = layout.append(std::span<const ImageRawFault>(rawFaults));
+    layout.header().rawFaults = appendReadFaults(board, layout, [](const board::FaultRule& rule) {
+        return rule.kind == board::FaultKind::rawRead;
+    });
     for (std::size_t type = 0; type < topologyTypes; ++type) {
         layout.header().typeFaults[type] =
             appendFitting(board, layout, [&](const board::FaultRule& rule) {
@@ -135,7 +144,11 @@ void appendObjects(const board::Board& board, Layout& layout) {
              .firstAddress = board::payloadBlockStart,
              .length = board::payloadBlockSize,
              .missingFaults = appendFitting(board, layout, board::FaultKind::halObject, name),
-             .readFaults = appendFitting(board, layout, board::FaultKind::halRead, name),
+             .readFaults = appendReadFaults(board, layout,
+                                            [&](const board::FaultRule& rule) {
+                                                return rule.kind == board::FaultKind::halRead &&
+                                                       fits(rule, name);
+                                            }),
              .unregisterStatus = object.unregisterStatus,
              .interruptCallback = object.interruptCallback ? 1U : 0U,
              .mostBytes = object.mostBytes});

@@ -52,7 +52,8 @@ private:
         if (offset > object_.length || length > object_.length - offset) {
             return notThere;
         }
-        if (const auto status = awaitEnd(image_.endOf(object_.readFaults)); status != 0) {
+        if (const auto status = awaitEnd(image_.endOfBulkRead(object_, offset, length));
+            status != 0) {
             return status;
         }
         const auto bytes =

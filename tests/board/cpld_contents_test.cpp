@@ -1,6 +1,7 @@
 #include "board/cpld_contents.h"
 
 #include "board/board_loader.h"
+#include "board/slot_registers.h"
 #include "tests/board/refusal.h"
 
 #include <gtest/gtest.h>
@@ -67,6 +68,22 @@ TEST(CpldContents, overridesTouchOnlyWhatTheyName) {
     EXPECT_EQ(contents.named.at("NEW"), Bytes{5});
     EXPECT_EQ(contents.named.at("PICPWR_7_MOD_CLASS"), Bytes{0x2A});
     EXPECT_EQ(rawAt(contents, 0x1054, 3), (Bytes{0xE9, 0x11, 4}));
+}
+
+// The fields by name and the fields in the block are the same.
+TEST(CpldContents, slotFieldsAreThoseOfTheLayout) {
+    const CpldContents contents = deriveCpldContents(test::boardOf(slotSeven, "b"));
+    const Bytes block = rawAt(contents, 0x1054, slotBlockSize);
+    for (const ControlField& field : slotFields) {
+        if (!field.suffix.empty()) {
+            const Bytes& named = contents.named.at(std::string("PICPWR_7").append(field.suffix));
+            const std::uint32_t value = field.bits.decode(block);
+            EXPECT_EQ(named[0], value & 0xFF) << field.bits.key;
+            EXPECT_EQ(named.size() > 1 ? named[1] : 0, value >> 8) << field.bits.key;
+        }
+    }
+    EXPECT_EQ(slotFields[8].bits.decode(block), 1);
+    EXPECT_EQ(slotFields[15].bits.decode(block), 8);
 }
 
 } // namespace

@@ -52,6 +52,7 @@ TEST(FaultOrder, refusesFaultsThatCanNeverHappen) {
         {"named-read picpwr_*", "no register has a name like 'picpwr_*'"},
         {"named-read [", "no register has a name like '['"},
         {"hal-object NOPE", "the HAL has no object 'NOPE'"},
+        {"hal-read PICPWR_PAYLOADS 0x6000", "the object 'PICPWR_PAYLOADS' ends at byte 0x5FFF"},
         {"hal-read PICPWR_* status 3", "the HAL has no object 'PICPWR_*'"},
         {"cosmic-ray", "a fault begins with one of: named-read, raw-read, hal-object, hal-read, "
                        "bus, service, object, i2c-open, i2c-ioctl, sysinfo"},

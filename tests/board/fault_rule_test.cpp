@@ -61,7 +61,10 @@ TEST(FaultRule, everyKind) {
         {"sysinfo 164 status 3", typeRule(164, 3)},
         {"sysinfo Backplane", typeRule(19, -1)},
         {"sysinfo FSCP", typeRule(0, -1)},
-        {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0, 3, false)},
+        {"  hal-read\tX   status  3 ", rule(halRead, "X", 0, 0xFFFF, 3, false)},
+        {"hal-read X 0x181-0x2F7 status 3", rule(halRead, "X", 0x181, 0x2F7, 3, false)},
+        {"hal-read X 7 once", rule(halRead, "X", 7, 7, -1, true)},
+        {"hal-read X 1 times", rule(halRead, "X", 0, 0xFFFF, -1, true)},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(parseFaultRule(text), expected) << text;
@@ -242,6 +245,9 @@ TEST(FaultRule, refusesWithAReason) {
         {"named-read " + std::string(256, '*'), "a name pattern has at most 255 characters"},
         {"raw-read", "raw-read needs an address or a range of addresses"},
         {"hal-read", "hal-read needs an object's name"},
+        {"hal-read X 0x10000", "'0x10000' is not a byte or a range of bytes (0x0000 to 0xFFFF)"},
+        {"hal-read X 2-1", "address range '2-1' runs backwards"},
+        {"hal-read X 2 3", "'3' is not understood here"},
         {"raw-read here", "'here' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},
         {"raw-read 0x10000",
          "'0x10000' is not a raw address or a range of addresses (0x0000 to 0xFFFF)"},

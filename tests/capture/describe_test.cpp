@@ -95,6 +95,11 @@ const Small smallBoards[] = {
     {"a payload that can be read neither way",
      "faults = [\"hal-read PICPWR_PAYLOADS\", \"raw-read 0x2A11\"]\n"
      "[[slot]]\nid = 5\ndstat = 1\nmodule.device_id = 3\n"},
+    {"bulk reads of which some fail",
+     "faults = [\"hal-read PICPWR_PAYLOADS 0x0201-0x0377 status 9\"]\n"
+     "[[slot]]\nid = 5\ndstat = 1\nmodule.device_id = 3\n"
+     "[[slot]]\nid = 6\ndstat = 1\npayload_offset = 0x200\nmodule.device_id = 4\n"
+     "[[slot]]\nid = 7\ndstat = 1\npayload_offset = 0x400\nmodule.device_id = 5\n"},
     {"short bulk reads", "[[slot]]\nid = 5\ndstat = 1\nmodule.device_id = 3\n"
                          "[hal.PICPWR_PAYLOADS]\nmost_bytes = 14\n"},
     {"bulk reads without bytes", "[[slot]]\nid = 5\ndstat = 1\nmodule.device_id = 3\n"
@@ -401,9 +406,10 @@ board::Board randomBoard(unsigned seed) {
                 status,
             "raw-read " + std::to_string(draw(0x2A01, 0x3600)) + status,
             "hal-read PICPWR_PAYLOADS" + status,
+            "hal-read PICPWR_PAYLOADS " + std::to_string(draw(1, 700)) + status,
             "sysinfo " + std::to_string(draw(0, 164)) + status,
         };
-        board.faults.push_back(board::parseFaultRule(rules[draw(0, 5)]));
+        board.faults.push_back(board::parseFaultRule(rules[draw(0, 6)]));
     }
     if (draw(0, 5) == 0) {
         board.halObjects[std::string(board::payloadBlockName)].mostBytes = draw(0, 375);

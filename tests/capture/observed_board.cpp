@@ -61,9 +61,11 @@ public:
         reading.foundObject = lastFault([](const FaultRule& rule) {
                                   return rule.kind == FaultKind::halObject;
                               }) == nullptr;
-        const FaultRule* const fault =
-            lastFault([](const FaultRule& rule) { return rule.kind == FaultKind::halRead; });
         const std::uint32_t index = offset + board::payloadIndexOfOffset0;
+        const FaultRule* const fault = lastFault([&](const FaultRule& rule) {
+            return rule.kind == FaultKind::halRead && rule.first < index + length &&
+                   rule.last >= index;
+        });
         if (index > board::payloadBlockSize || length > board::payloadBlockSize - index) {
             reading.hal.status = notThere;
         } else if (fault != nullptr) {

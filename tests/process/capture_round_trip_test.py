@@ -96,6 +96,9 @@ class RoundTrip(unittest.TestCase):
     def test_empty_board(self):
         self.check(self.scratch.file("empty.toml"), slots=(1, 63))
 
+    def test_information_object_without_properties(self):
+        self.check(self.scratch.file("no_information.toml", "[service.info]\n"), slots=(1,))
+
     def test_masked_capture_is_a_capture_of_itself(self):
         for board in ("demo", "raw_only", "hostile"):
             masked = self.capture(board, f"{board}_masked.toml", "--mask")

@@ -27,11 +27,13 @@ SOURCE = pathlib.Path(__file__).parents[2]
 HELP = """\
 usage: zolt_board show [--tree | --json] [--color WHEN] BOARD
        zolt_board check [--json | --list] BOARD...
+       zolt_board diff [--json] BOARD BOARD
 
 Works on board descriptions alone:
 
   show     what a board has
   check    what is wrong with boards
+  diff     what changed from one board to another
 
 'zolt_board VERB --help' tells the options of a verb.
 

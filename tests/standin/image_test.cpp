@@ -193,7 +193,7 @@ TEST_F(Image, rulesHaveADelay) {
     expectEnd(image.endOf(image.findName("PICPWR_1_DSTAT")->faults), 0, 0);
     const ImageObject* const object = image.findObject("PICPWR_PAYLOADS");
     expectEnd(image.endOf(object->missingFaults), 0, ImageFault::forever);
-    expectEnd(image.endOf(object->readFaults), -1, 1000);
+    expectEnd(image.endOfBulkRead(*object, 1, 375), -1, 1000);
     expectEnd(image.endOfParsing(163), 0, 0);
     expectEnd(image.endOfParsing(164), 0, 3);
     expectEnd(image.endOfParsing(164), 0, 0);
@@ -235,6 +235,23 @@ TEST_F(Image, processesCountEachCallOnce) {
     static_assert(passing + failing < processes * reads);
 }
 
+TEST_F(Image, bulkReadsThatTouchAByteFail) {
+    const auto image = mapped(description(
+        {"hal-read PICPWR_PAYLOADS status 1", "hal-read PICPWR_PAYLOADS 0x10-0x1F status 2",
+         "hal-read PICPWR_PAYLOADS 0x18 status 3 once", "raw-read 0x10 status 4"}));
+    const ImageObject* const object = image.findObject("PICPWR_PAYLOADS");
+    const auto statusOf = [&](std::uint32_t first, std::uint32_t count) {
+        return image.endOfBulkRead(*object, first, count).status;
+    };
+    EXPECT_EQ(statusOf(0x18, 1), 3);
+    EXPECT_EQ(statusOf(0x18, 1), 2);
+    EXPECT_EQ(statusOf(0x0F, 1), 1);
+    EXPECT_EQ(statusOf(0x0F, 2), 2);
+    EXPECT_EQ(statusOf(0x1F, 1), 2);
+    EXPECT_EQ(statusOf(0x20, 375), 1);
+    EXPECT_EQ(statusOf(0x6000, 0), 1);
+}
+
 TEST_F(Image, objectIsAWindowOnThePayloadBlock) {
     const auto image = mapped("faults = ['hal-object PICPWR_PAYLOADS once',"
                               "'hal-read PICPWR_PAYLOADS status 6']\n"
@@ -250,7 +267,7 @@ TEST_F(Image, objectIsAWindowOnThePayloadBlock) {
     EXPECT_EQ(object->mostBytes, 9U);
     EXPECT_EQ(image.endOf(object->missingFaults).status, -1);
     EXPECT_EQ(image.endOf(object->missingFaults).status, 0);
-    EXPECT_EQ(image.endOf(object->readFaults).status, 6);
+    EXPECT_EQ(image.endOfBulkRead(*object, 1, 375).status, 6);
     EXPECT_EQ(image.findObject("OTHER"), nullptr);
 }
 

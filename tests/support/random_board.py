@@ -273,6 +273,7 @@ def fault(text):
         f"raw-read 0x{first:04X}-0x{first + text.random.choice((0, 3, 60)):04X}{status}",
         "hal-object PICPWR_PAYLOADS",
         f"hal-read PICPWR_PAYLOADS{status}",
+        f"hal-read PICPWR_PAYLOADS 0x{first & 0xFFF:04X}{status}",
         "bus absent",
         "service absent",
         f"object {text.random.choice(MODULE_TYPES)}",

@@ -1,0 +1,15 @@
+// Compares the I2C sides of two boards: buses, devices, index nodes, the parser's answers.
+#pragma once
+
+#include "zolt_board/change.h"
+
+#include "board/i2c_model.h"
+
+#include <vector>
+
+namespace zolt_board {
+
+void compareI2c(const board::I2cDescription& before, const board::I2cDescription& after,
+                std::vector<Change>& changes);
+
+} // namespace zolt_board
