@@ -12,13 +12,13 @@
 #include "platform/debug_log.h"
 #include "platform/hal.h"
 #include "platform/sysinfo.h"
+#include "tests/support/wrapped_calls.h"
 
 #include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <memory>
 #include <string>
@@ -27,6 +27,11 @@
 #include <unistd.h>
 
 namespace {
+
+using zolt::test::isBus;
+using zolt::test::next;
+using zolt::test::readHalConfig;
+using zolt::test::readIoStr;
 
 struct Foreign {};
 
@@ -60,12 +65,6 @@ void enter(const std::string& call) {
     }
 }
 
-// The function of this name behind this library.
-template <typename Function>
-Function* next(const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 // The HAL's object, with every call of it written down.
 class Object : public HAL_i2c {
 public:
@@ -93,15 +92,6 @@ private:
     std::unique_ptr<HAL_cfgbase> object_;
 };
 
-constexpr const char* readIoStr = "_Z10ReadIO_StrNSt7__cxx1112basic_stringIcSt11char_traitsIcE"
-                                  "SaIcEEERSt6vectorIhSaIhEEPj";
-constexpr const char* readHalConfig = "_ZN11HAL_cfgdata13ReadHALConfigENSt7__cxx1112basic_string"
-                                      "IcSt11char_traitsIcESaIcEEE";
-
-bool isBus(const char* path) {
-    return std::strncmp(path, "/dev/i2c-", 9) == 0;
-}
-
 int busDescriptor = -1; // the tool has one bus open at a time
 
 int openAs(const char* name, const char* path, int flags, mode_t mode) {
@@ -113,10 +103,6 @@ int openAs(const char* name, const char* path, int flags, mode_t mode) {
         busDescriptor = descriptor;
     }
     return descriptor;
-}
-
-mode_t modeOf(int flags, va_list arguments) {
-    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
 } // namespace
@@ -170,21 +156,8 @@ void free_sysinfo(SysInfoTree* root) {
     next<decltype(free_sysinfo)>("free_sysinfo")(root);
 }
 
-int open(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
-    return openAs("open", path, flags, mode);
-}
-
-int open64(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
-    return openAs("open64", path, flags, mode);
-}
+WRAP_OPEN(open, openAs)
+WRAP_OPEN(open64, openAs)
 
 // The C library's declaration promises that the call does not throw, and no test orders it to.
 // NOLINTNEXTLINE(bugprone-exception-escape)

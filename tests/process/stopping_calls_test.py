@@ -17,11 +17,11 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
+from preload import preloaded  # noqa: E402
 from programs import ASK_ALL, SIM, Scratch, TIMEOUT_SECONDS, TOOL  # noqa: E402
 
 STOPPING_CALLS = os.environ["STOPPING_CALLS"]
-# Puts the library in front of the preload library that zolt_sim sets.
-PRELOADED = ("sh", "-c", 'LD_PRELOAD="$0:$LD_PRELOAD" exec "$@"', STOPPING_CALLS)
+PRELOADED = preloaded(STOPPING_CALLS)
 
 LAST_SLOTS = """
 [[slot]]
