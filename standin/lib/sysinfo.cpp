@@ -3,6 +3,7 @@
 // Each parse reads the file again, because nodes come and go while the board runs.
 #include "platform/sysinfo.h"
 
+#include "standin/i2c_bus/server/descriptor.h"
 #include "standin/image/image.h"
 #include "standin/image/image_reader.h"
 #include "standin/image/topology.h"
@@ -82,14 +83,13 @@ std::optional<Topology> publishedTopology(int& status) {
     const char* const directory = std::getenv(boardDirectoryVariable);
     const std::string path =
         directory == nullptr ? std::string() : std::string(directory) + "/" + topologyFileName;
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.number() < 0) {
         status = noBoard;
         return std::nullopt;
     }
     Topology topology;
-    status = readTopology(file, topology) ? 0 : badTopology;
-    close(file);
+    status = readTopology(file.number(), topology) ? 0 : badTopology;
     return status == 0 ? std::optional(std::move(topology)) : std::nullopt;
 }
 
