@@ -21,6 +21,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         gcovr                                               # the coverage of the suites
         shellcheck cppcheck mandoc                          # linters
         python3-jsonschema                                  # the schema of board descriptions
+        locales                                             # reports in other languages' settings
         bash-completion                                     # completion at a terminal
         git                                                 # lists the files of a fresh copy
         qemu-user                                           # AArch64, the architecture of the boards
