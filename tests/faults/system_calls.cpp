@@ -137,12 +137,19 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
 }
 
 int close(int descriptor) {
+    const auto function = next<decltype(close)>("close");
     if (descriptor != busDescriptor || descriptor < 0) {
-        return next<decltype(close)>("close")(descriptor);
+        const int result = function(descriptor);
+        // The next file could have this number.
+        if (result < 0 && errno == EBADF && faults::toolRuns() && !faults::insideCall()) {
+            const Call call("close", "of a descriptor that is not open");
+            logged(result);
+        }
+        return result;
     }
     const Call call("close", "");
     busDescriptor = -1;
-    const int result = real(call, [&] { return next<decltype(close)>("close")(descriptor); });
+    const int result = real(call, [&] { return function(descriptor); });
     return call.fails("errno") ? failed(call.amount()) : logged(result);
 }
 
