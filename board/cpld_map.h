@@ -20,6 +20,7 @@ constexpr std::string_view payloadBlockName = "PICPWR_PAYLOADS";
 constexpr std::uint32_t payloadBlockStart = 0x2A00;
 constexpr std::uint32_t payloadBlockSize = 0x6000;
 constexpr std::uint32_t payloadIndexOfOffset0 = 1;
+constexpr std::uint32_t payloadsStart = payloadBlockStart + payloadIndexOfOffset0; ///< offset 0
 constexpr std::uint32_t payloadRoom = payloadBlockSize - payloadIndexOfOffset0;
 constexpr std::uint32_t longestPayload = 247; ///< readers fetch no more of a CIR payload
 

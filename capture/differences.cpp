@@ -13,8 +13,6 @@ namespace capture {
 
 namespace {
 
-constexpr std::uint32_t offset0 = board::payloadBlockStart + board::payloadIndexOfOffset0;
-
 std::string inHex(std::uint32_t value) {
     std::array<char, 8> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
@@ -131,7 +129,7 @@ std::vector<FailedRange> failedRanges(const Observation& observation) {
     }
     for (const PayloadReading& payload : observation.payloads) {
         if (payload.raw) {
-            add(offset0 + payload.offset, payload.length, payload.raw->status);
+            add(board::payloadsStart + payload.offset, payload.length, payload.raw->status);
         }
     }
     std::ranges::sort(ranges, {},
@@ -189,13 +187,27 @@ RawBytes readableBytes(const Observation& observation) {
     return readable;
 }
 
+// How many of a payload's first bytes a shorter read of the payload has, if that read failed in
+// another way. The long read's rule is for the bytes behind them, and stands behind the rule of the
+// short one.
+std::uint32_t lengthOfOtherFailure(const Observation& observation, const PayloadReading& payload) {
+    for (const PayloadReading& other : observation.payloads) {
+        if (other.offset == payload.offset && other.length < payload.length && other.foundObject &&
+            other.hal.status != 0 && other.hal.status != payload.hal.status) {
+            return other.length;
+        }
+    }
+    return 0;
+}
+
 // Reads beyond the object's end fail on every board.
 std::vector<FailedRange> failedBulkReads(const Observation& observation, const RawBytes& readable) {
     std::vector<FailedRange> ranges;
     for (const PayloadReading& payload : observation.payloads) {
         if (payload.foundObject && payload.hal.status != 0 && !isOutsideObject(payload)) {
-            ranges.push_back(failedPart(payload.offset + board::payloadIndexOfOffset0,
-                                        payload.length, payload.hal.status, readable));
+            const std::uint32_t skipped = lengthOfOtherFailure(observation, payload);
+            ranges.push_back(failedPart(payload.offset + board::payloadIndexOfOffset0 + skipped,
+                                        payload.length - skipped, payload.hal.status, readable));
         }
     }
     std::ranges::sort(ranges, {},

@@ -118,8 +118,7 @@ public:
 private:
     // A byte of the block by payload offset; none when it is not known.
     [[nodiscard]] std::optional<std::uint8_t> at(std::size_t offset) const {
-        const auto found = known_->find(static_cast<std::uint16_t>(
-            board::payloadBlockStart + board::payloadIndexOfOffset0 + offset));
+        const auto found = known_->find(static_cast<std::uint16_t>(board::payloadsStart + offset));
         return offset >= board::payloadRoom || found == known_->end()
                    ? std::nullopt
                    : std::optional(found->second);
@@ -200,13 +199,12 @@ void addBytes(RawBytes& known, std::uint32_t address, const Bytes& bytes) {
 
 RawBytes knownRegisters(const Observation& observation) {
     RawBytes known;
-    constexpr std::uint32_t offset0 = board::payloadBlockStart + board::payloadIndexOfOffset0;
     for (const PayloadReading& payload : observation.payloads) {
         if (payload.foundObject && payload.hal.status == 0) {
-            addBytes(known, offset0 + payload.offset, payload.hal.bytes);
+            addBytes(known, board::payloadsStart + payload.offset, payload.hal.bytes);
         }
         if (payload.raw && payload.raw->status == 0) {
-            addBytes(known, offset0 + payload.offset, payload.raw->bytes);
+            addBytes(known, board::payloadsStart + payload.offset, payload.raw->bytes);
         }
     }
     for (const auto* reads : {&observation.rawWords, &observation.rawBytes}) {

@@ -48,8 +48,8 @@ std::span<const std::uint8_t> BoardView::block(unsigned id) const {
 }
 
 std::span<const std::uint8_t> BoardView::bytesAt(const SlotView& slot, std::uint32_t size) const {
-    const auto rest = std::span(cpld_.raw).subspan(std::min<std::size_t>(
-        board::payloadBlockStart + board::payloadIndexOfOffset0 + slot.offset, cpld_.raw.size()));
+    const auto rest = std::span(cpld_.raw).subspan(
+        std::min<std::size_t>(board::payloadsStart + slot.offset, cpld_.raw.size()));
     return rest.first(std::min<std::size_t>(size, rest.size()));
 }
 

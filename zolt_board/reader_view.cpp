@@ -66,15 +66,14 @@ std::optional<std::uint32_t> ReaderView::value(const std::string& name,
 }
 
 std::span<const std::uint8_t> ReaderView::payloadRoom() const {
-    return std::span(contents_.raw)
-        .subspan(board::payloadBlockStart + board::payloadIndexOfOffset0, board::payloadRoom);
+    return std::span(contents_.raw).subspan(board::payloadsStart, board::payloadRoom);
 }
 
 // Readers ask the HAL for the bytes, and read them raw if it refuses. It refuses a read that does
 // not end within the block.
 std::optional<std::span<const std::uint8_t>> ReaderView::payloadAt(std::uint32_t offset) const {
     const auto room = payloadRoom().subspan(std::min<std::size_t>(offset, payloadRoom().size()));
-    const std::uint32_t address = board::payloadBlockStart + board::payloadIndexOfOffset0 + offset;
+    const std::uint32_t address = board::payloadsStart + offset;
     for (const std::size_t fetched : {oemAreaFetch, payloadFetch}) {
         std::size_t delivered = fetched;
         if (readable_.payloadBlock() && fetched <= room.size()) {

@@ -145,9 +145,9 @@ void appendObjects(const board::Board& board, Layout& layout) {
              .length = board::payloadBlockSize,
              .missingFaults = appendFitting(board, layout, board::FaultKind::halObject, name),
              .readFaults = appendReadFaults(board, layout,
-                                            [&](const board::FaultRule& rule) {
+                                            [&wanted = name](const board::FaultRule& rule) {
                                                 return rule.kind == board::FaultKind::halRead &&
-                                                       fits(rule, name);
+                                                       fits(rule, wanted);
                                             }),
              .unregisterStatus = object.unregisterStatus,
              .interruptCallback = object.interruptCallback ? 1U : 0U,

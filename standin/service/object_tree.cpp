@@ -27,7 +27,7 @@ constexpr std::string_view head =
     "  </method>\n"
     " </interface>\n";
 
-constexpr std::string_view manager =
+constexpr std::string_view managerXml =
     " <interface name=\"org.freedesktop.DBus.ObjectManager\">\n"
     "  <method name=\"GetManagedObjects\">\n"
     "   <arg type=\"a{oa{sa{sv}}}\" name=\"objects\" direction=\"out\"/>\n"
@@ -112,7 +112,7 @@ std::string ObjectTree::introspection(std::string_view path) const {
     }
     std::string xml(head);
     if (node != nullptr) {
-        xml += node->manager ? manager : "";
+        xml += node->manager ? managerXml : "";
         for (const board::PublishedInterface* interface : node->interfaces) {
             describe(xml, *interface);
         }

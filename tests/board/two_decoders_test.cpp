@@ -386,7 +386,7 @@ void compare(const char* what, int run, const Bytes& bytes, Decode decode,
 
 TEST(TwoDecoders, payloads) {
     test::Dice dice(11);
-    for (int run = 0; run < 10'000 && !testing::Test::HasFatalFailure(); ++run) {
+    for (int run = 0; run < 3'000 && !testing::Test::HasFatalFailure(); ++run) {
         const Bytes bytes = variantOf(encode(test::randomPayload(dice)), 260, dice);
         compare("payload", run, bytes, zolt::decodeCirPayload, listPayload);
     }
@@ -395,7 +395,7 @@ TEST(TwoDecoders, payloads) {
 // Whole payloads: the module that a description shows has the end points that the tool lists.
 TEST(TwoDecoders, endPointsOfWholePayloads) {
     test::Dice dice(12);
-    for (int run = 0; run < 2'000; ++run) {
+    for (int run = 0; run < 600; ++run) {
         const Bytes bytes = encode(test::randomPayload(dice));
         const auto payload = decodePayload(bytes);
         ASSERT_TRUE(payload) << run << ": " << hexText(bytes);
@@ -412,7 +412,7 @@ TEST(TwoDecoders, endPointsOfWholePayloads) {
 
 TEST(TwoDecoders, oemAreas) {
     test::Dice dice(13);
-    for (int run = 0; run < 7'000 && !testing::Test::HasFatalFailure(); ++run) {
+    for (int run = 0; run < 2'000 && !testing::Test::HasFatalFailure(); ++run) {
         const Bytes bytes = variantOf(encode(test::randomArea(dice)), 255, dice);
         if (!bytes.empty()) { // the tool decodes no empty area
             compare("OEM area", run, bytes, zolt::decodeOemArea, listOemArea);
@@ -422,7 +422,7 @@ TEST(TwoDecoders, oemAreas) {
 
 TEST(TwoDecoders, riserMaps) {
     test::Dice dice(14);
-    for (int run = 0; run < 3'000 && !testing::Test::HasFatalFailure(); ++run) {
+    for (int run = 0; run < 1'000 && !testing::Test::HasFatalFailure(); ++run) {
         const Bytes bytes = variantOf(test::blobOf(test::randomMap(dice)), 1100, dice);
         compare("riser map", run, bytes, zolt::decodeRiserSlotMap, listRiserMap);
     }

@@ -14,7 +14,7 @@ import tap  # noqa: E402
 from programs import CAPTURE, SIM, TOOL, Scratch, run  # noqa: E402
 from random_board import random_board  # noqa: E402
 
-SEEDS = range(1, int(os.environ.get("ROUND_TRIP_SEEDS", "24")) + 1)
+SEEDS = range(1, int(os.environ.get("ROUND_TRIP_SEEDS", "12")) + 1)
 EPOCH = "1795269780"
 SLOTS = range(1, 64)
 ENVIRONMENT = dict(os.environ, SOURCE_DATE_EPOCH=EPOCH)

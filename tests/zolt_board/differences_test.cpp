@@ -299,7 +299,7 @@ constexpr Case others[] = {
     {"faults", R"(faults = ["bus absent", "raw-read 0x1000"])",
      R"(faults = ["raw-read 0x1000", "i2c-open 5 error ENOENT after 2"])",
      "faults: 'bus absent' removed\n"
-     "faults: 'i2c-open 5 after 2 error ENOENT' added\n"},
+     "faults: 'i2c-open 5 error ENOENT after 2' added\n"},
     {"faults in another order", R"(faults = ["bus absent", "raw-read 0x1000"])",
      R"(faults = ["raw-read 0x1000", "bus absent"])", "faults: rules in another order\n"},
 };
