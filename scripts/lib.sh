@@ -18,7 +18,6 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         clang libclang-rt-dev clang-format clang-tidy       # the second compiler, the linters
         strace                                              # shows a program's system calls
         i2c-tools systemd                                   # independent clients of the buses (busctl)
-        gcovr                                               # the coverage of the suites
         shellcheck cppcheck mandoc                          # linters
         python3-jsonschema                                  # the schema of board descriptions
         locales                                             # reports in other languages' settings

@@ -107,10 +107,11 @@ private:
     }
 
     // What must be the same in both slots of a move; none: the module has no such mark. The first
-    // marks are the surest.
-    using Mark = std::optional<std::pair<board::Bytes, std::string>>;
+    // marks are the surest. The payload's bytes are kept as a text: GCC 12 warns of a comparison of
+    // vectors of bytes.
+    using Mark = std::optional<std::pair<std::string, std::string>>;
 
-    static board::Bytes bytesOf(const BoardView& view, const SlotView& slot) {
+    static std::string bytesOf(const BoardView& view, const SlotView& slot) {
         const auto all = view.bytesAt(slot, slot.size());
         return {all.begin(), all.end()};
     }
@@ -126,7 +127,7 @@ private:
 
     void findMoves() {
         for (const auto mark : {bytesAndObject, bytesAlone, objectAlone}) {
-            std::map<std::pair<board::Bytes, std::string>, std::vector<unsigned>> gone;
+            std::map<std::pair<std::string, std::string>, std::vector<unsigned>> gone;
             for (unsigned id = board::slotCount; id >= 1; --id) { // the first slot comes last
                 const auto key = mark(before_, before_.slot(id));
                 if (fates_.before.at(id).fate == Fate::goes && key) {
