@@ -203,8 +203,8 @@ constexpr void (*parts[])(TomlTable& root, Board& board) = {
 };
 
 // @param errors  if given, gets all errors; else the first error is thrown
-Board readBoard(const DescriptionFile& description, const std::string& name, const BoardFinder& find,
-           Errors* errors, KeyObserver* observer = nullptr) {
+Board readBoard(const DescriptionFile& description, const std::string& name,
+                const BoardFinder& find, Errors* errors, KeyObserver* observer = nullptr) {
     DescriptionChain chain = readChain(description, name, find, errors);
     const Reading reading{.files = std::move(chain.files), .errors = errors, .observer = observer};
     TomlTable root(chain.table, "board", reading);

@@ -177,16 +177,17 @@ Started startCommand(char* const* command, const Environment& additions, const I
 
 Ended superviseCommand(sd_event* loop, pid_t pid, const Inherited& inherited) {
     for (const int signal : passedOn) {
-        checkResult(sd_event_add_signal(loop, nullptr, signal, passOn, &pid), "cannot watch for signals");
+        checkResult(sd_event_add_signal(loop, nullptr, signal, passOn, &pid),
+                    "cannot watch for signals");
     }
     Ended ended;
     sd_event_source* raw = nullptr;
     checkResult(sd_event_add_child(loop, &raw, pid, WEXITED, noteEnd, &ended),
-          "cannot watch the command");
+                "cannot watch the command");
     const std::unique_ptr<sd_event_source, UnrefSource> child(raw);
     // Handle pending signals before the child's exit event.
     checkResult(sd_event_source_set_priority(raw, SD_EVENT_PRIORITY_NORMAL + 1),
-          "cannot watch the command");
+                "cannot watch the command");
     checkResult(sd_event_loop(loop), "the event loop failed");
     sigprocmask(SIG_SETMASK, &inherited.signals, nullptr);
     return ended;

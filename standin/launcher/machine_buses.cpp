@@ -75,7 +75,8 @@ void writeFile(const char* path, const std::string& text) {
 // An ordinary user can mount only in a user namespace. User and group keep their numbers in it.
 void getOwnMounts() {
     if (unshare(CLONE_NEWNS) == 0) {
-        checkStep(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr), "cannot detach its mounts");
+        checkStep(mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr),
+                  "cannot detach its mounts");
         return;
     }
     const std::string user = std::to_string(geteuid());

@@ -96,7 +96,8 @@ TEST_F(HalCfgdata, statusOfTheObjectIsTheResult) {
 }
 
 TEST_F(HalCfgdata, unregistersACallbackBeforeItDeletesTheObject) {
-    platform().hal[blockName] = {.content = {1}, .callbackRegistered = true, .unregisterStatus = -3};
+    platform().hal[blockName] = {
+        .content = {1}, .callbackRegistered = true, .unregisterStatus = -3};
     EXPECT_EQ(read(1, 0), 0);
     EXPECT_EQ(platform().calls,
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 1 0",
@@ -121,9 +122,9 @@ TEST_F(HalCfgdata, textIsHandedOutBeforeTheLibraryIsAsked) {
 
 TEST_F(HalCfgdata, anExceptionOfTheCallbackPassesOnceTheObjectIsGone) {
     platform().hal[blockName] = {.content = {1},
-                            .callbackRegistered = true,
-                            .thrownByUnregister =
-                                std::make_exception_ptr(std::runtime_error("still in use"))};
+                                 .callbackRegistered = true,
+                                 .thrownByUnregister =
+                                     std::make_exception_ptr(std::runtime_error("still in use"))};
     EXPECT_THROW(read(1, 0), std::runtime_error);
     EXPECT_EQ(platform().calls,
               (Calls{"ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 1 0",
@@ -133,9 +134,9 @@ TEST_F(HalCfgdata, anExceptionOfTheCallbackPassesOnceTheObjectIsGone) {
 
 TEST_F(HalCfgdata, theEndOfAHandleReleasesItsObjectAndSwallowsTheException) {
     platform().hal[blockName] = {.content = {1},
-                            .callbackRegistered = true,
-                            .thrownByUnregister =
-                                std::make_exception_ptr(std::runtime_error("still in use"))};
+                                 .callbackRegistered = true,
+                                 .thrownByUnregister =
+                                     std::make_exception_ptr(std::runtime_error("still in use"))};
     {
         HAL_cfgdata handle(blockName);
         EXPECT_EQ(handle.ReadIO(buffer_, 1, 0), 0);

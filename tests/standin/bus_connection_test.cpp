@@ -139,7 +139,8 @@ TEST_F(Connection, aTransferIsLimited) {
     const std::vector<WireMessage> most(42, {0x50, I2C_M_RD, 8192});
     const auto longest = answer(transfer(most, {}));
     EXPECT_EQ(longest.size(), 8 + 42 * 8192);
-    EXPECT_EQ(answer(transfer(std::vector<WireMessage>(43, {0x50, I2C_M_RD, 1}), {})), protocolError);
+    EXPECT_EQ(answer(transfer(std::vector<WireMessage>(43, {0x50, I2C_M_RD, 1}), {})),
+              protocolError);
     EXPECT_EQ(answer(transfer({{0x50, I2C_M_RD, 8193}}, {})), protocolError);
     EXPECT_EQ(answer(transfer({{0x50, 0, 8193}}, Bytes(8193))), protocolError);
     EXPECT_EQ(answer(request(WIRE_TRANSFER, 0xFFFFFFFF)), protocolError);
