@@ -24,7 +24,6 @@ namespace {
 using board::DocumentTable;
 using board::Property;
 using board::shortInterface;
-using board::shortPath;
 
 // What an object shows of one interface, by path and interface. A reply of the object itself counts
 // more than the reply of its manager.

@@ -10,7 +10,6 @@ namespace zolt_board {
 
 namespace {
 
-using board::RiserMap;
 using board::RiserRecord;
 
 // A text of a fixed length, without the zeros that fill the field up.

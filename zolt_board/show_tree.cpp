@@ -95,8 +95,9 @@ void addPayload(const Slot& slot, Branch& branch) {
 }
 
 std::string descriptorText(const board::OemDescriptor& descriptor) {
-    board::Bytes record{descriptor.type, 0};
-    record.insert(record.end(), descriptor.data.begin(), descriptor.data.end());
+    board::Bytes record(2 + descriptor.data.size());
+    record[0] = descriptor.type;
+    std::ranges::copy(descriptor.data, record.begin() + 2);
     const auto* const own =
         std::ranges::find(board::oemFields, unsigned{descriptor.type}, &board::FieldsOfType::type);
     const std::string text =

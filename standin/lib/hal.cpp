@@ -94,8 +94,8 @@ const ImageObject* findObject(const std::string& name) {
 } // namespace
 
 // The contract of the platform has the parameter by value.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
 // cppcheck-suppress passedByValue
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::int32_t ReadIO_Str(std::string name, std::vector<std::uint8_t>& value, std::uint32_t* size) {
     const std::size_t before = value.size();
     const std::int32_t status = readNamed(name, value);

@@ -9,7 +9,6 @@
 namespace zolt_board {
 namespace {
 
-using board::Value;
 using namespace std::string_literals;
 
 TEST(JsonOfBoards, bytesAreHexadecimalDigits) {
