@@ -35,11 +35,12 @@ ChangeList ChangeList::at(std::string part) const {
 }
 
 Change& ChangeList::add(Change::Kind kind, std::string what) {
-    return changes_->emplace_back(Change{.kind = kind,
-                                         .place = place_,
-                                         .part = part_,
-                                         .movedFrom = movedFrom_,
-                                         .what = std::move(what)});
+    changes_->push_back({.kind = kind,
+                         .place = place_,
+                         .part = part_,
+                         .movedFrom = movedFrom_,
+                         .what = std::move(what)});
+    return changes_->back();
 }
 
 void ChangeList::added(std::string what) {
