@@ -16,7 +16,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
 
 import tap  # noqa: E402
-from programs import SIM, Scratch, TIMEOUT_SECONDS, TOOL, not_emulated, run  # noqa: E402
+from programs import SANITIZED, SIM, TIMEOUT_SECONDS, TOOL, Scratch, not_emulated, run  # noqa: E402
 
 # Options, and the answers to the questions of those that ask. The system's words for an error come
 # from the options 9, 10, 13 and 15 on a missing bus, and from option 12 with a type that does not
@@ -108,6 +108,7 @@ class Settings(unittest.TestCase):
         self.check(self.output(shell("umask 0777")))
 
     @not_emulated("the emulator needs descriptors of its own")
+    @unittest.skipIf(SANITIZED, "sanitizers: they need descriptors of their own")
     def test_few_descriptors(self):
         self.check(self.output(shell(f"ulimit -n {SMALLEST_LIMIT}")))
 
