@@ -1,5 +1,7 @@
 #include "zolt_board/change_list.h"
 
+#include "zolt_board/joined.h"
+
 #include "board/field_writer.h"
 
 #include <algorithm>
@@ -8,10 +10,6 @@
 namespace zolt_board {
 
 namespace {
-
-std::string inHex(std::size_t number, unsigned digits) {
-    return board::tomlText(board::WrittenNumber{static_cast<std::int64_t>(number), digits});
-}
 
 // The bytes that one of the boards has in a range.
 Shown part(std::span<const std::uint8_t> bytes, std::size_t first, std::size_t end) {
@@ -101,9 +99,9 @@ void ChangeList::bytes(const std::string& what, std::span<const std::uint8_t> be
             ++end;
         }
         std::string name = std::string(what).append(end - at == 1 ? " " : "s ");
-        name.append(inHex(first + at, hexDigits));
+        name.append(inHex(static_cast<std::uint32_t>(first + at), hexDigits));
         if (end - at > 1) {
-            name.append("-").append(inHex(first + end - 1, hexDigits));
+            name.append("-").append(inHex(static_cast<std::uint32_t>(first + end - 1), hexDigits));
         }
         value(std::move(name), part(before, at, end), part(after, at, end));
         at = end - 1;

@@ -57,8 +57,14 @@ void addSubject(const FaultRule& rule, Json& json) {
         json["first_address"] = rule.first;
         json["last_address"] = rule.last;
         break;
-    case FaultKind::halObject:
     case FaultKind::halRead:
+        json["name"] = rule.subject;
+        if (rule.first != 0 || rule.last != board::lastByte) {
+            json["first_byte"] = rule.first;
+            json["last_byte"] = rule.last;
+        }
+        break;
+    case FaultKind::halObject:
         json["name"] = rule.subject;
         break;
     case FaultKind::object:

@@ -1,6 +1,7 @@
 #include "zolt_board/i2c_tree.h"
 
 #include "board/device_type_word.h"
+#include "zolt_board/joined.h"
 #include "zolt_board/summary.h"
 
 #include <map>
@@ -22,7 +23,7 @@ std::string nodeText(std::uint8_t deviceType, std::int64_t index) {
 }
 
 std::string deviceText(const I2cDevice& device) {
-    std::string text = "device " + hexadecimal(device.address);
+    std::string text = "device " + inHex(device.address);
     if (!device.memory.empty()) {
         text.append(", ").append(counted(device.memory.size(), "byte")).append(" of memory");
         text.append(device.readOnly ? ", read only" : "");

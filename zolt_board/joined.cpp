@@ -1,21 +1,23 @@
 #include "zolt_board/joined.h"
 
+#include "console/number_text.h"
+
 #include <algorithm>
 
 namespace zolt_board {
 
 namespace {
 
-constexpr std::string_view hexDigits = "0123456789ABCDEF";
+constexpr const char* hexDigits = "0123456789ABCDEF";
 
 } // namespace
 
-std::string inHex(std::uint32_t number, std::size_t digits) {
-    std::string text;
-    for (; number != 0 || text.size() < digits; number >>= 4) {
-        text.insert(text.begin(), hexDigits[number & 0xF]);
-    }
-    return text.insert(0, "0x");
+std::string inHex(std::uint32_t number, unsigned digits) {
+    std::string text("0x");
+    text.resize(text.size() + zolt::longestNumber);
+    const char* const end = zolt::appendHexadecimal(text.data() + 2, number, digits, hexDigits);
+    text.resize(static_cast<std::size_t>(end - text.data()));
+    return text;
 }
 
 std::string bytesText(std::span<const std::uint8_t> bytes) {

@@ -30,7 +30,7 @@ template <typename... Parts>
 }
 
 /// A number as 0x002A, with at least so many digits.
-[[nodiscard]] std::string inHex(std::uint32_t number, std::size_t digits);
+[[nodiscard]] std::string inHex(std::uint32_t number, unsigned digits = 2);
 
 /// A byte as 0x2A, several ones as "2A 01", at most 8 of them; no bytes as "no bytes".
 [[nodiscard]] std::string bytesText(std::span<const std::uint8_t> bytes);

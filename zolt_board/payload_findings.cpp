@@ -37,7 +37,7 @@ private:
 
     void checkSize() {
         const std::size_t size = payload_->statedSize;
-        const std::size_t got = std::min(payload_->bytes.size(), payloadFetch);
+        const std::size_t got = std::min<std::size_t>(payload_->bytes.size(), payloadFetch);
         if (payload_->described && *payload_->described != size) {
             const bool isShorter = *payload_->described < size;
             add(isShorter ? Kind::payloadShorterThanStated : Kind::payloadLongerThanStated,

@@ -17,6 +17,11 @@ bool letsPass(const board::FaultRule& rule) {
     return rule.status == 0 && rule.delay != board::delayForever;
 }
 
+// Whether the rule's range has one of the registers or bytes.
+bool touches(const board::FaultRule& rule, std::uint32_t first, std::uint32_t length) {
+    return rule.first < first + length && rule.last >= first;
+}
+
 } // namespace
 
 Readable::Readable(const board::Board& board) : board_(&board) {
@@ -41,16 +46,17 @@ bool Readable::named(const std::string& name) const {
 }
 
 bool Readable::raw(std::uint32_t first, std::uint32_t length) const {
-    return passes(board::FaultKind::rawRead, [&](const board::FaultRule& rule) {
-        return rule.first < first + length && rule.last >= first;
-    });
+    return passes(board::FaultKind::rawRead,
+                  [&](const board::FaultRule& rule) { return touches(rule, first, length); });
 }
 
-bool Readable::payloadBlock() const {
+bool Readable::payloadBlock(std::uint32_t first, std::uint32_t length) const {
     const std::string name(board::payloadBlockName);
-    const auto fitting = [&](const board::FaultRule& rule) { return fits(rule, name); };
-    return passes(board::FaultKind::halObject, fitting) &&
-           passes(board::FaultKind::halRead, fitting);
+    return passes(board::FaultKind::halObject,
+                  [&](const board::FaultRule& rule) { return fits(rule, name); }) &&
+           passes(board::FaultKind::halRead, [&](const board::FaultRule& rule) {
+               return fits(rule, name) && touches(rule, first, length);
+           });
 }
 
 bool Readable::nodes(std::uint8_t deviceType) const {

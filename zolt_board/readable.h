@@ -25,8 +25,8 @@ public:
     /// Raw registers from an address on.
     [[nodiscard]] bool raw(std::uint32_t first, std::uint32_t length) const;
 
-    /// Bulk reads of the payload block through the HAL.
-    [[nodiscard]] bool payloadBlock() const;
+    /// A bulk read of the payload block through the HAL. @param first  byte of the block
+    [[nodiscard]] bool payloadBlock(std::uint32_t first, std::uint32_t length) const;
 
     /// The index nodes of a device type.
     [[nodiscard]] bool nodes(std::uint8_t deviceType) const;

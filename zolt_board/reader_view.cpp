@@ -74,14 +74,15 @@ std::span<const std::uint8_t> ReaderView::payloadRoom() const {
 std::optional<std::span<const std::uint8_t>> ReaderView::payloadAt(std::uint32_t offset) const {
     const auto room = payloadRoom().subspan(std::min<std::size_t>(offset, payloadRoom().size()));
     const std::uint32_t address = board::payloadsStart + offset;
-    for (const std::size_t fetched : {oemAreaFetch, payloadFetch}) {
+    for (const std::uint32_t fetched : {oemAreaFetch, payloadFetch}) {
         std::size_t delivered = fetched;
-        if (readable_.payloadBlock() && fetched <= room.size()) {
+        if (fetched <= room.size() &&
+            readable_.payloadBlock(board::payloadIndexOfOffset0 + offset, fetched)) {
             const auto object = board_->halObjects.find(std::string(board::payloadBlockName));
             delivered = object == board_->halObjects.end()
                             ? fetched
                             : std::min<std::size_t>(fetched, object->second.mostBytes);
-        } else if (!readable_.raw(address, static_cast<std::uint32_t>(fetched))) {
+        } else if (!readable_.raw(address, fetched)) {
             continue;
         }
         return room.first(std::min(delivered, room.size()));

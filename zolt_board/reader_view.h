@@ -15,8 +15,8 @@
 
 namespace zolt_board {
 
-constexpr std::size_t payloadFetch = board::longestPayload; ///< bytes that readers fetch of a CIR
-constexpr std::size_t oemAreaFetch = 375;                   ///< with the OEM area behind it
+constexpr std::uint32_t payloadFetch = board::longestPayload; ///< bytes that readers fetch of a CIR
+constexpr std::uint32_t oemAreaFetch = 375;                   ///< with the OEM area behind it
 constexpr std::uint8_t discovered = 3; ///< DSTAT of a slot whose discovery has ended
 
 /// A slot, with the values that readers get. None stands for what they cannot read.

@@ -1,4 +1,5 @@
 #include "board/module_codec.h"
+#include "zolt_board/joined.h"
 #include "zolt_board/show.h"
 #include "zolt_board/summary.h"
 
@@ -33,7 +34,7 @@ std::string slotsText(const Summary& summary) {
 
 std::string classText(std::uint8_t moduleClass, const ClassCount& count) {
     std::string text = std::to_string(count.modules);
-    text.append(" of class ").append(hexadecimal(moduleClass));
+    text.append(" of class ").append(inHex(moduleClass));
     for (const std::string& type : count.types) {
         text.append(type == *count.types.begin() ? " (" : ", ").append(type);
     }
@@ -105,9 +106,9 @@ Row rowOf(const Slot& slot) {
         std::to_string(slot.id),
         std::to_string(slot.dstat),
         flagsOf(slot),
-        hexadecimal(slot.moduleClass),
+        inHex(slot.moduleClass),
         std::to_string(slot.moduleClassIndex),
-        hexadecimal(slot.payloadOffset, 4),
+        inHex(slot.payloadOffset, 4),
         sizeText(slot.payload),
         sizeText(slot.oemArea),
         endPointsText(slot),

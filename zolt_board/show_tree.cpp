@@ -4,6 +4,7 @@
 #include "board/module_codec.h"
 #include "board/riser_map_codec.h"
 #include "zolt_board/i2c_tree.h"
+#include "zolt_board/joined.h"
 #include "zolt_board/service_tree.h"
 #include "zolt_board/show.h"
 #include "zolt_board/summary.h"
@@ -33,13 +34,13 @@ std::string fieldsText(std::span<const BitField> fields, Record record) {
             const auto shown = static_cast<std::uint32_t>(number->value);
             text.append(" ").append(number->hexDigits == 0
                                         ? std::to_string(shown)
-                                        : hexadecimal(shown, static_cast<int>(number->hexDigits)));
+                                        : inHex(shown, static_cast<unsigned>(number->hexDigits)));
         }
     }
     return text;
 }
 
-std::string joined(std::string first, std::string_view rest, std::string_view separator) {
+std::string withRest(std::string first, std::string_view rest, std::string_view separator) {
     return rest.empty() ? first : first.append(separator).append(rest);
 }
 
@@ -64,9 +65,9 @@ void addEndPoints(const board::ModulePayload& payload, Branch& branch) {
     for (std::size_t i = 0; i < payload.endPoints.size(); ++i) {
         const auto& endPoint = payload.endPoints[i];
         const bool isIndirect = board::indirectField.decode(endPoint) != 0;
-        branch.add(joined(joined("end point " + std::to_string(i + 1),
-                                 fieldsText(board::endPointFields, endPoint), ": "),
-                          fieldsText(board::moreEndPointFields(isIndirect), endPoint), ", "));
+        branch.add(withRest(withRest("end point " + std::to_string(i + 1),
+                                     fieldsText(board::endPointFields, endPoint), ": "),
+                            fieldsText(board::moreEndPointFields(isIndirect), endPoint), ", "));
     }
 }
 
@@ -75,21 +76,21 @@ void addPayload(const Slot& slot, Branch& branch) {
         return;
     }
     Branch& payload =
-        branch.add(bytesText("payload at " + hexadecimal(slot.payloadOffset, 4), slot.payload));
+        branch.add(bytesText("payload at " + inHex(slot.payloadOffset, 4), slot.payload));
     const auto decoded = board::decodePayload(slot.payload);
     if (!decoded) {
         payload.text.append(": not the bytes of a module");
         return;
     }
-    payload.text = joined(payload.text, fieldsText(board::headerFields, decoded->header), ": ");
-    payload.text = joined(payload.text,
-                          statedText({{board::lengthField.key, decoded->statedSize},
-                                      {board::countField.key, decoded->statedEndPoints},
-                                      {"checksum", decoded->checksum}}),
-                          "; ");
+    payload.text = withRest(payload.text, fieldsText(board::headerFields, decoded->header), ": ");
+    payload.text = withRest(payload.text,
+                            statedText({{board::lengthField.key, decoded->statedSize},
+                                        {board::countField.key, decoded->statedEndPoints},
+                                        {"checksum", decoded->checksum}}),
+                            "; ");
     if (decoded->body() == board::PayloadBody::backplane) {
         payload.add(
-            joined("backplane", fieldsText(board::backplaneFields, decoded->backplane), ": "));
+            withRest("backplane", fieldsText(board::backplaneFields, decoded->backplane), ": "));
     }
     addEndPoints(*decoded, payload);
 }
@@ -101,9 +102,9 @@ std::string descriptorText(const board::OemDescriptor& descriptor) {
     const auto* const own =
         std::ranges::find(board::oemFields, unsigned{descriptor.type}, &board::FieldsOfType::type);
     const std::string text =
-        joined("descriptor of type " + std::to_string(descriptor.type),
-               own == std::end(board::oemFields) ? "" : fieldsText(own->fields, record), ": ");
-    return joined(text, statedText({{"size", descriptor.statedSize}}), "; ");
+        withRest("descriptor of type " + std::to_string(descriptor.type),
+                 own == std::end(board::oemFields) ? "" : fieldsText(own->fields, record), ": ");
+    return withRest(text, statedText({{"size", descriptor.statedSize}}), "; ");
 }
 
 void addOemArea(const Slot& slot, Branch& branch) {
@@ -116,11 +117,11 @@ void addOemArea(const Slot& slot, Branch& branch) {
         area.text.append(": not descriptors");
         return;
     }
-    area.text = joined(area.text,
-                       statedText({{"oem_area_size", decoded->statedSize},
-                                   {"oem_descriptors", decoded->statedDescriptors},
-                                   {"oem_checksum", decoded->checksum}}),
-                       "; ");
+    area.text = withRest(area.text,
+                         statedText({{"oem_area_size", decoded->statedSize},
+                                     {"oem_descriptors", decoded->statedDescriptors},
+                                     {"oem_checksum", decoded->checksum}}),
+                         "; ");
     for (const board::OemDescriptor& descriptor : decoded->descriptors) {
         area.add(descriptorText(descriptor));
     }
@@ -134,7 +135,7 @@ std::string slotText(const Slot& slot, const Output& output) {
     for (const auto& [name, isSet] : flags) {
         text.append(isSet ? ", " : "").append(isSet ? name : "");
     }
-    text.append(", class ").append(hexadecimal(slot.moduleClass));
+    text.append(", class ").append(inHex(slot.moduleClass));
     text.append(", index ").append(std::to_string(slot.moduleClassIndex));
     return text;
 }
@@ -143,7 +144,7 @@ void addDsls(const Slot& slot, Branch& branch) {
     std::string text;
     for (const std::uint8_t id : slot.dslIds) {
         if (id != 0) {
-            text.append(text.empty() ? "links " : ", ").append(hexadecimal(id));
+            text.append(text.empty() ? "links " : ", ").append(inHex(id));
         }
     }
     if (!text.empty()) {
@@ -180,22 +181,22 @@ std::string textIn(Record field, const Output& output) {
 std::string linkText(const board::RiserDsl& dsl) {
     const auto* const own = std::ranges::find(board::dslPayloadFields, unsigned{dsl.route[0]},
                                               &board::FieldsOfType::type);
-    return joined(
-        "link " + hexadecimal(dsl.id) + ": type " + std::to_string(dsl.route[0]),
+    return withRest(
+        "link " + inHex(dsl.id) + ": type " + std::to_string(dsl.route[0]),
         own == std::end(board::dslPayloadFields) ? "" : fieldsText(own->fields, dsl.route), ", ");
 }
 
 void addRecord(const board::RiserRecord& record, const Output& output, Branch& map) {
     const Record head = record.head;
     std::string text = "record of picpwr " + std::to_string(head[0]);
-    text = joined(text, fieldsText(std::span(board::recordFields).subspan(1), head), ": ");
+    text = withRest(text, fieldsText(std::span(board::recordFields).subspan(1), head), ": ");
     text.append(", location '")
         .append(textIn(head.subspan(board::locationOffset, board::recordTextSize), output))
         .append("', part number '")
         .append(textIn(head.subspan(board::partNumberOffset, board::recordTextSize), output))
         .append("', ")
         .append(counted(record.cardSlots.size() / board::cardSlotSize, "card slot"));
-    text = joined(
+    text = withRest(
         text,
         statedText({{"dsl_payloads", record.statedRoutes}, {"payload_size", record.statedSize}}),
         "; ");
@@ -219,8 +220,8 @@ void addRiserMap(const board::Board& board, const Output& output, Branch& root) 
     map.text.append(": '")
         .append(textIn(head.subspan(board::descriptionOffset, board::descriptionSize), output))
         .append("'");
-    map.text = joined(map.text, fieldsText(board::riserMapHeadFields, head), ", ");
-    map.text = joined(
+    map.text = withRest(map.text, fieldsText(board::riserMapHeadFields, head), ", ");
+    map.text = withRest(
         map.text,
         statedText({{"records", decoded->statedRecords}, {"checksum", decoded->checksum}}), "; ");
     for (const board::RiserRecord& record : decoded->records) {

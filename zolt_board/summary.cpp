@@ -1,7 +1,6 @@
 #include "zolt_board/summary.h"
 
 #include "board/cpld_map.h"
-#include "console/number_text.h"
 
 #include <algorithm>
 
@@ -101,20 +100,6 @@ std::vector<const Slot*> slotsInOrder(const Board& board) {
 
 std::string objectOf(const Slot& slot) {
     return slot.moduleType.empty() ? "" : slot.moduleType + "/" + slot.objectName;
-}
-
-std::string hexadecimal(std::uint32_t number, int digits) {
-    std::string text(2 + zolt::longestNumber, '\0');
-    text[0] = '0';
-    text[1] = 'x';
-    const char* const end = zolt::appendHexadecimal(
-        text.data() + 2, number, static_cast<unsigned>(digits), "0123456789ABCDEF");
-    text.resize(static_cast<std::size_t>(end - text.data()));
-    return text;
-}
-
-std::string counted(std::size_t number, std::string_view noun) {
-    return std::to_string(number).append(" ").append(noun).append(number == 1 ? "" : "s");
 }
 
 } // namespace zolt_board

@@ -37,10 +37,4 @@ struct Summary {
 /// The object of a slot's module: "puck/puck1". Empty: the service does not publish the module.
 [[nodiscard]] std::string objectOf(const board::Slot& slot);
 
-/// A number as 0x0F, with at least so many digits.
-[[nodiscard]] std::string hexadecimal(std::uint32_t number, int digits = 2);
-
-/// A number of things: "1 rule", "3 rules".
-[[nodiscard]] std::string counted(std::size_t number, std::string_view noun);
-
 } // namespace zolt_board

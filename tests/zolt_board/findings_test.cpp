@@ -52,6 +52,44 @@ std::string rowName(const testing::TestParamInfo<test::FindingRow>& info) {
 
 INSTANTIATE_TEST_SUITE_P(Table, EveryFinding, testing::ValuesIn(test::findingRows()), rowName);
 
+// The payload states more bytes than it has, which is a finding when readers get the payload.
+constexpr const char* shortPayload = R"(
+[[slot]]
+id = 5
+dstat = 3
+module_class = 0x1A
+payload = "01 1A 03 00 00 01 00 02 00 00 00 00 00 00 00 E0"
+)";
+
+struct Reads {
+    const char* faults; ///< rules of the board
+    bool reachPayload;
+};
+
+class BulkReads : public testing::TestWithParam<Reads> {};
+
+TEST_P(BulkReads, thatFailHideThePayloadWhoseBytesTheyTouch) {
+    const auto& [faults, reachPayload] = GetParam();
+    const Findings found = check(board::test::boardOf(
+        std::string("faults = [").append(faults).append("]").append(shortPayload), "b.toml"));
+    const bool isFound = std::ranges::any_of(found, [](const Finding& finding) {
+        return finding.kind == Kind::payloadShorterThanStated;
+    });
+    EXPECT_EQ(isFound, reachPayload) << faults;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rules, BulkReads,
+    testing::Values(
+        Reads{"", true}, Reads{R"("hal-read PICPWR_PAYLOADS", "raw-read 0x2A01-0x89FF")", false},
+        Reads{R"("hal-read PICPWR_PAYLOADS 0x0001-0x0177", "raw-read 0x2A01-0x89FF")", false},
+        Reads{R"("hal-read PICPWR_PAYLOADS 0x0177", "raw-read 0x2A01-0x89FF")", true},
+        Reads{R"("hal-read PICPWR_PAYLOADS 0x00F7", "raw-read 0x2A01-0x89FF")", false},
+        Reads{R"("hal-read PICPWR_PAYLOADS 0x0178-0x5FFF", "raw-read 0x2A01-0x89FF")", true},
+        Reads{R"("hal-read PICPWR_PAYLOADS", "hal-read PICPWR_PAYLOADS 0x5000 delay 5ms",
+                 "raw-read 0x2A01-0x89FF")",
+              false}));
+
 TEST(FindingKinds, haveARowEach) {
     std::set<std::string_view> missing;
     for (const FindingKind& kind : findingKinds()) {
