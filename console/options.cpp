@@ -71,7 +71,7 @@ std::optional<std::size_t> OptionReader::next() {
     }
     const auto form =
         std::ranges::find_if(forms_, [&](const OptionForm& each) { return each.letter == answer; });
-    if (answer == '?' || form == forms_.end()) {
+    if (form == forms_.end()) { // getopt answers '?', which no option has for a letter
         throw UnknownOption(refused());
     }
     return static_cast<std::size_t>(form - forms_.begin());
