@@ -17,7 +17,9 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
+#include <limits>
 #include <linux/i2c-dev.h>
 #include <poll.h>
 #include <set>
@@ -426,6 +428,70 @@ TEST_F(BusServerTest, requestsFailOnceTheServerHasEnded) {
     ControlRequest request = getProperty(0, 8);
     EXPECT_EQ(rdwr(bus.number(), request), -1);
     EXPECT_EQ(errno, EIO);
+}
+
+// Performs a call on a connection whose other end answers the request with @p result. Returns the
+// call's result, or its errno below zero.
+int answered(std::int32_t result, const std::function<long(int)>& call) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const Descriptor client(ends[0]);
+    const Descriptor server(ends[1]);
+    std::thread answering([&] {
+        std::array<char, 256> request{};
+        EXPECT_GT(recv(server.number(), request.data(), request.size(), 0), 0);
+        WireRequest head{};
+        std::memcpy(&head, request.data(), sizeof head);
+        Bytes reply(sizeof(WireReply) +
+                    (head.kind == WIRE_READ && result >= 0 ? head.argument : 0));
+        const WireReply replyHead{.result = result, .ticket = head.ticket};
+        std::memcpy(reply.data(), &replyHead, sizeof replyHead);
+        EXPECT_GT(send(server.number(), reply.data(), reply.size(), 0), 0);
+    });
+    const long got = call(client.number());
+    const int error = errno;
+    answering.join();
+    return static_cast<int>(got < 0 ? -error : got);
+}
+
+// A caller trusts a result: it reads that many bytes, or names an errno.
+TEST(BusClient, aResultThatTheRequestCannotHaveIsAnError) {
+    const auto read = [](int bus) {
+        std::array<char, 4> bytes{};
+        return static_cast<long>(busRead(bus, bytes.data(), bytes.size()));
+    };
+    const auto write = [](int bus) { return static_cast<long>(busWrite(bus, "abcd", 4)); };
+    const auto transfer = [](int bus) {
+        std::uint8_t byte = 0;
+        i2c_msg message{.addr = 0x50, .flags = 0, .len = 1, .buf = &byte};
+        i2c_rdwr_ioctl_data given{.msgs = &message, .nmsgs = 1};
+        return static_cast<long>(busIoctl(bus, I2C_RDWR, &given));
+    };
+    const auto setAddress = [](int bus) {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the ioctl takes a number so.
+        return static_cast<long>(busIoctl(bus, I2C_SLAVE, reinterpret_cast<void*>(0x50)));
+    };
+    const struct {
+        std::int32_t result;
+        std::function<long(int)> call;
+        int expected;
+    } rows[] = {
+        {4, read, 4},
+        {5, read, -EIO},
+        {4, write, 4},
+        {5, write, -EIO},
+        {1, transfer, 1},
+        {2, transfer, -EIO},
+        {0, setAddress, 0},
+        {1, setAddress, -EIO},
+        {-4095, read, -4095},
+        {-4096, read, -EIO},
+        {-ENXIO, transfer, -ENXIO},
+        {std::numeric_limits<std::int32_t>::min(), transfer, -EIO},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(answered(row.result, row.call), row.expected) << row.result;
+    }
 }
 
 // Bus 7 answers recover-bus requests after 100 ms and get-property requests never. Bus 8 opens

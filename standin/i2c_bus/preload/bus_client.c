@@ -40,7 +40,7 @@ bool busIsOpen(int descriptor) {
 
 long busOf(int descriptor) {
     const int before = errno;
-    const long bus = isConnected(descriptor) ? ask(descriptor, WIRE_NUMBER, 0) : -1;
+    const long bus = isConnected(descriptor) ? ask(descriptor, WIRE_NUMBER, 0, INT_MAX) : -1;
     errno = before;
     return bus;
 }
@@ -54,7 +54,7 @@ ssize_t busRead(int descriptor, void* buffer, size_t size) {
     struct WireReply result = {0};
     struct iovec request[] = {{&head, sizeof(head)}};
     struct iovec reply[] = {{&result, sizeof(result)}, {buffer, head.argument}};
-    return exchange(descriptor, request, 1, reply, 2);
+    return exchange(descriptor, request, 1, reply, 2, head.argument);
 }
 
 ssize_t busWrite(int descriptor, const void* buffer, size_t size) {
@@ -62,7 +62,7 @@ ssize_t busWrite(int descriptor, const void* buffer, size_t size) {
     struct WireReply result = {0};
     struct iovec request[] = {{&head, sizeof(head)}, {(void*)buffer, shortened(size)}};
     struct iovec reply[] = {{&result, sizeof(result)}};
-    return exchange(descriptor, request, 2, reply, 1);
+    return exchange(descriptor, request, 2, reply, 1, (uint32_t)shortened(size));
 }
 
 // Reads a byte. Returns -EFAULT when the place has none.
@@ -122,7 +122,7 @@ static int transfer(int descriptor, const struct i2c_rdwr_ioctl_data* given) {
     }
     head.argument = given->nmsgs;
     request[1].iov_len = given->nmsgs * sizeof(messages[0]);
-    return exchange(descriptor, request, requestPieces, reply, replyPieces);
+    return exchange(descriptor, request, requestPieces, reply, replyPieces, given->nmsgs);
 }
 
 // Size of the data of an SMBus access; 0 for an access without data or of an unknown kind.
@@ -170,7 +170,7 @@ static int smbus(int descriptor, const struct i2c_smbus_ioctl_data* given) {
                              given->size == I2C_SMBUS_BLOCK_PROC_CALL)) {
         memcpy(access.data, given->data, size);
     }
-    const int status = exchange(descriptor, request, 2, reply, 2);
+    const int status = exchange(descriptor, request, 2, reply, 2, 0);
     if (status >= 0 && size != 0 && (isRead || given->size == I2C_SMBUS_PROC_CALL)) {
         memcpy(given->data, answer, size);
     }
@@ -184,9 +184,9 @@ int busIoctl(int descriptor, unsigned long request, void* argument) {
     case I2C_SMBUS:
         return smbus(descriptor, argument);
     case I2C_SLAVE:
-        return ask(descriptor, WIRE_SLAVE, (uint32_t)(uintptr_t)argument);
+        return ask(descriptor, WIRE_SLAVE, (uint32_t)(uintptr_t)argument, 0);
     case I2C_SLAVE_FORCE:
-        return ask(descriptor, WIRE_SLAVE_FORCE, (uint32_t)(uintptr_t)argument);
+        return ask(descriptor, WIRE_SLAVE_FORCE, (uint32_t)(uintptr_t)argument, 0);
     case I2C_FUNCS:
         if (argument == NULL) {
             return failed(EFAULT);
@@ -197,9 +197,9 @@ int busIoctl(int descriptor, unsigned long request, void* argument) {
     case I2C_TIMEOUT: // without effect: the server never retries, and a fault delays regardless
         return (uintptr_t)argument > INT_MAX ? failed(EINVAL) : 0;
     case I2C_TENBIT:
-        return ask(descriptor, WIRE_TEN_BITS, argument != NULL);
+        return ask(descriptor, WIRE_TEN_BITS, argument != NULL, 0);
     case I2C_PEC:
-        return ask(descriptor, WIRE_CHECKSUMS, argument != NULL);
+        return ask(descriptor, WIRE_CHECKSUMS, argument != NULL, 0);
     default:
         return failed(ENOTTY);
     }

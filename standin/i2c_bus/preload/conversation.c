@@ -13,6 +13,8 @@
 #include <time.h>
 #include <unistd.h>
 
+enum { HIGHEST_ERRNO = 4095 }; // as in the kernel
+
 static bool serverAddress(struct sockaddr_un* address) {
     const char* const path = getenv(WIRE_ENVIRONMENT);
     const size_t length = path == NULL ? 0 : strlen(path);
@@ -53,7 +55,7 @@ static ssize_t receive(int descriptor, struct msghdr* message) {
 
 // Does the work of exchange(), for one thread at a time.
 static int converse(int descriptor, struct iovec* request, size_t requestPieces,
-                    struct iovec* reply, size_t replyPieces) {
+                    struct iovec* reply, size_t replyPieces, uint32_t highest) {
     struct WireRequest* const asked = request[0].iov_base;
     const struct WireReply* const head = reply[0].iov_base;
     struct msghdr message = {.msg_iov = request, .msg_iovlen = requestPieces};
@@ -73,9 +75,9 @@ static int converse(int descriptor, struct iovec* request, size_t requestPieces,
         return length < 0 && errno == EFAULT ? -1 : failed(EIO);
     }
     if (head->result < 0) {
-        return failed(-head->result);
+        return failed(head->result >= -HIGHEST_ERRNO ? -head->result : EIO);
     }
-    if ((size_t)length != lengthOf(reply, replyPieces)) {
+    if ((size_t)length != lengthOf(reply, replyPieces) || (uint32_t)head->result > highest) {
         return failed(EIO);
     }
     return head->result;
@@ -139,22 +141,22 @@ static void end(const struct Conversation* conversation) {
 }
 
 int exchange(int descriptor, struct iovec* request, size_t requestPieces, struct iovec* reply,
-             size_t replyPieces) {
+             size_t replyPieces, uint32_t highest) {
     struct Conversation conversation = {.descriptor = descriptor};
     begin(&conversation);
-    const int result = converse(descriptor, request, requestPieces, reply, replyPieces);
+    const int result = converse(descriptor, request, requestPieces, reply, replyPieces, highest);
     const int error = errno;
     end(&conversation);
     errno = error;
     return result;
 }
 
-int ask(int descriptor, uint32_t kind, uint32_t argument) {
+int ask(int descriptor, uint32_t kind, uint32_t argument, uint32_t highest) {
     struct WireRequest request = {.kind = kind, .argument = argument};
     struct WireReply reply = {0};
     struct iovec sent = {&request, sizeof(request)};
     struct iovec received = {&reply, sizeof(reply)};
-    return exchange(descriptor, &sent, 1, &received, 1);
+    return exchange(descriptor, &sent, 1, &received, 1, highest);
 }
 
 int connectAndAsk(uint32_t kind, uint32_t bus, int flags) {
@@ -174,7 +176,7 @@ int connectAndAsk(uint32_t kind, uint32_t bus, int flags) {
     if (setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &room, sizeof(room)) == 0 &&
         setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience)) == 0 &&
         connect(descriptor, (const struct sockaddr*)&address, sizeof(address)) == 0) {
-        if (ask(descriptor, kind, bus) == 0) {
+        if (ask(descriptor, kind, bus, 0) == 0) {
             return descriptor;
         }
         error = errno;

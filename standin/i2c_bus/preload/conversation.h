@@ -23,10 +23,11 @@ bool isConnected(int descriptor);
 
 // Sends a request and receives its reply. The first piece of the request is a WireRequest, that of
 // the reply a WireReply. The other pieces of the reply are filled when the request succeeds.
-// Returns the server's result, or -1 with errno: the server's, EFAULT for pieces outside the
-// caller's memory, EIO when the server is gone.
+// `highest` is the highest result that the request can have. Returns the server's result, or -1 with
+// errno: the server's, EFAULT for pieces outside the caller's memory, EIO when the server is gone or
+// its reply is no reply to this request.
 int exchange(int descriptor, struct iovec* request, size_t requestPieces, struct iovec* reply,
-             size_t replyPieces);
+             size_t replyPieces, uint32_t highest);
 
 // The same for a request and a reply that are a head alone.
-int ask(int descriptor, uint32_t kind, uint32_t argument);
+int ask(int descriptor, uint32_t kind, uint32_t argument, uint32_t highest);
