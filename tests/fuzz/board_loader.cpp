@@ -2,19 +2,15 @@
 // either must be safe for a terminal, and their number and length bounded.
 #include "board/board_loader.h"
 #include "board/message_text.h"
+#include "tests/fuzz/bytes.h"
 #include "tests/fuzz/target.h"
 #include "zolt_board/check_board.h"
 
-#include <cstdlib>
 #include <string_view>
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
+using zolt::fuzz::require;
 
 void requireLine(std::string_view line) {
     constexpr std::size_t longest = 10'000;

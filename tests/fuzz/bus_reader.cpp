@@ -11,17 +11,10 @@
 
 #include <sdbusplus/message.hpp>
 
-#include <cstdlib>
-
 namespace {
 
 using zolt::fuzz::Reply;
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
+using zolt::fuzz::require;
 
 template <typename Printer>
 void print(const zolt::PropertyMap& properties) {

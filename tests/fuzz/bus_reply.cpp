@@ -3,7 +3,6 @@
 #include <systemd/sd-bus.h>
 
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -18,9 +17,7 @@ constexpr unsigned mostValues = 3;
 constexpr std::size_t longestType = 255 / mostValues; // a signature has at most 255 characters
 
 void require(int result) {
-    if (result < 0) {
-        std::abort();
-    }
+    fuzz::require(result >= 0);
 }
 
 // A connection without a peer. sd-bus needs one even for messages that are never sent.
@@ -62,15 +59,6 @@ std::size_t typeLength(std::string_view signature) {
 constexpr std::string_view basicTypes = "ynqiuxtbdsog";
 
 } // namespace
-
-std::uint8_t Bytes::take() {
-    if (rest_.empty()) {
-        return 0;
-    }
-    const std::uint8_t byte = rest_.front();
-    rest_ = rest_.subspan(1);
-    return byte;
-}
 
 Reply::Reply(Bytes& bytes) : bytes_(bytes), message_(emptyMessage()) {}
 
@@ -189,10 +177,7 @@ std::string Reply::anyType() {
 }
 
 void Reply::addNumber(char code, unsigned width) {
-    std::array<std::uint8_t, 8> memory{};
-    for (unsigned i = 0; i < width; ++i) {
-        memory[i] = bytes_.take();
-    }
+    const std::vector<std::uint8_t> memory = bytes_.takeBytes(width);
     require(sd_bus_message_append_basic(message_.get(), code, memory.data()));
 }
 

@@ -2,28 +2,14 @@
 #pragma once
 
 #include "bus/property_value.h"
+#include "tests/fuzz/bytes.h"
 
 #include <sdbusplus/message.hpp>
 
-#include <cstddef>
-#include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 
 namespace zolt::fuzz {
-
-/// Hands out a fuzzer's bytes in order, and zeros beyond their end.
-class Bytes {
-public:
-    Bytes(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}
-
-    [[nodiscard]] bool atEnd() const { return rest_.empty(); }
-    std::uint8_t take();
-
-private:
-    std::span<const std::uint8_t> rest_;
-};
 
 /// A message under construction. Its size has bounds, whatever the bytes are.
 class Reply {
