@@ -20,7 +20,9 @@ def main():
     for path in dialogues:
         lines.update(read_transcript(path, contents).contents["stdout"].split(b"\n"))
     pathlib.Path(output).write_bytes(b"".join(line + b"\n" for line in sorted(lines)))
-    pathlib.Path(dependencies).write_text(f"{output}: {' '.join(map(str, texts + dialogues))}\n")
+    # A directory changes when it gets a new file.
+    sources = texts + dialogues + sorted({path.parent for path in texts + dialogues})
+    pathlib.Path(dependencies).write_text(f"{output}: {' '.join(map(str, sources))}\n")
 
 
 if __name__ == "__main__":
