@@ -25,6 +25,8 @@ from elf import Elf, Machine  # noqa: E402
 TOP = pathlib.Path(__file__).resolve().parent.parent
 TIMEOUT_SECONDS = 1800
 
+CAPTURE_BYTES = 400 * 1024  # the room that zolt_capture has on a board
+
 # What a command of the page may begin with. ./scripts/test is the script that runs this test.
 KNOWN = {"./scripts/run", "./scripts/sysroot", "./scripts/test", "build/standin/zolt_sim",
          "build/zolt_board/zolt_board", "cat", "meson"}
@@ -170,6 +172,10 @@ class Readme(unittest.TestCase):
             self.assertEqual(program.machine, Machine.AARCH64)
             self.assertEqual(hardened.weaknesses(program), [])
             self.assertEqual(hardened.exported(program), [])
+
+    def test_program_that_captures_a_board_is_small(self):
+        program = self.tree / "build-board" / "image" / "usr" / "bin" / "zolt_capture"
+        self.assertLess(program.stat().st_size, CAPTURE_BYTES)
 
     def test_build_for_a_board_names_the_libraries_that_the_program_will_need(self):
         self.assertIn(

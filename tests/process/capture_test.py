@@ -19,12 +19,14 @@ import tap  # noqa: E402
 from programs import (  # noqa: E402
     CAPTURE,
     OTHER_PLATFORM,
+    SANITIZED,
     SIM,
     TIMEOUT_SECONDS,
     TOOL,
     Scratch,
     counted_by_others,
     counted_in_short_files,
+    not_emulated,
     other_user,
     run,
     serves_others,
@@ -145,6 +147,27 @@ class Calls(CaptureCase):
         self.log.write_text("")
         self.capture(options=("--debug-log", str(self.log)))
         self.assertEqual(self.log.read_text(), "")
+
+
+@unittest.skipIf(SANITIZED, "a sanitizer needs memory of its own")
+@not_emulated("the emulator needs memory of its own")
+class Memory(CaptureCase):
+    MOST = 8000  # KiB
+
+    def test_peak_memory(self):
+        """The program waits in its last step, until the reader of its output empties a small pipe."""
+        process = subprocess.Popen(
+            [SIM, "--", "sh", "-c", 'echo $$ >&2; exec "$0"', CAPTURE],
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, pipesize=4096,
+        )
+        with process:
+            pid = int(process.stderr.readline())
+            start = process.stdout.read(1)
+            status = pathlib.Path(f"/proc/{pid}/status").read_text()
+            description = start + process.stdout.read()
+        self.assertEqual((process.returncode, pathlib.Path(CAPTURE).name[:15]), (0, status.split()[1]))
+        self.assertGreater(len(description), 4 * 4096)
+        self.assertLess(int(re.search(r"^VmHWM:\s+(\d+) kB$", status, re.M)[1]), self.MOST)
 
 
 class ExitStatus(CaptureCase):
