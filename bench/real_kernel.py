@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Memory, page faults and instructions of the tool on a real kernel, beside other programs.
 
-The tool and the other programs run in the virtual machine of tests/kernel. The figures are of one
-run each: peak memory, page faults, and instructions outside the kernel. i2ctransfer makes one
-transfer. busctl and dbus-send ask for the tree that option 12 shows.
+The programs run in the virtual machine of tests/kernel. The figures are of one run each: peak memory,
+page faults, and instructions outside the kernel. zolt_capture captures the demo board. i2ctransfer
+makes one transfer. busctl and dbus-send ask for the tree that option 12 shows.
 """
 
 import argparse
@@ -19,6 +19,7 @@ RUNS = {
     "option 1": f"{TOOL} -o 1 -p 5",
     "option 5, class 15": f"{TOOL} -o 5 -m 15",
     "option 12": f"{TOOL} -o 12 -m 4",
+    "zolt_capture": "$CAPTURE",
     "i2ctransfer": "/usr/bin/i2ctransfer -y 0 w1@0x50 0x00 r16",
     "busctl": "/usr/bin/busctl --address=$DBUS_SYSTEM_BUS_ADDRESS --no-pager call"
               " com.tesk.bmc.zolt /com/tesk/bmc/zolt/riser"
@@ -30,19 +31,23 @@ RUNS = {
 LONGEST_RUN = 600  # seconds
 
 
-def job(command):
+def job(command, capture):
+    """A job that runs a command. The job brings zolt_capture, which the machine does not have."""
     inner = f"usage_probe {command} >output"
-    script = f"/standin/zolt_sim --kernel-buses --board demo -- sh -c '{inner}'\n"
-    return {"run": script.encode()}
+    script = (f"export CAPTURE=${{0%/*}}/zolt_capture\nchmod +x $CAPTURE\n"
+              f"/standin/zolt_sim --kernel-buses --board demo -- sh -c '{inner}'\n")
+    return {"run": script.encode(), "zolt_capture": capture}
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    for part in ("prepared", "standin", "tool"):
+    for part in ("prepared", "standin", "programs"):
         parser.add_argument(f"--{part}", required=True, type=pathlib.Path)
     arguments = parser.parse_args()
-    parts = virtual_machine.Parts(arguments.prepared, arguments.standin, arguments.tool)
-    jobs = {f"bench/{number}": job(command) for number, command in enumerate(RUNS.values())}
+    parts = virtual_machine.Parts(arguments.prepared, arguments.standin,
+                                  arguments.programs / "app/zolt_test")
+    capture = (arguments.programs / "capture/zolt_capture").read_bytes()
+    jobs = {f"bench/{number}": job(command, capture) for number, command in enumerate(RUNS.values())}
     try:
         files = virtual_machine.run(parts, jobs, LONGEST_RUN, counts_instructions=True)
     except virtual_machine.Failure as failure:
