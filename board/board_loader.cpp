@@ -1,5 +1,6 @@
 #include "board/board_loader.h"
 
+#include "board/bus_names.h"
 #include "board/control_registers.h"
 #include "board/cpld_map.h"
 #include "board/described_once.h"
@@ -35,12 +36,6 @@ void readDslIds(TomlTable& table, Slot& slot) {
     }
     // The size fits: GCC 12 warns in a release for AArch64 without the second bound.
     std::copy_n(ids.begin(), std::min(ids.size(), slot.dslIds.size()), slot.dslIds.begin());
-}
-
-bool isPathElement(std::string_view text) {
-    constexpr std::string_view characters =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
-    return !text.empty() && text.find_first_not_of(characters) == std::string_view::npos;
 }
 
 // Reads where the service publishes a module. A module without a type is not published.

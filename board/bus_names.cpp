@@ -1,8 +1,33 @@
 #include "board/bus_names.h"
 
-#include <systemd/sd-bus.h>
+#include <cstddef>
 
 namespace board {
+
+namespace {
+
+constexpr std::size_t longestName = 255;
+constexpr std::size_t longestPath = 65536;
+
+constexpr std::string_view nameCharacters =
+    "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_";
+
+bool isName(std::string_view text) {
+    return isPathElement(text) && (text[0] < '0' || text[0] > '9');
+}
+
+// Whether each of the elements between the separators is a right one.
+template <typename IsRight>
+bool areElements(std::string_view text, char separator, IsRight isRight) {
+    std::size_t end = text.find(separator);
+    while (end != std::string_view::npos && isRight(text.substr(0, end))) {
+        text.remove_prefix(end + 1);
+        end = text.find(separator);
+    }
+    return end == std::string_view::npos && isRight(text);
+}
+
+} // namespace
 
 std::string fullPath(const std::string& path) {
     return path.starts_with('/') ? path : std::string(servicePathPrefix) + path;
@@ -34,17 +59,21 @@ std::string shortInterface(const std::string& interface) {
     return rest.empty() || rest.contains('.') ? interface : rest;
 }
 
-bool isObjectPath(const std::string& text) {
-    return sd_bus_object_path_is_valid(text.c_str()) > 0;
+bool isPathElement(std::string_view text) {
+    return !text.empty() && text.find_first_not_of(nameCharacters) == std::string_view::npos;
 }
 
-bool isPropertyName(const std::string& text) {
-    // The library lets a digit stand first, the protocol does not.
-    return sd_bus_member_name_is_valid(text.c_str()) > 0 && (text[0] < '0' || text[0] > '9');
+bool isObjectPath(std::string_view text) {
+    return text == "/" || (text.starts_with('/') && text.size() <= longestPath &&
+                           areElements(text.substr(1), '/', isPathElement));
 }
 
-bool isInterfaceName(const std::string& text) {
-    return sd_bus_interface_name_is_valid(text.c_str()) > 0;
+bool isPropertyName(std::string_view text) {
+    return text.size() <= longestName && isName(text);
+}
+
+bool isInterfaceName(std::string_view text) {
+    return text.size() <= longestName && text.contains('.') && areElements(text, '.', isName);
 }
 
 } // namespace board

@@ -1,5 +1,6 @@
 // Names of the system bus in a board description. The bus daemon ends the connection of a service
-// that sends a wrong name, so a description with one is refused.
+// that sends a wrong name, so a description with one is refused. The rules are those of D-Bus.
+// libsystemd has them, too, but a machine without a system bus can work with a description.
 #pragma once
 
 #include <string>
@@ -21,10 +22,11 @@ constexpr std::string_view serviceInterfacePrefix = "com.tesk.bmc.zolt.";
 /// The last element of an object's path directly below a manager; empty for any other path.
 [[nodiscard]] std::string_view nameBelow(std::string_view path, std::string_view manager);
 
-[[nodiscard]] bool isObjectPath(const std::string& text);
-[[nodiscard]] bool isPropertyName(const std::string& text);
+[[nodiscard]] bool isPathElement(std::string_view text);
+[[nodiscard]] bool isObjectPath(std::string_view text);
+[[nodiscard]] bool isPropertyName(std::string_view text);
 
 /// Whether the text is the name of an interface or of an error: the same rules hold for both.
-[[nodiscard]] bool isInterfaceName(const std::string& text);
+[[nodiscard]] bool isInterfaceName(std::string_view text);
 
 } // namespace board

@@ -1,6 +1,6 @@
 #include "board/bus_value.h"
 
-#include <systemd/sd-bus.h>
+#include "board/bus_names.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -66,7 +66,7 @@ class NoSink final : public ValueSink {
 public:
     int basic(char code, const void* value) override {
         const auto* text = static_cast<const char*>(value);
-        const bool isValid = code == 'o'   ? sd_bus_object_path_is_valid(text) > 0
+        const bool isValid = code == 'o'   ? isObjectPath(text)
                              : code == 'g' ? isSignature(text)
                                            : true;
         return isValid ? 0 : misfit;

@@ -18,15 +18,15 @@ TEST(Utf8, isTheShortestFormOfACharacter) {
 }
 
 TEST(Utf8, aTextStartsWithACharacterOrNot) {
-    struct Case {
+    struct Start {
         std::string_view text;
         char32_t point;
         std::size_t length;
     };
-    for (const Case& start :
-         {Case{"", 0, 0}, Case{"ab", 'a', 1}, Case{"\xC3\xA4z", 0xE4, 2},
-          Case{"\xE2\x82\xAC", 0x20AC, 3}, Case{"\xF0\x9F\x98\x80\xFF", 0x1F600, 4},
-          Case{"\xFF\xC3\xA4", 0, 0}, Case{"\xC3", 0, 0}}) {
+    for (const Start& start :
+         {Start{"", 0, 0}, Start{"ab", 'a', 1}, Start{"\xC3\xA4z", 0xE4, 2},
+          Start{"\xE2\x82\xAC", 0x20AC, 3}, Start{"\xF0\x9F\x98\x80\xFF", 0x1F600, 4},
+          Start{"\xFF\xC3\xA4", 0, 0}, Start{"\xC3", 0, 0}}) {
         const Character character = firstCharacter(start.text);
         EXPECT_EQ(character.point, start.point);
         EXPECT_EQ(character.length, start.length);

@@ -233,7 +233,7 @@ class Libraries(unittest.TestCase):
     def test_of_the_platform_are_not_needed(self):
         needed = run("readelf", "-dW", BOARD).stdout
         self.assertIn("libstdc++.so.6", needed)
-        for library in ("libhal", "libcpld", "libsysinfo", "libdlog"):
+        for library in ("libhal", "libcpld", "libsysinfo", "libdlog", "libsystemd"):
             self.assertNotIn(library, needed)
 
 
