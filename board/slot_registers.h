@@ -7,7 +7,10 @@
 #include "board/control_register_layout.h"
 #include "board/cpld_map.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <span>
+#include <string_view>
 
 namespace board {
 
@@ -30,6 +33,12 @@ constexpr ControlField slotFields[] = {
     {BitField::byte("dsl7_id", 12), ""},
     {BitField::byte("dsl8_id", 13), ""},
 };
+
+/// The field of a key, which must be one of these.
+constexpr const ControlField& slotField(std::string_view key) {
+    return *std::ranges::find(slotFields, key,
+                              [](const ControlField& field) { return field.bits.key; });
+}
 
 constexpr std::size_t namedSlotFields = 8; ///< the first ones
 constexpr std::size_t firstDslId = 6;      ///< byte of the block

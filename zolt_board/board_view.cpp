@@ -13,9 +13,9 @@ namespace zolt_board {
 
 namespace {
 
-constexpr const board::BitField& dstatField = board::slotFields[0].bits;
-constexpr const board::BitField& classField = board::slotFields[5].bits;
-constexpr const board::BitField& offsetField = board::slotFields[7].bits;
+constexpr const board::BitField& dstatField = board::slotField("dstat").bits;
+constexpr const board::BitField& classField = board::slotField("module_class").bits;
+constexpr const board::BitField& offsetField = board::slotField("payload_offset").bits;
 
 std::string kindOf(std::uint8_t moduleClass) {
     switch (moduleClass) {

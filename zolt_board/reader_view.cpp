@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::size_t farthestRegister = 7; ///< of a field, in its block
 
-constexpr const board::ControlField& slotField(std::string_view key) {
-    return *std::ranges::find(board::slotFields, key,
-                              [](const board::ControlField& field) { return field.bits.key; });
-}
-
 // The value that a name's bytes stand for; none when they are not those of the field.
 std::optional<std::uint32_t> valueOf(const board::Bytes& bytes, const board::BitField& field) {
     const std::size_t size = field.upperBits == 0 ? 1 : 2;
@@ -98,7 +93,7 @@ SlotReading ReaderView::slotReading(unsigned id) const {
         slot.described = &*described;
     }
     const auto read = [&](std::string_view key) {
-        const board::ControlField& field = slotField(key);
+        const board::ControlField& field = board::slotField(key);
         return value(board::nameOf(board::slotRegisters, id, field), field.bits,
                      board::addressOf(board::slotRegisters, id));
     };
