@@ -1,10 +1,12 @@
 #include "capture/arguments.h"
 
 #include "capture/date.h"
+#include "tests/support/argument_vector.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace capture {
@@ -12,13 +14,7 @@ namespace {
 
 Arguments parsed(std::vector<std::string> words) {
     words.insert(words.begin(), "zolt_capture");
-    std::vector<char*> pointers;
-    pointers.reserve(words.size() + 1);
-    for (std::string& word : words) {
-        pointers.push_back(word.data());
-    }
-    pointers.push_back(nullptr);
-    return parseArguments(static_cast<int>(words.size()), pointers.data());
+    return zolt::test::withArguments(std::move(words), parseArguments);
 }
 
 TEST(Arguments, noneIsACaptureToStandardOutput) {

@@ -1,10 +1,12 @@
 #include "zolt_board/arguments.h"
 
+#include "tests/support/argument_vector.h"
 #include "zolt_board/verb.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zolt_board {
@@ -14,13 +16,7 @@ using Words = std::vector<std::string>;
 
 Arguments parsed(Words words) {
     words.insert(words.begin(), "zolt_board");
-    std::vector<char*> pointers;
-    pointers.reserve(words.size() + 1);
-    for (std::string& word : words) {
-        pointers.push_back(word.data());
-    }
-    pointers.push_back(nullptr);
-    return parseArguments(static_cast<int>(words.size()), pointers.data());
+    return zolt::test::withArguments(std::move(words), parseArguments);
 }
 
 TEST(Arguments, aVerbTakesABoardAndOptionsInAnyOrder) {

@@ -2,6 +2,7 @@
 
 #include "board/board_loader.h"
 #include "board/cpld_contents.h"
+#include "tests/zolt_board/riser_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@
 namespace zolt_board {
 namespace {
 
-board::Board parsed(const char* description) {
+board::Board parsed(const std::string& description) {
     return board::parseBoard(description, "board.toml");
 }
 
@@ -20,25 +21,11 @@ void expectJson(const Json& json, std::string_view expected) {
 }
 
 TEST(BoardJson, aSlotHasFieldsBesideBytes) {
-    const board::Board board = parsed(R"(
-faults = ["named-read PICPWR_2_D*T status 7", "raw-read 0x101B delay forever", "raw-read 0x100D"]
-[[slot]]
-id = 2
-dstat = 3
-dpen = true
-dsl_ids = [0x12]
-[slot.module]
-type = "riser"
-object = "r1"
-format_version = 1
-device_class = 0x11
-vendor_id = 0xF1A0
-[[slot.module.end_point]]
-type = 1
-[[slot.module.oem]]
-type = 3
-slot_presence = 0xA5
-)");
+    const board::Board board =
+        parsed(std::string(
+                   R"(faults = ["named-read PICPWR_2_D*T status 7", "raw-read 0x101B delay forever",
+                         "raw-read 0x100D"])") +
+               riserSlot);
     expectJson(slotsToJson(board, board::deriveCpldContents(board)), R"([{
         "id": 2,
         "occupied": true,

@@ -1,6 +1,7 @@
 #include "zolt_board/show.h"
 
 #include "board/board_loader.h"
+#include "tests/zolt_board/riser_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -9,29 +10,10 @@
 namespace zolt_board {
 namespace {
 
-constexpr const char* twoSlots = R"(
+const std::string twoSlots = std::string(R"(
 name = "two slots"
 faults = ["named-read PICPWR_2_DSTAT status 7", "raw-read 0x100E-0x100F", "bus absent"]
-[[slot]]
-id = 2
-dstat = 3
-dpen = true
-dsl_ids = [0x12]
-[slot.module]
-type = "riser"
-object = "r1"
-format_version = 1
-device_class = 0x11
-vendor_id = 0xF1A0
-[[slot.module.end_point]]
-type = 1
-[[slot.module.oem]]
-type = 3
-slot_presence = 0xA5
-[[slot]]
-id = 1
-dstat = 1
-)";
+)") + riserSlot + "[[slot]]\nid = 1\ndstat = 1\n";
 
 // Nodes behind nodes, devices, and two nodes of one bus.
 constexpr const char* buses = R"(
@@ -107,7 +89,7 @@ type = 1
 sl_index = 4
 )";
 
-std::string shown(void (*show)(const board::Board&, Output&), const char* description,
+std::string shown(void (*show)(const board::Board&, Output&), const std::string& description,
                   Output output = {}) {
     show(board::parseBoard(description, "board.toml"), output);
     return output.text;
