@@ -118,7 +118,9 @@ std::string everyName(const std::string& outcome, bool creates = true) {
         if (!creates && std::string_view(name).starts_with("creat")) {
             continue;
         }
-        const bool closes = outcome.size() < 5 && std::string_view(name) == "open64";
+        const std::string_view called = name;
+        const bool closes = outcome.size() < 5 &&
+                            (called == "open64" || called == "fopen64" || called == "freopen64");
         text.append(name).append(": ").append(outcome).append(closes ? ", closed on exec\n" : "\n");
     }
     return text + "[0]";

@@ -21,6 +21,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <linux/i2c-dev.h>
+#include <optional>
 #include <poll.h>
 #include <set>
 #include <sstream>
@@ -30,8 +31,19 @@
 #include <system_error>
 #include <thread>
 
+// NOLINTBEGIN(bugprone-reserved-identifier): --wrap demands these names.
+extern "C" {
+int __real_accept4(int listener, sockaddr* address, socklen_t* length, int flags);
+int __wrap_accept4(int listener, sockaddr* address, socklen_t* length, int flags);
+}
+
 namespace standin {
 namespace {
+
+// How the server's next calls of accept4() fail.
+std::atomic<int> acceptError = 0;
+std::atomic<int> failingAccepts = 0;
+std::atomic<int> failedAccepts = 0;
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -348,6 +360,47 @@ bool isDropped(const Descriptor& client) {
     return poll(&waiting, 1, 10000) == 1 && recv(client.number(), &byte, 1, MSG_DONTWAIT) <= 0;
 }
 
+// Returns whether the server answers a request to open a bus.
+bool isServed(const Descriptor& client) {
+    const WireRequest open{.kind = WIRE_OPEN, .argument = 5, .ticket = 0};
+    pollfd waiting{.fd = client.number(), .events = POLLIN, .revents = 0};
+    std::uint8_t byte = 0;
+    return send(client.number(), &open, sizeof open, MSG_NOSIGNAL) == sizeof open &&
+           poll(&waiting, 1, 10000) == 1 && recv(client.number(), &byte, 1, MSG_DONTWAIT) == 1;
+}
+
+// Without descriptors or memory the waiting client stays in the queue. A server that asked again at
+// once would do nothing else.
+TEST_F(BusServerTest, aShortageMakesClientsWaitUntilAnotherHasGone) {
+    for (const int error : {EMFILE, ENFILE, ENOMEM, ENOBUFS}) {
+        SCOPED_TRACE(std::strerror(error));
+        auto served = std::make_optional<Descriptor>(rawClient());
+        EXPECT_TRUE(isServed(*served));
+        failedAccepts = 0;
+        acceptError = error;
+        failingAccepts = std::numeric_limits<int>::max();
+        const Descriptor waiting = rawClient();
+        for (int i = 0; i < 20; ++i) {
+            EXPECT_TRUE(isServed(*served));
+        }
+        EXPECT_EQ(failedAccepts, 1);
+        failingAccepts = 0;
+        served.reset();
+        EXPECT_TRUE(isServed(waiting));
+    }
+}
+
+TEST_F(BusServerTest, anotherFailureConcernsOneClientAlone) {
+    for (const int error : {ECONNABORTED, EINTR, EPROTO}) {
+        SCOPED_TRACE(std::strerror(error));
+        failedAccepts = 0;
+        acceptError = error;
+        failingAccepts = 1;
+        EXPECT_TRUE(isServed(rawClient()));
+        EXPECT_EQ(failedAccepts, 1);
+    }
+}
+
 TEST_F(BusServerTest, aClientThatSendsTooMuchIsDroppedAlone) {
     const Descriptor bus(busOpen(5, true));
     const Descriptor silent = rawClient();
@@ -635,3 +688,14 @@ TEST(BusServerStart, anUnusableSocketIsReportedWithItsPath) {
 
 } // namespace
 } // namespace standin
+
+int __wrap_accept4(int listener, sockaddr* address, socklen_t* length, int flags) {
+    if (standin::failingAccepts > 0) {
+        --standin::failingAccepts;
+        ++standin::failedAccepts;
+        errno = standin::acceptError;
+        return -1;
+    }
+    return __real_accept4(listener, address, length, flags);
+}
+// NOLINTEND(bugprone-reserved-identifier)

@@ -41,7 +41,12 @@ static void tell(const char* name, int descriptor) {
 }
 
 static void tellStream(const char* name, FILE* stream) {
-    tell(name, stream == NULL ? -1 : fcntl(fileno(stream), F_DUPFD, 0));
+    int copy = -1;
+    if (stream != NULL) {
+        const int closes = fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC;
+        copy = fcntl(fileno(stream), closes != 0 ? F_DUPFD_CLOEXEC : F_DUPFD, 0);
+    }
+    tell(name, copy);
     if (stream != NULL) {
         fclose(stream);
     }

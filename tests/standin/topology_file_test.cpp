@@ -12,11 +12,13 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
 #include <system_error>
+#include <unistd.h>
 #include <vector>
 
 namespace standin {
@@ -250,6 +252,19 @@ TEST_F(TopologyFile, writingReplacesTheFileAtOnce) {
     EXPECT_EQ(static_cast<std::uintmax_t>(before.tellg()), size); // the open file is the old one
     EXPECT_EQ(statusOf(puckType), -2);
     EXPECT_THROW(replaceFile(file() + "/below", {}), std::system_error);
+}
+
+// A program without standard input gets descriptor 0 for the first file that it opens.
+TEST_F(TopologyFile, descriptor0IsWrittenAndClosedToo) {
+    const board::Board board = board::parseBoard(description, "b");
+    BusState state = busStateOf(board);
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    EXPECT_NO_THROW(publish(board, state.core()));
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+    dup2(input, STDIN_FILENO);
+    close(input);
+    EXPECT_EQ(statusOf(puckType), 0);
 }
 
 // Wrong numbers in the file must not lead the library beyond the file's end.
