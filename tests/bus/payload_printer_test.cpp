@@ -10,8 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdio>
 #include <stdexcept>
+#include <string_view>
 
 namespace zolt {
 namespace {
@@ -94,6 +96,42 @@ TEST(FormatHex, agreesWithPrintfForEveryValue) {
     }
 }
 
+// A line of a report whose labels have 27 letters has 64 bytes with the longest value: six bytes.
+constexpr std::size_t evenWidth = 27;
+constexpr std::string_view evenLabel = "a label of 27 letters, all.";
+constexpr std::string_view sentence34 = "a sentence as long as six bytes is";
+constexpr std::string_view sentence35 = "a sentence as long as six bytes are";
+
+consteval bool labelFits(std::string_view label) {
+    const EndpointField fields[] = {{.label = label, .byte = 0, .bits = {}}};
+    const ReportRow asField[] = {{"", "", PropertyType::endpoint, {}, fields}};
+    const ReportRow asRow[] = {{label, ""}};
+    const bool fit = fits({.printer = "", .labelWidth = evenWidth, .rows = asRow});
+    return fit && fits({.printer = "", .labelWidth = evenWidth, .rows = asField});
+}
+
+// Whether a report with so many lines fits, the last of which is a field with these sentences.
+template <std::size_t lines>
+consteval bool linesFit(std::string_view ifSet, std::string_view ifClear) {
+    const EndpointField fields[] = {
+        {.label = evenLabel, .byte = 0, .bits = {}, .ifSet = ifSet, .ifClear = ifClear}};
+    std::array<ReportRow, lines - 1> rows{};
+    rows.back().fields = fields;
+    return fits({.printer = "", .labelWidth = evenWidth, .rows = rows});
+}
+
+TEST(Fits, refusesALabelThatIsLongerThanItsWidth) {
+    EXPECT_TRUE(labelFits(evenLabel));
+    EXPECT_FALSE(labelFits("a label of 28 letters, alas."));
+}
+
+TEST(Fits, refusesAReportThatCanBeLongerThanTheLongest) {
+    EXPECT_TRUE(linesFit<64>(sentence34, sentence34));
+    EXPECT_FALSE(linesFit<64>(sentence35, sentence34));
+    EXPECT_FALSE(linesFit<64>(sentence34, sentence35));
+    EXPECT_FALSE((linesFit<65>("", "")));
+}
+
 TEST(CEMV3PayloadPrinter, prints31LinesAndAnEmptyOne) {
     EXPECT_EQ(reportOf<CEMV3PayloadPrinter>(cemProperties()), cemReport + "\n");
 }
@@ -153,6 +191,32 @@ TEST(CEMV3PayloadPrinter, fieldsAreCutToTheirBits) {
                  "DSL_LANE_OFFSET_UPPER                           : 0x07\n"
                  "DSL_INDEX_UPPER                                 : 0x07\n") +
             "\n");
+}
+
+TEST(CEMV3PayloadPrinter, eachFlagIsOneBitOfTheFirstByte) {
+    const std::string clear =
+        reportOf<CEMV3PayloadPrinter>(with(cemProperties(), "EndPoint0", EndpointDescriptor()));
+    struct Flag {
+        std::uint8_t byte;
+        std::string ifClear;
+        std::string ifSet;
+    };
+    const Flag flags[] = {
+        {0x01, "(no Hub) USB is directly wired from DSL to endpoint.",
+         "(Hub) USB goes through a USB Hub to get to this endpoint."},
+        {0x02, "Endpoint is not hotplug-capable.",
+         "Notify BIOS that this endpoint is hotplug-capable. Applicable to NVME direct attach "
+         "storage or similar EP."},
+        {0x04, "normal riser case: EP PCIe lane routing is directly from DSLs.",
+         "PCIe switch case: EP PCIe lane comes from a PCIe switch."},
+        {0x08, "(no mux) I2C is directly wired from DSL to endpoint.",
+         "(mux) I2C goes through a mux to get to this endpoint."},
+    };
+    for (const Flag& flag : flags) {
+        const EndpointDescriptor endpoint{flag.byte, 0, 0, 0, 0, 0};
+        EXPECT_EQ(reportOf<CEMV3PayloadPrinter>(with(cemProperties(), "EndPoint0", endpoint)),
+                  replaced(clear, flag.ifClear, flag.ifSet));
+    }
 }
 
 TEST(CEMV3PayloadPrinter, reservedBitsOfAnEndpointAreNotShown) {

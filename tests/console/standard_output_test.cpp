@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <string>
+#include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
 
@@ -86,6 +87,43 @@ TEST(StandardOutput, keepsTextUntilItIsFlushed) {
     EXPECT_EQ(readNow(pipe.ends[0]), "one line\nand another\n");
     output.flush();
     EXPECT_EQ(readNow(pipe.ends[0]), "");
+}
+
+TEST(StandardOutput, aLineFeedAloneIsHandedOut) {
+    const Pipe pipe;
+    const StandsIn standsIn(pipe.ends[1]);
+    StandardOutput output;
+    output.write("\n");
+    EXPECT_EQ(readNow(pipe.ends[0]), "");
+    output.flush();
+    EXPECT_EQ(readNow(pipe.ends[0]), "\n");
+}
+
+// The socket keeps the writes apart.
+TEST(StandardOutput, textUpToTheCapacityIsOneWrite) {
+    Pipe sockets;
+    sockets.closeEnd(0);
+    sockets.closeEnd(1);
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.ends.data()), 0);
+    const StandsIn standsIn(sockets.ends[1]);
+    StandardOutput output;
+    constexpr ssize_t whole = StandardOutput::capacity;
+    const auto nextWrite = [&] {
+        std::string text(2 * StandardOutput::capacity, 0);
+        return recv(sockets.ends[0], text.data(), text.size(), MSG_DONTWAIT);
+    };
+    output.write(std::string(StandardOutput::capacity - 2, 'a'));
+    output.write("b");
+    compose(output, "c");
+    EXPECT_EQ(nextWrite(), -1);
+    output.flush();
+    EXPECT_EQ(nextWrite(), whole);
+    output.write(std::string(StandardOutput::capacity, 'a'));
+    EXPECT_EQ(nextWrite(), -1);
+    compose(output, "b");
+    EXPECT_EQ(nextWrite(), whole);
+    output.flush();
+    EXPECT_EQ(nextWrite(), 1);
 }
 
 TEST(StandardOutput, flushesWhenItIsDestroyed) {
