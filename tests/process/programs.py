@@ -4,11 +4,15 @@ import functools
 import io
 import os
 import pathlib
-import re
 import select
 import subprocess
+import sys
 import tempfile
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+
+from loader import EMULATED, without_loader  # noqa: E402
 
 SIM = os.environ["ZOLT_SIM"]
 TOOL = os.environ["ZOLT_TEST"]
@@ -65,15 +69,6 @@ SANITIZED = os.environ["SANITIZERS"] != "none"
 
 TIMEOUT_SECONDS = 60
 
-# Whether an emulator of another architecture runs the programs.
-EMULATED = os.environ.get("EMULATOR", "") != ""
-
-# The loader of this machine says so for each program of this machine that runs on the board, because
-# the preload library belongs to the other architecture.
-FOREIGN_LIBRARY = re.compile(
-    r"ERROR: ld\.so: object '[^']*/libzolt_sim_i2c\.so' from LD_PRELOAD cannot be preloaded "
-    r"\([^)]*\): ignored\.\n"
-)
 
 
 def not_emulated(reason):
@@ -91,11 +86,6 @@ counted_in_short_files = unittest.skipIf(COUNTED, "coverage: the counters are fi
 other_programs_on_buses = not_emulated(
     "a program of this machine cannot load the other architecture's library"
 )
-
-
-def without_loader(text):
-    """Returns a text of standard error without the loader's remarks about the other architecture."""
-    return FOREIGN_LIBRARY.sub("", text) if EMULATED else text
 
 
 def next_line(stream):
@@ -161,9 +151,12 @@ class Session:
         self.process.stdin.flush()
 
     def ends_with(self, text):
-        """Waits for the end. The rest of the output has to be the text, and the status 0."""
-        output, _ = self.process.communicate(timeout=TIMEOUT_SECONDS)
-        self._test.assertEqual((output.decode(), self.process.returncode), (text, 0))
+        """Waits for the end. The rest of the output has to be the text, and the status 0. Standard
+        error has to be empty, as far as told() has not read it."""
+        output, told = self.process.communicate(timeout=TIMEOUT_SECONDS)
+        self._test.assertEqual(
+            (output.decode(), without_loader(told.decode()), self.process.returncode), (text, "", 0)
+        )
 
 
 class Scratch:

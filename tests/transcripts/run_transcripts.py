@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Replays whole dialogues with the tool on boards of the stand-in.
 
-transcript.py describes the files of a suite, CASE.transcript. The tool's output and the logs have
-to be as the file says, and the tool's exit status has to be 0. The result is printed as TAP, with a
-difference in the notation of the file. The environment variable ZOLT_TEST_WRAPPER may hold a
-command to run the tool under, such as a memory checker.
+transcript.py describes the files of a suite, CASE.transcript. The tool's output, the logs
+and standard error have to be as the file says, and the tool's exit status 0. The result is
+printed as TAP, with a difference in the notation of the file. The environment variable
+ZOLT_TEST_WRAPPER may hold a command to run the tool under, such as a memory checker, which may write
+to standard error.
 """
 
 import argparse
@@ -24,6 +25,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
 
 import signals  # noqa: E402
 from failures import Failures  # noqa: E402
+from loader import without_loader  # noqa: E402
 
 TIMEOUT_SECONDS = 60
 TEXTS = pathlib.Path(__file__).parent / "texts"
@@ -61,6 +63,12 @@ def command_of(transcript, sim, tool, scratch):
     return command + [tool, *transcript.arguments], logs
 
 
+def problems_of_standard_error(transcript, told, tool):
+    """A message starts with the path of the tool. The transcript has its name."""
+    told = without_loader(told.decode("latin-1")).encode("latin-1").replace(tool.encode(), b"zolt_test")
+    return difference("stderr", transcript.contents.get("stderr", b""), told)
+
+
 def replay(transcript, sim, tool):
     """Returns the differences between the transcript and what the tool does."""
     contents = transcript.contents
@@ -82,8 +90,8 @@ def replay(transcript, sim, tool):
                 problems += difference(name, contents[name], logged(log))
         if done.returncode != 0:
             problems.append(f"exit status {done.returncode}")
-        if problems and done.stderr:
-            problems += ["standard error:"] + done.stderr.decode(errors="replace").splitlines()
+        if problems or not os.environ.get("ZOLT_TEST_WRAPPER"):
+            problems += problems_of_standard_error(transcript, done.stderr, tool)
         return problems
 
 

@@ -35,7 +35,7 @@ TOOL = """#!/bin/sh
 echo "$# arguments"
 for last; do :; done
 cat
-echo "said on the side" >&2
+[ "${last:-0}" = 0 ] || echo "said on the side" >&2
 exit "${last:-0}"
 """
 
@@ -104,8 +104,11 @@ class RunnerTest(unittest.TestCase):
             "@@ -1 +0,0 @@",
             "-ReadIO",
             "exit status 3",
-            "standard error:",
-            "said on the side",
+            "stderr differs:",
+            "--- expected",
+            "+++ actual",
+            "@@ -0,0 +1 @@",
+            "+said on the side",
         ]
         told = self.check(0, "1..1", "not ok 1 - a", *(f"# {line}" for line in problems))
         self.assertEqual(told, ["FAILED: suite/a.transcript", *problems])
@@ -142,9 +145,25 @@ class RunnerTest(unittest.TestCase):
             "#  board demo",
             "#  0 arguments",
             "# -\\ No newline at end",
-            "# standard error:",
-            "# said on the side",
         )
+
+    def test_standard_error_is_empty_unless_the_file_has_it(self):
+        self.program("tool", '#!/bin/sh\necho "said on the side" >&2\n')
+        self.case("a", "=== command\nzolt_sim --board demo -- zolt_test\n=== stdout\nboard demo\n")
+        self.check(0, "1..1", "not ok 1 - a", "# stderr differs:", "# --- expected", "# +++ actual",
+                   "# @@ -0,0 +1 @@", "# +said on the side")
+
+    def test_standard_error_names_the_tool_without_its_directory(self):
+        self.program("tool", '#!/bin/sh\necho "$0: no" >&2\n')
+        self.case("a", "=== command\nzolt_sim --board demo -- zolt_test\n=== stdout\nboard demo\n"
+                  "=== stderr\nzolt_test: no\n")
+        self.check(0, "1..1", "ok 1 - a")
+
+    def test_a_wrapper_may_write_to_standard_error(self):
+        wrapper = self.program("checker", '#!/bin/sh\necho "no leaks" >&2\nexec "$@"\n')
+        self.case("a", "=== command\nzolt_sim --board demo -- zolt_test\n"
+                  "=== stdout\nboard demo\n0 arguments\n")
+        self.check(0, "1..1", "ok 1 - a", wrapper=wrapper)
 
     def test_malformed_case_fails_and_the_next_one_runs(self):
         self.case("a", "=== stdout\n=== stdout\n")

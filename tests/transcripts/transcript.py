@@ -17,6 +17,7 @@ A line that starts with === is the heading of a section. The sections:
     board.toml  the board, exactly if the command names this file
     stdin       input of the tool (without this section: empty)
     stdout      expected output of the tool, byte for byte
+    stderr      what the tool says on standard error (without this section: nothing)
     calls       expected calls of the platform's libraries, in order, one on each line
     debug_log   expected lines of the platform's debug log; * stands for the number of a source line
     i2c_log     expected control transactions of the I2C bus driver, one on each line
@@ -35,7 +36,7 @@ Every section but the command stands byte for byte, except for the backslash:
 import re
 import shlex
 
-SECTIONS = ("command", "board.toml", "stdin", "stdout", "calls", "debug_log", "i2c_log")
+SECTIONS = ("command", "board.toml", "stdin", "stdout", "stderr", "calls", "debug_log", "i2c_log")
 HEADING = "==="
 NO_NEWLINE = r"\ No newline at end"
 ESCAPE = re.compile(r"\\(?:(\\)|x([0-9A-Fa-f]{2})|\{([^{}]*)\}|($)|)")

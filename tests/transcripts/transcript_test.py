@@ -126,7 +126,7 @@ class UnderstoodTest(ReaderTest):
 
 class RefusedTest(ReaderTest):
     def test_unknown_section(self):
-        self.refused(MINIMUM + "=== stderr\n", 4, "no section is called '=== stderr'")
+        self.refused(MINIMUM + "=== stdour\n", 4, "no section is called '=== stdour'")
 
     def test_heading_out_of_shape(self):
         for heading in ("===", "===stdin", "===  stdin", "==== stdin", "=== stdin ==="):
