@@ -1,11 +1,15 @@
 #!/usr/bin/env python3
 """Tests zolt_test as a process: pipes, closed streams, end of input, other platform libraries."""
 
+import array
+import fcntl
 import os
 import pathlib
 import signal
 import subprocess
 import sys
+import termios
+import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
@@ -93,6 +97,37 @@ class Streams(unittest.TestCase):
 
     def test_all_streams_closed(self):
         self.assertEqual(self.tool("<&- >&- 2>&-", "-o", "1").returncode, 0)
+
+    def test_nothing_takes_the_place_of_a_closed_stream(self):
+        # A library, or a bus device, that the tool opens would get the number of the closed stream.
+        for closed in ((0,), (1,), (2,), (1, 2)):
+            with self.subTest(closed=closed):
+                tool = subprocess.Popen(
+                    [TOOL], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                    preexec_fn=lambda: [os.close(stream) for stream in closed],
+                    env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
+                )
+                self.addCleanup(tool.communicate)
+                self.addCleanup(tool.kill)
+                if 1 in closed:
+                    tool.stdin.write(b"1\n")
+                    tool.stdin.flush()
+                    self.wait_until_read(tool.stdin)
+                else:
+                    menu = MAIN_MENU.encode()
+                    self.assertEqual(tool.stdout.read(len(menu)), menu)
+                held = {stream: f"/proc/{tool.pid}/fd/{stream}" for stream in closed}
+                self.assertEqual({stream: os.path.lexists(link) and os.readlink(link)
+                                  for stream, link in held.items()},
+                                 dict.fromkeys(closed, "/dev/null"))
+
+    def wait_until_read(self, pipe):
+        """Waits until the reader of a pipe has taken all."""
+        end = time.monotonic() + TIMEOUT_SECONDS
+        unread = array.array("i", [1])
+        while unread[0] != 0:
+            self.assertLess(time.monotonic(), end, "nobody reads the input")
+            fcntl.ioctl(pipe, termios.FIONREAD, unread)
 
     def test_a_broken_pipe_ends_the_program(self):
         reader, writer = os.pipe()
