@@ -56,7 +56,9 @@ class Mutant:
     nth: int = 0
 
     def identity(self):
-        return f"{self.file} | {self.line} | {self.kind}: {self.before} -> {self.replacement} | {self.nth}"
+        """Names the mutant in one line."""
+        change = f"{self.before} -> {self.replacement}"
+        return " ".join(f"{self.file} | {self.line} | {self.kind}: {change} | {self.nth}".split())
 
     def applied_to(self, source):
         return source[: self.start] + self.replacement + source[self.end:]
