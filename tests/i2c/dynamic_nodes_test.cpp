@@ -321,6 +321,13 @@ TEST_F(DynamicNodes, ARemovalNeedsNumbers) {
     EXPECT_TRUE(busDevices().calls.empty());
 }
 
+TEST_F(DynamicNodes, ARemovalWithoutAnyMessageIsNoRefusal) {
+    busDevices().answers = {{.result = 0}};
+    EXPECT_EQ(outputOf([] { EXPECT_EQ(deleteDeviceNode(), 0); }, "20\n50\n"),
+              "Enter Parent Node Num:Enter Target Address:"
+              "Device Remove Status: [0] Under Parent Node: [/dev/i2c-20]\n");
+}
+
 TEST_F(DynamicNodes, ALongBusNumberIsCutForTheParentOfAnIndexNodeAlone) {
     answerQueries("00 00 00 00", "00 00 00 00");
     busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 47 42 0F 00")}); // 1000007
