@@ -6,6 +6,7 @@ import fcntl
 import os
 import pathlib
 import signal
+import socket
 import subprocess
 import sys
 import termios
@@ -128,6 +129,27 @@ class Streams(unittest.TestCase):
         while unread[0] != 0:
             self.assertLess(time.monotonic(), end, "nobody reads the input")
             fcntl.ioctl(pipe, termios.FIONREAD, unread)
+
+    def writes(self, *arguments):
+        """Returns the writes of the tool one by one: the socket keeps them apart."""
+        reader, writer = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+        self.addCleanup(reader.close)
+        tool = subprocess.Popen([SIM, *arguments], stdin=subprocess.DEVNULL, stdout=writer)
+        self.addCleanup(tool.wait)
+        writer.close()
+        return list(iter(lambda: reader.recv(1 << 20), b""))
+
+    def test_the_listing_of_a_payload_is_one_write(self):
+        # 31 end points, the most that a payload can have.
+        arguments = ("--board", "hostile", "--", TOOL, "-o", "2", "-p", "5", "-f", "2")
+        listing = run(SIM, *arguments).stdout.encode()
+        self.assertEqual(listing.count(b"EP_TYPE"), 31)
+        self.assertEqual(self.writes(*arguments), [listing])
+
+    def test_the_report_of_a_module_and_its_empty_line_are_one_write(self):
+        writes = self.writes("--", TOOL, "-o", "12", "-m", "1")
+        self.assertEqual(writes[0], b"/com/tesk/bmc/zolt/bp/bp1\n")
+        self.assertEqual([write.count(b"\n") for write in writes[:3]], [1, 29, 1])
 
     def test_a_broken_pipe_ends_the_program(self):
         reader, writer = os.pipe()
