@@ -348,6 +348,15 @@ TEST(PayloadPrinter, propertiesThatNoRowNamesAreIgnored) {
     EXPECT_EQ(reportOf<CEMV3PayloadPrinter>(properties), cemReport + "\n");
 }
 
+TEST(PayloadPrinter, handsOutTheWholeReport) {
+    std::string handed;
+    (void)outputOf([&] {
+        RFCPayloadPrinter(shortProperties()).print();
+        handed = handedOut();
+    });
+    EXPECT_EQ(handed, shortReport + "\n");
+}
+
 TEST(PayloadPrinter, rawPayloadIsNotSupported) {
     const std::vector<std::uint8_t> payload{1};
     EXPECT_EQ(outputOf([&] { CEMV3PayloadPrinter(payload).print(); }),

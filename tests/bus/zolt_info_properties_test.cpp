@@ -54,6 +54,18 @@ TEST(PrintZoltInfoProperties, interfaceWithoutPropertiesHasItsHeadingAlone) {
     EXPECT_EQ(printedOf({}), "PrintZoltInfoProperties: \n\n");
 }
 
+TEST(PrintZoltInfoProperties, handsOutTheWholeListing) {
+    SystemBus service;
+    service.publish(publishing({}));
+    std::string handed;
+    (void)outputOf([&] {
+        auto bus = sdbusplus::bus::new_default_system();
+        PrintZoltInfoProperties(bus);
+        handed = handedOut();
+    });
+    EXPECT_EQ(handed, "PrintZoltInfoProperties: \n\n");
+}
+
 TEST(PrintZoltInfoProperties, flagOfAnotherTypeEndsTheListing) {
     EXPECT_EQ(printedOf({{"CardCount", "q", 3}, {"FRUreadComplete", "q", 1}, {"Later", "q", 4}}),
               "PrintZoltInfoProperties: \n"

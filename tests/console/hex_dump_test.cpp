@@ -1,5 +1,6 @@
 #include "console/hex_dump.h"
 
+#include "console/output.h"
 #include "tests/support/console.h"
 
 #include <gtest/gtest.h>
@@ -80,6 +81,21 @@ TEST(HexDump, largeDumpHasEveryLine) {
         expected.append(text).append("\n");
     }
     EXPECT_TRUE(output == expected + "\n\n");
+}
+
+// The longest lines meet the end of the output buffer at each of their letters. A sanitizer sees a
+// line that needs more room than it asked for.
+TEST(HexDump, longLinesFitTheOutputBuffer) {
+    constexpr std::size_t lineLength = 72;
+    constexpr std::uint32_t byteCount = 16 * 1000;
+    const auto bytes = counting(byteCount);
+    for (std::size_t before = 0; before < lineLength; ++before) {
+        const std::string output = test::outputOf([&] {
+            write(std::string(before, 'x'));
+            printHexDump(0xFEDCBA9876540000, bytes, byteCount);
+        });
+        EXPECT_EQ(output.size(), before + header.size() + 1000 * lineLength + 2);
+    }
 }
 
 } // namespace

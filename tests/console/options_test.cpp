@@ -56,6 +56,7 @@ TEST(Options, standAmongOtherWords) {
 
 TEST(Options, areRefusedAsTheyWereTyped) {
     EXPECT_EQ(found({"-q", "-x"}), Words({"1 -", "unknown -x"}));
+    EXPECT_EQ(found({"-X"}), Words({"unknown -X"}));
     EXPECT_EQ(found({"--colour=x"}), Words({"unknown --colour=x"}));
     EXPECT_EQ(found({"--a-long=x"}), Words({"unknown --a-long=x"}));
     EXPECT_EQ(found({"-o"}), Words({"-o needs a value"}));

@@ -244,6 +244,16 @@ TEST_F(DynamicNodes, ADeviceNodesBusThatCannotBeOpenedFailsTheDevice) {
               "Device Node Creation Failed.\n");
 }
 
+TEST_F(DynamicNodes, OnlyANegativeResultIsARefusal) {
+    answerQueries("00 00 00 00", "00 00 00 00");
+    busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 14 00 00 00"), .result = 0});
+    answerQueries("00 00 00 00", "00 00 00 00");
+    busDevices().answers.push_back({.reply = bytesOf("00 00 00 00 14 00 00 00"), .result = 0});
+    EXPECT_EQ(outputOf([] { createNodes(24, 3, 5, 0x50); }),
+              "Index Node Status:Node Status: [0] &  Name: [/dev/i2c-20]\n"
+              "Device Node Status: [0] &  Name: [/dev/i2c-20]\n");
+}
+
 TEST_F(DynamicNodes, AnAnswerThatIsNoNumberCreatesNothing) {
     const std::pair<const char*, const char*> dialogues[] = {
         {"x", "\nInvalid Device Type\n"},
