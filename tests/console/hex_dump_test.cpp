@@ -83,6 +83,13 @@ TEST(HexDump, largeDumpHasEveryLine) {
     EXPECT_TRUE(output == expected + "\n\n");
 }
 
+TEST(HexDump, waitsInTheBuffer) {
+    (void)test::outputOf([] {
+        printHexDump(0, counting(32), 32);
+        EXPECT_EQ(test::handedOut(), "");
+    });
+}
+
 // The longest lines meet the end of the output buffer at each of their letters. A sanitizer sees a
 // line that needs more room than it asked for.
 TEST(HexDump, longLinesFitTheOutputBuffer) {
