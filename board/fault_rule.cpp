@@ -112,14 +112,14 @@ enum Options : unsigned {
     timing = count | after | delay | fail,
 };
 
-struct Kind {
+struct RuleKind {
     FaultKind kind;
     std::string_view subject; ///< what the second word must be
     void (*takeSubject)(FaultRule& rule, std::string_view word);
     unsigned options;
 };
 
-constexpr Kind kinds[] = {
+constexpr RuleKind kinds[] = {
     {FaultKind::namedRead, "a name pattern", takePattern, status | timing},
     {FaultKind::rawRead, "an address or a range of addresses", takeAddresses, status | timing},
     {FaultKind::halObject, "an object's name", takeSubject, timing},
@@ -378,7 +378,7 @@ FaultRule parseFaultRule(std::string_view text) {
     if (named == std::end(faultWords)) {
         throw FaultRuleError("a fault begins with one of: " + wordsIn(faultWords));
     }
-    const auto* const kind = std::ranges::find(kinds, named->kind, &Kind::kind);
+    const auto* const kind = std::ranges::find(kinds, named->kind, &RuleKind::kind);
     if (words.size() < 2) {
         throw FaultRuleError(std::string(named->word).append(" needs ").append(kind->subject));
     }

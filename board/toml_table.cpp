@@ -10,7 +10,7 @@ namespace board {
 
 namespace {
 
-std::string range(std::int64_t lowest, std::int64_t highest) {
+std::string rangeText(std::int64_t lowest, std::int64_t highest) {
     return std::to_string(lowest) + " to " + std::to_string(highest);
 }
 
@@ -98,7 +98,7 @@ std::int64_t TomlTable::integerIn(const toml::node& node, std::string_view key, 
     const auto value = node.value_exact<std::int64_t>();
     if (!value || *value < lowest || *value > highest) {
         placeOf(node).refuse(what_ + ": " + inQuotes(key) + " must be a whole number from " +
-                             range(lowest, highest));
+                             rangeText(lowest, highest));
     }
     return *value;
 }

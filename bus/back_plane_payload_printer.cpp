@@ -7,7 +7,7 @@ namespace zolt {
 namespace {
 
 // The report always shows sixteen endpoints. It ignores NUM_EP_DESCRIPTORS.
-constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
+constexpr auto backPlaneRows = afterCemHeader(std::to_array<ReportRow>({
     {"EndPoint0", "EndPoint0", PropertyType::endpoint},
     {"EndPoint1", "EndPoint1", PropertyType::endpoint},
     {"EndPoint2", "EndPoint2", PropertyType::endpoint},
@@ -27,13 +27,13 @@ constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
     {"checksum", "checksum"},
 }));
 
-constexpr Report report{
-    .printer = "BackPlanePayloadPrinter", .labelWidth = wideLabel, .rows = rows};
+constexpr Report backPlaneReport{
+    .printer = "BackPlanePayloadPrinter", .labelWidth = wideLabel, .rows = backPlaneRows};
 
 } // namespace
 
 void BackPlanePayloadPrinter::print() {
-    printReport<report>();
+    printReport<backPlaneReport>();
 }
 
 } // namespace zolt

@@ -48,7 +48,7 @@ constexpr EndpointField endpointFields[] = {
 };
 
 // The report always shows four endpoints. It ignores NUM_EP_DESCRIPTORS.
-constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
+constexpr auto cemV3Rows = afterCemHeader(std::to_array<ReportRow>({
     {"EndPoint0", "EndPoint0", PropertyType::endpoint, {}, endpointFields},
     {"EndPoint1", "EndPoint1", PropertyType::endpoint},
     {"EndPoint2", "EndPoint2", PropertyType::endpoint},
@@ -56,12 +56,13 @@ constexpr auto rows = afterCemHeader(std::to_array<ReportRow>({
     {"checksum", "checksum"},
 }));
 
-constexpr Report report{.printer = "CEMV3PayloadPrinter", .labelWidth = wideLabel, .rows = rows};
+constexpr Report cemV3Report{
+    .printer = "CEMV3PayloadPrinter", .labelWidth = wideLabel, .rows = cemV3Rows};
 
 } // namespace
 
 void CEMV3PayloadPrinter::print() {
-    printReport<report>();
+    printReport<cemV3Report>();
 }
 
 } // namespace zolt

@@ -6,13 +6,13 @@ namespace zolt {
 
 namespace {
 
-constexpr Report report{
+constexpr Report puckReport{
     .printer = "PuckPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
 
 } // namespace
 
 void PuckPayloadPrinter::print() {
-    printReport<report>();
+    printReport<puckReport>();
 }
 
 } // namespace zolt

@@ -6,13 +6,13 @@ namespace zolt {
 
 namespace {
 
-constexpr Report report{
+constexpr Report rfcReport{
     .printer = "RFCPayloadPrinter", .labelWidth = narrowLabel, .rows = shortRows};
 
 } // namespace
 
 void RFCPayloadPrinter::print() {
-    printReport<report>();
+    printReport<rfcReport>();
 }
 
 } // namespace zolt

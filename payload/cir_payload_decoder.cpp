@@ -102,7 +102,8 @@ constexpr ValueRow directRows[] = {
     {Bits::range(5, 2, 0), line<"DSL_LANE_OFFSET_UPPER         = %d\n">},
 };
 
-constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                      = %d\n\n\n">};
+constexpr ValueRow payloadChecksum{Bits::byte(0),
+                                   line<"\n\nCHECKSUM                      = %d\n\n\n">};
 constexpr std::size_t plainCardChecksum = 15;
 
 void decodeEndPoints(FieldDecoder& fields) {
@@ -149,9 +150,9 @@ void decodeCirPayload(std::span<const std::uint8_t> payload, TakeField take) {
         decodeEndPoints(fields);
     }
     if (layout == plainCard) {
-        fields.add(checksum, plainCardChecksum);
+        fields.add(payloadChecksum, plainCardChecksum);
     } else if (size != 0) { // a payload of length 0 has no checksum
-        fields.add(checksum, size - 1);
+        fields.add(payloadChecksum, size - 1);
     }
 }
 

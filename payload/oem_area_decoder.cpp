@@ -12,7 +12,8 @@ namespace {
 
 constexpr ValueRow areaSize{Bits::byte(0), line<"\n\nOEM AREA SIZE               = %d\n">};
 constexpr ValueRow descriptorCount{Bits::byte(1), line<"TOTAL NUMBER OF DESCRIPTORS = %d\n">};
-constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                    = %d\n\n\n">};
+constexpr ValueRow oemAreaChecksum{Bits::byte(0),
+                                   line<"\n\nCHECKSUM                    = %d\n\n\n">};
 
 // The offsets of the rows below count from the start of a descriptor.
 constexpr std::size_t firstDescriptor = 2;
@@ -30,12 +31,12 @@ constexpr ValueRow placeRows[] = {
     {Bits::byte(4), line<"LOCATION                    = %d\n">},
 };
 
-constexpr ValueRow slotRows[] = {
+constexpr ValueRow slotDescriptorRows[] = {
     {Bits::byte(2), line<"SLOT PRESENCE BIT MAP       = 0x%X\n">},
 };
 
 // Rows by descriptor type, from type 1 on.
-constexpr std::span<const ValueRow> rowsOfType[] = {connectionRows, placeRows, slotRows};
+constexpr std::span<const ValueRow> rowsOfType[] = {connectionRows, placeRows, slotDescriptorRows};
 
 void decodeDescriptors(FieldDecoder& fields, unsigned count) {
     // The position has 8 bits and may wrap; a size of 0 does not advance it. Only the count bounds
@@ -71,7 +72,7 @@ void decodeOemArea(std::span<const std::uint8_t> area, TakeField take) {
     FieldDecoder fields(area, take);
     const std::size_t length = fields.add(areaSize);
     decodeDescriptors(fields, fields.add(descriptorCount));
-    fields.add(checksum, std::max(length, area.size()) - 1);
+    fields.add(oemAreaChecksum, std::max(length, area.size()) - 1);
 }
 
 } // namespace zolt

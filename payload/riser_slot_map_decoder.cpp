@@ -28,7 +28,8 @@ constexpr ValueRow otherSlotRows[] = {
 
 constexpr ValueRow recordCount{Bits::byte(riser_map::recordCount),
                                line<"NUMBER OF PICPWR SLOT DETAILS  = %d\n">};
-constexpr ValueRow checksum{Bits::byte(0), line<"\n\nCHECKSUM                       = %d\n\n\n">};
+constexpr ValueRow slotMapChecksum{Bits::byte(0),
+                                   line<"\n\nCHECKSUM                       = %d\n\n\n">};
 
 // The offsets of the rows below count from the start of a record.
 constexpr ValueRow recordId{Bits::byte(0), line<"PICPWR ID                      = %d\n">};
@@ -49,7 +50,7 @@ constexpr ValueRow dslCount{Bits::byte(riser_map::dslCount),
 // count from the start of the part that they show.
 constexpr UnitRow dsl{Bits::byte(0), line<"DSL%d                           = %d\n">};
 constexpr ValueRow slotCount{Bits::byte(0), line<"NO OF SLOTS                    = %d\n">};
-constexpr UnitRow slotRows[] = {
+constexpr UnitRow riserSlotRows[] = {
     {Bits::byte(0), line<"SLOT%d NUMBER                   = %d\n">},
     {Bits::byte(1), line<"SLOT%d TYPE                     = %d\n">},
 };
@@ -83,7 +84,7 @@ std::size_t decodeDsls(FieldDecoder& fields, unsigned count, std::size_t at) {
 
 std::size_t decodeSlots(FieldDecoder& fields, unsigned count, std::size_t at) {
     for (unsigned j = 1; j <= count; ++j) {
-        fields.add(slotRows, static_cast<std::uint8_t>(j), at);
+        fields.add(riserSlotRows, static_cast<std::uint8_t>(j), at);
         at += riser_map::slotSize;
     }
     return at;
@@ -137,7 +138,7 @@ void decodeRiserSlotMap(std::span<const std::uint8_t> blob, TakeField take) {
     for (unsigned r = 1; r <= records; ++r) {
         at = decodeRecord(fields, static_cast<std::uint8_t>(r), at);
     }
-    fields.add(checksum, at);
+    fields.add(slotMapChecksum, at);
 }
 
 } // namespace zolt

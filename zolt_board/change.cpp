@@ -11,7 +11,7 @@ namespace zolt_board {
 
 namespace {
 
-constexpr std::size_t mostBytes = 16; ///< of a value that are shown
+constexpr std::size_t mostShownBytes = 16; ///< of a value that are shown
 
 std::string textOf(const board::Bytes& bytes) {
     if (bytes.empty()) {
@@ -20,7 +20,7 @@ std::string textOf(const board::Bytes& bytes) {
     if (bytes.size() == 1) {
         return std::string("0x").append(board::hexText(bytes));
     }
-    const auto shown = std::span(bytes).first(std::min(bytes.size(), mostBytes));
+    const auto shown = std::span(bytes).first(std::min(bytes.size(), mostShownBytes));
     std::string text = board::hexText(shown);
     return bytes.size() == shown.size()
                ? text

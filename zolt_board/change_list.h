@@ -12,6 +12,9 @@
 
 namespace zolt_board {
 
+/// Stands for a length, count or checksum that nobody states wrong.
+inline constexpr const char* correct = "correct";
+
 class ChangeList {
 public:
     /// @param changes  gets the changes

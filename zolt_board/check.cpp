@@ -157,7 +157,7 @@ int runCheck(const Arguments& arguments, Output& output) {
     return outcome.status();
 }
 
-constexpr std::string_view options[] = {"json", "list"};
+constexpr std::string_view checkOptions[] = {"json", "list"};
 
 } // namespace
 
@@ -172,7 +172,7 @@ constexpr Verb checkVerb{
         "the findings.\n",
     .status = "Exit status: 0 if there is no finding, 1 if there are findings, 2 if a board could\n"
               "not be looked at.\n",
-    .options = options,
+    .options = checkOptions,
     .fewestBoards = 1,
     .mostBoards = std::numeric_limits<std::size_t>::max(),
     .run = runCheck,

@@ -25,7 +25,7 @@ int compareBoards(const Arguments& arguments, Output& output) {
     return changes.empty() ? nothingFound : somethingFound;
 }
 
-constexpr std::string_view options[] = {"json"};
+constexpr std::string_view diffOptions[] = {"json"};
 
 } // namespace
 
@@ -37,7 +37,7 @@ constexpr Verb diffVerb{
             "boards, and other ways to describe the same board, are no difference.\n",
     .status = "Exit status: 0 if both boards are the same, 1 if they differ, 2 if a board\n"
               "could not be read.\n",
-    .options = options,
+    .options = diffOptions,
     .fewestBoards = 2,
     .mostBoards = 2,
     .run = compareBoards,

@@ -84,8 +84,7 @@ void compareNodes(const IndexNode& before, const IndexNode& after, const ChangeL
     for (const NumberField& field : numberFields) {
         node.value(field.key, field.of(before), field.of(after));
     }
-    node.value("sub_node_count", number(before.subNodeCount), number(after.subNodeCount),
-               "correct");
+    node.value("sub_node_count", number(before.subNodeCount), number(after.subNodeCount), correct);
     compareSubNodes(before, after, changes, node);
 }
 

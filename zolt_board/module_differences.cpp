@@ -15,8 +15,6 @@ namespace {
 using EndPoint = std::array<std::uint8_t, board::endPointSize>;
 using Record = std::span<const std::uint8_t>;
 
-constexpr const char* correct = "correct"; // a length, count or checksum that nobody states wrong
-
 std::string numbered(const char* what, std::size_t index) {
     return std::string(what).append(" ").append(std::to_string(index + 1));
 }

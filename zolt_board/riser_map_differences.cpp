@@ -12,8 +12,7 @@ namespace zolt_board {
 
 namespace {
 
-constexpr const char* place = "riser map";
-constexpr const char* correct = "correct";
+constexpr const char* riserMapPlace = "riser map";
 
 using Field = std::span<const std::uint8_t>;
 
@@ -120,7 +119,7 @@ void compareRiserMaps(std::span<const std::uint8_t> before, std::span<const std:
     if (std::ranges::equal(before, after)) {
         return;
     }
-    ChangeList list(changes, place);
+    ChangeList list(changes, riserMapPlace);
     const auto first = board::decodeRiserMap(before);
     const auto second = board::decodeRiserMap(after);
     if (first && second) {

@@ -161,7 +161,7 @@ private:
     ChangeList changes_;
 };
 
-std::string textOf(const board::ServiceOrder& order) {
+std::string orderText(const board::ServiceOrder& order) {
     using Action = board::ServiceOrder::Action;
     constexpr std::array<const char*, 4> actions{"answer", "error", "reply", "leave"};
     const auto word = [](const char* name, const std::string& value) {
@@ -189,7 +189,7 @@ void compareOrders(const board::ServiceDescription& before, const board::Service
     const auto textsOf = [](const board::ServiceDescription& service) {
         std::vector<std::string> texts;
         texts.reserve(service.orders.size());
-        std::ranges::transform(service.orders, std::back_inserter(texts), textOf);
+        std::ranges::transform(service.orders, std::back_inserter(texts), orderText);
         return texts;
     };
     compareRules(textsOf(before), textsOf(after), ChangeList(changes, "orders"));

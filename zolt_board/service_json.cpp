@@ -14,8 +14,6 @@ using board::FaultRule;
 using board::PublishedInterface;
 using board::ServiceOrder;
 
-using Action = ServiceOrder::Action;
-
 // The rules that make calls on an object fail, by the object's path.
 using Failures = std::map<std::string, Json, std::less<>>;
 
@@ -47,6 +45,7 @@ Json interfaceToJson(const PublishedInterface& published, const Failures& failur
 }
 
 void addAction(const ServiceOrder& order, Json& json) {
+    using Action = ServiceOrder::Action;
     switch (order.action) {
     case Action::answer:
         json["action"] = "answer";

@@ -21,7 +21,7 @@ int run(const Arguments& arguments, Output& output) {
     return nothingFound;
 }
 
-constexpr std::string_view options[] = {"tree", "json", "color"};
+constexpr std::string_view showOptions[] = {"tree", "json", "color"};
 
 } // namespace
 
@@ -31,7 +31,7 @@ constexpr Verb showVerb{
     .summary = "what a board has",
     .help = "Shows what a board has: a summary, and a line for each occupied slot.\n",
     .status = "Exit status: 0 if the board is shown, 2 if it could not be.\n",
-    .options = options,
+    .options = showOptions,
     .fewestBoards = 1,
     .mostBoards = 1,
     .run = run,

@@ -17,7 +17,7 @@ namespace zolt_board {
 
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
+using SlotBytes = std::span<const std::uint8_t>;
 using Fate = SlotFates::Fate;
 
 std::string placeOf(unsigned id) {
@@ -51,8 +51,8 @@ public:
 private:
     // A slot's bytes on both boards, and whether a reader finds the same.
     struct Contents {
-        Bytes payload[2];
-        Bytes oemArea[2];
+        SlotBytes payload[2];
+        SlotBytes oemArea[2];
         bool isSame = false;
     };
 
@@ -60,12 +60,12 @@ private:
         // A slot without bytes of its own may point at bytes of another slot.
         const bool sameOffset = first.offset == second.offset;
         const auto all = std::max(first.size(), second.size());
-        const Bytes before = before_.bytesAt(first, all);
-        const Bytes after = after_.bytesAt(second, all);
+        const SlotBytes before = before_.bytesAt(first, all);
+        const SlotBytes after = after_.bytesAt(second, all);
         if (sameOffset && std::ranges::equal(before, after)) {
             return {.payload = {}, .oemArea = {}, .isSame = true};
         }
-        const auto isAnySet = [](Bytes bytes) {
+        const auto isAnySet = [](SlotBytes bytes) {
             return std::ranges::any_of(bytes, [](std::uint8_t byte) { return byte != 0; });
         };
         SlotView older = first;

@@ -19,16 +19,17 @@ namespace standin {
 
 namespace {
 
-constexpr const char* device = "/dev/" BUS_MODULE_DEVICE;
+constexpr const char* moduleDevice = "/dev/" BUS_MODULE_DEVICE;
 
 [[noreturn]] void refuse(const std::string& step) {
     throw std::runtime_error(step + ": " + std::strerror(errno));
 }
 
 Descriptor openModule() {
-    Descriptor module(open(device, O_RDWR | O_CLOEXEC | O_NONBLOCK));
+    Descriptor module(open(moduleDevice, O_RDWR | O_CLOEXEC | O_NONBLOCK));
     if (module.number() < 0) {
-        refuse(std::string("the kernel module zolt_bus is not loaded or not free: ") + device);
+        refuse(std::string("the kernel module zolt_bus is not loaded or not free: ") +
+               moduleDevice);
     }
     return module;
 }
@@ -100,7 +101,7 @@ KernelBuses::KernelBuses(sd_event* loop, BusState state, LineLog log)
         sd_event_add_io(loop, &source, module_.number(), EPOLLIN, onTransaction, this);
     if (result < 0) {
         errno = -result;
-        refuse(device);
+        refuse(moduleDevice);
     }
     source_.reset(source);
 }

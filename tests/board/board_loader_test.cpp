@@ -72,14 +72,6 @@ EMPTY = []
                                          parseFaultRule("raw-read 0x1000 status 4")}));
 }
 
-std::string repeated(const char* text, int count) {
-    std::string all;
-    while (count-- > 0) {
-        all += text;
-    }
-    return all;
-}
-
 TEST(BoardLoader, refusesWithFileLineAndReason) {
     const std::pair<std::string, const char*> cases[] = {
         // kinds of values
@@ -125,7 +117,7 @@ TEST(BoardLoader, refusesWithFileLineAndReason) {
         // contradictions
         {"[[slot]]\nid = 7\n\n[[slot]]\nid = 7",
          "b.toml:5: slot: 7 is described already, at line 2"},
-        {"[[slot]]\nid = 1\npayload = '" + repeated("00 ", 248) + "'",
+        {"[[slot]]\nid = 1\npayload = '" + test::repeated("00 ", 248) + "'",
          "b.toml:3: slot: 'payload' has 248 bytes, at most 247 fit"},
         {"[[slot]]\nid = 1\nmodule = { type = 'bp', object = 'a' }\n"
          "[[slot]]\nid = 2\nmodule = { type = 'puck', object = 'a' }\n"
@@ -242,7 +234,7 @@ address = 1
                       "b:4: slot: 'dsatt' is not a key here; did you mean 'dstat'?"}));
     EXPECT_EQ(errorsIn("a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a.a = 1", "b"),
               Errors{"b:1: a key has more than 16 parts"});
-    EXPECT_EQ(errorsIn(repeated("[[slot]]\n", 200), "b").size(), 100U);
+    EXPECT_EQ(errorsIn(test::repeated("[[slot]]\n", 200), "b").size(), 100U);
 }
 
 TEST(BoardLoader, showsNoControlCharactersInMessages) {
@@ -285,7 +277,7 @@ TEST(BoardLoader, refusesInvalidToml) {
 }
 
 TEST(BoardLoader, acceptsValuesAtTheLimits) {
-    const Board board = test::boardOf("[[slot]]\nid = 1\npayload = '" + repeated("FF ", 247) +
+    const Board board = test::boardOf("[[slot]]\nid = 1\npayload = '" + test::repeated("FF ", 247) +
                                           "'\n[[slot]]\nid = 2\npayload_offset = 24573\n"
                                           "payload = [1, 2]\n[override.raw]\n0xFFFE = [1, 2]\n",
                                       "b");

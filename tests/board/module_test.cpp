@@ -13,14 +13,6 @@ Slot slotWith(const std::string& module) {
     return test::boardOf("[[slot]]\nid = 1\n[slot.module]\n" + module, "b.toml").slots.at(0);
 }
 
-std::string repeated(const char* text, int count) {
-    std::string all;
-    while (count-- > 0) {
-        all += text;
-    }
-    return all;
-}
-
 TEST(Module, withoutKeysIsAHeaderWithLengthAndChecksum) {
     const Slot slot = slotWith("");
     EXPECT_EQ(slot.payload, (Bytes{0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFE}));
@@ -118,7 +110,8 @@ pcie_group_upper = 6
 TEST(Module, payloadIsAsLongAsItsEndPointsTake) {
     const std::pair<int, std::size_t> sizes[] = {{0, 16}, {1, 24}, {2, 32}, {3, 32}, {31, 200}};
     for (const auto& [count, size] : sizes) {
-        const Bytes payload = slotWith(repeated("[[slot.module.end_point]]\n", count)).payload;
+        const Bytes payload =
+            slotWith(test::repeated("[[slot.module.end_point]]\n", count)).payload;
         ASSERT_EQ(payload.size(), size) << count;
         EXPECT_EQ(payload[2], size / 8) << count;
         EXPECT_EQ(payload[11], count);
@@ -172,7 +165,8 @@ TEST(Module, oemAreasSizeCountAndChecksumMayBeWrong) {
 TEST(Module, longestOemAreaIsAccepted) {
     // 2 bytes in front of the descriptor, 2 of its own, 250 of data, and the checksum.
     const Bytes area =
-        slotWith("[[slot.module.oem]]\ntype = 4\ndata = '" + repeated("00 ", 250) + "'").oemArea;
+        slotWith("[[slot.module.oem]]\ntype = 4\ndata = '" + test::repeated("00 ", 250) + "'")
+            .oemArea;
     ASSERT_EQ(area.size(), 255U);
     EXPECT_EQ(area[0], 255);
     EXPECT_EQ(area[3], 252);
@@ -265,7 +259,7 @@ TEST(Module, refusesWithFileLineAndReason) {
          "b.toml:5: end_point: 'pcie_group_lower' is a key only where 'indirect' is true"},
         {"[[slot.module.end_point]]\nindirect = true\nusb_source = 1",
          "b.toml:6: end_point: 'usb_source' is a key only where 'indirect' is not true"},
-        {repeated("[[slot.module.end_point]]\n", 32),
+        {test::repeated("[[slot.module.end_point]]\n", 32),
          "b.toml:35: end_point: a module has at most 31 end points"},
         // the OEM area
         {"[[slot.module.oem]]\nsrc_id = 1", "b.toml:4: oem: 'type' is missing"},
@@ -281,7 +275,7 @@ TEST(Module, refusesWithFileLineAndReason) {
          "b.toml:6: oem: 'size' must be a whole number from 0 to 255"},
         {"oem_checksum = 1",
          "b.toml:4: module: 'oem_checksum' is a key only where the module has an OEM area"},
-        {"\n[[slot.module.oem]]\ntype = 4\ndata = '" + repeated("00 ", 251) + "'",
+        {"\n[[slot.module.oem]]\ntype = 4\ndata = '" + test::repeated("00 ", 251) + "'",
          "b.toml:5: module: the OEM area has more than 255 bytes"},
         // its place among the service's objects
         {"type = 'riser'", "b.toml:3: module: give both 'type' and 'object', or neither"},

@@ -19,13 +19,13 @@ std::string laid(const char* over, const char* base) {
     return textOf(table);
 }
 
-struct Case {
+struct OverlayCase {
     const char* base;
     const char* over;
     const char* expected;
 };
 
-void expectAll(std::initializer_list<Case> cases) {
+void expectAll(std::initializer_list<OverlayCase> cases) {
     for (const auto& [base, over, expected] : cases) {
         EXPECT_EQ(laid(over, base), textOf(toml::parse(expected)))
             << "base: " << base << "\nover: " << over;

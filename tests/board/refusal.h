@@ -9,6 +9,14 @@
 
 namespace board::test {
 
+inline std::string repeated(const char* text, int count) {
+    std::string all;
+    while (count-- > 0) {
+        all += text;
+    }
+    return all;
+}
+
 /// Appends a description and its refusal to the file that ZOLT_DESCRIPTIONS names. The test of the
 /// schema compares them with the schema.
 /// @param refusal  empty for an accepted description

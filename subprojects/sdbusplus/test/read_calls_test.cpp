@@ -69,7 +69,7 @@ int __wrap_sd_bus_message_verify_type(sd_bus_message* message, char type, const 
 namespace {
 
 using Pair = std::tuple<std::uint8_t, bool>;
-using Values = std::map<std::string, std::vector<std::variant<std::uint8_t, Pair>>>;
+using CountedValues = std::map<std::string, std::vector<std::variant<std::uint8_t, Pair>>>;
 
 message_t values() {
     return received([](sd_bus_message* raw) {
@@ -86,7 +86,7 @@ std::vector<std::string> errorsOfReading() {
         calls.clear();
         succeeding = errors.size();
         error = errorOf([&] {
-            Values read;
+            CountedValues read;
             message.read(read);
         });
         succeeding = SIZE_MAX;

@@ -119,11 +119,11 @@ TEST(Read, readingAppendsToAContainer) {
     EXPECT_EQ(numbers, (std::map<std::string, std::int32_t>{{"a", 1}, {"b", 2}}));
 }
 
-using Pair = std::tuple<std::uint8_t, std::uint8_t>;
-using Value = std::variant<Pair, std::uint16_t, std::uint8_t, bool>;
+using BytePair = std::tuple<std::uint8_t, std::uint8_t>;
+using Value = std::variant<BytePair, std::uint16_t, std::uint8_t, bool>;
 
 TEST(ReadVariant, takesTheAlternativeThatTheContentsFit) {
-    EXPECT_EQ(read<Value>(holding("v", "(yy)", 1, 2)), Value(Pair(1, 2)));
+    EXPECT_EQ(read<Value>(holding("v", "(yy)", 1, 2)), Value(BytePair(1, 2)));
     EXPECT_EQ(read<Value>(holding("v", "q", 512)), Value(std::uint16_t{512}));
     EXPECT_EQ(read<Value>(holding("v", "y", 7)), Value(std::uint8_t{7}));
     EXPECT_EQ(read<Value>(holding("v", "b", 1)), Value(true));
@@ -134,23 +134,23 @@ TEST(ReadVariant, thatFitsNoAlternativeIsSkippedAndBecomesTheFirstAlternativesDe
     const auto values =
         read<Values>(holding("a{sv}", 5, "a", "s", "text", "b", "(yyy)", 1, 2, 3, "c", "a{sas}", 1,
                              "k", 2, "x", "y", "d", "v", "q", 5, "e", "y", 9));
-    EXPECT_EQ(values, (Values{{"a", Pair(0, 0)},
-                              {"b", Pair(0, 0)},
-                              {"c", Pair(0, 0)},
-                              {"d", Pair(0, 0)},
+    EXPECT_EQ(values, (Values{{"a", BytePair(0, 0)},
+                              {"b", BytePair(0, 0)},
+                              {"c", BytePair(0, 0)},
+                              {"d", BytePair(0, 0)},
                               {"e", std::uint8_t{9}}}));
 }
 
 TEST(ReadVariant, thatFitsNoAlternativeLosesItsEarlierValue) {
     Value value = true;
     holding("v", "s", "text").read(value);
-    EXPECT_EQ(value, Value(Pair(0, 0)));
+    EXPECT_EQ(value, Value(BytePair(0, 0)));
 }
 
 TEST(ReadVariant, atTheEndOfTheMessageIsTheFirstAlternativesDefault) {
     Value value = true;
     holding("").read(value);
-    EXPECT_EQ(value, Value(Pair(0, 0)));
+    EXPECT_EQ(value, Value(BytePair(0, 0)));
 }
 
 TEST(ReadVariant, takesTheFirstOfTheAlternativesThatFit) {
@@ -239,7 +239,7 @@ TEST(ReadFailure, namesTheCallAndTheKindOfValue) {
     EXPECT_EQ(
         errorOfReading(std::type_identity<std::map<std::string, Value>>(), holding("a{ss}", 0)),
         "sd_bus_message_enter_container emplace_container" + mismatch);
-    EXPECT_EQ(errorOfReading(std::type_identity<Pair>(), holding("(yq)", 1, 2)),
+    EXPECT_EQ(errorOfReading(std::type_identity<BytePair>(), holding("(yq)", 1, 2)),
               "sd_bus_message_enter_container tuple" + mismatch);
     EXPECT_EQ(errorOfReading(std::type_identity<Value>(), holding("q", 1)),
               "sd_bus_message_skip variant" + mismatch);
