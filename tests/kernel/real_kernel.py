@@ -2,7 +2,8 @@
 """Runs the tool on a real kernel, whose I2C buses are those of the kernel module.
 
 All dialogues of tests/transcripts run in a virtual machine and must have the same bytes as on the
-preload library. So must the checks of checks.py. The result is printed as TAP.
+preload library. So must the checks of checks.py. The unit tests of I2C run there, too. The result is
+printed as TAP.
 """
 
 import argparse
@@ -26,6 +27,7 @@ from transcript import read_text, read_transcript  # noqa: E402
 SIM = "/standin/zolt_sim"
 TOOL = "/usr/bin/zolt_test"
 LOGS = {"calls": "--call-log", "debug_log": "--debug-log", "i2c_log": "--i2c-log"}
+UNIT_TESTS = ("i2c", "standin_i2c_bus")
 LONGEST_RUN = 900  # seconds
 DELAYED_OPEN = re.compile(r"\bi2c-open\b.*\bdelay\b")
 MACHINES = 2  # side by side, because the kernel holds one board at a time
@@ -86,10 +88,32 @@ class CheckJob:
         return difference("stdout", self._check.expected, results.get("stdout", b""))
 
 
-def jobs_of(pattern):
+class UnitTests:
+    """The unit tests of a subsystem as a job of the machine."""
+
+    def __init__(self, subsystem, build):
+        self.name = f"units/{subsystem}"
+        self._program = build / f"tests/test_{subsystem}"
+
+    def delays_an_open(self):
+        return False
+
+    def files(self):
+        # Each job has its own directory of results. The tests write none.
+        script = b"exec ${0%/*}/tests --gtest_brief=1\n"
+        return {"run": b"chmod +x ${0%/*}/tests\n" + script, "tests": self._program.read_bytes()}
+
+    def problems(self, results):
+        printed = results.get("stdout", b"").decode(errors="replace")
+        passed = re.search(r"^\[  PASSED  \] [1-9][0-9]* tests?\.$", printed, re.MULTILINE)
+        return [] if passed and "[  FAILED  ]" not in printed else printed.splitlines() or ["no test ran"]
+
+
+def jobs_of(pattern, build):
     texts = {path.name: read_text(path) for path in TEXTS.iterdir()}
     jobs = [Dialogue(path, texts) for path in sorted(TEXTS.parent.glob("*/*.transcript"))]
     jobs += [CheckJob(check) for check in checks.all_checks()]
+    jobs += [UnitTests(subsystem, build) for subsystem in UNIT_TESTS]
     return [job for job in jobs if fnmatch.fnmatch(job.name, pattern)]
 
 
@@ -128,7 +152,7 @@ def main():
     parser.add_argument("--prepared", required=True, type=pathlib.Path,
                         help="the directory of scripts/kernel")
     parser.add_argument("--standin", required=True, type=pathlib.Path,
-                        help="build of the stand-in for AArch64")
+                        help="build of the stand-in and the tests for AArch64")
     parser.add_argument("--tool", required=True, type=pathlib.Path,
                         help="the program for an AArch64 board")
     parser.add_argument("--log", required=True,
@@ -137,7 +161,7 @@ def main():
     arguments = parser.parse_args()
 
     parts = virtual_machine.Parts(arguments.prepared, arguments.standin, arguments.tool)
-    wanted = jobs_of(arguments.only)
+    wanted = jobs_of(arguments.only, arguments.standin)
     jobs = [job for job in wanted if not job.delays_an_open()]
     failures = Failures()
     print(f"1..{len(wanted) + MACHINES}", flush=True)
