@@ -20,6 +20,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
         i2c-tools systemd                                   # independent clients of the buses (busctl)
         shellcheck cppcheck mandoc                          # linters
         python3-jsonschema                                  # the schema of board descriptions
+        gcovr                                               # the coverage of the suites
         locales                                             # reports in other languages' settings
         bash-completion                                     # completion at a terminal
         git                                                 # lists the files of a fresh copy
