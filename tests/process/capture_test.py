@@ -18,6 +18,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import tap  # noqa: E402
 from programs import (  # noqa: E402
     CAPTURE,
+    COUNTED,
     OTHER_PLATFORM,
     SANITIZED,
     SIM,
@@ -150,6 +151,7 @@ class Calls(CaptureCase):
 
 
 @unittest.skipIf(SANITIZED, "a sanitizer needs memory of its own")
+@unittest.skipIf(COUNTED, "coverage: the counters need memory of their own")
 @not_emulated("the emulator needs memory of its own")
 class Memory(CaptureCase):
     MOST = 8000  # KiB
