@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace board {
@@ -164,7 +164,7 @@ std::size_t readPiece(int descriptor, char* to, std::size_t size, const Place& p
             pollfd waiting{.fd = descriptor, .events = POLLIN, .revents = 0};
             (void)poll(&waiting, 1, -1);
         } else if (errno != EINTR) {
-            place.refuse(std::strerror(errno));
+            place.refuse(std::generic_category().message(errno));
         }
     }
 }
@@ -190,14 +190,15 @@ DescriptionFile readDescription(const std::string& path) {
     const Place place{path};
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) {
-        place.refuse(std::strerror(errno));
+        place.refuse(std::generic_category().message(errno));
     }
     if (!S_ISREG(status.st_mode)) {
-        place.refuse(S_ISDIR(status.st_mode) ? std::strerror(EISDIR) : "is not a regular file");
+        place.refuse(S_ISDIR(status.st_mode) ? std::generic_category().message(EISDIR)
+                                             : "is not a regular file");
     }
     const File file(path);
     if (file.descriptor() < 0 || fstat(file.descriptor(), &status) != 0) {
-        place.refuse(std::strerror(errno));
+        place.refuse(std::generic_category().message(errno));
     }
     return {readAll(file.descriptor(), place), {{status.st_dev, status.st_ino}}};
 }

@@ -29,7 +29,7 @@ std::optional<std::int64_t> numberIn(std::string_view text, std::int64_t lowest,
 
 std::string addressText(std::int64_t address) {
     std::array<char, 8> text{};
-    std::snprintf(text.data(), text.size(), "0x%04X", static_cast<unsigned>(address));
+    (void)std::snprintf(text.data(), text.size(), "0x%04X", static_cast<unsigned>(address));
     return text.data();
 }
 

@@ -6,10 +6,10 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -29,7 +29,7 @@ void removeAndEnd(int number) {
         unlink(temporaryName.data());
     }
     // The handler was installed for one signal, so that this one ends the program.
-    raise(number);
+    (void)raise(number);
 }
 
 class BlockedSignals {
@@ -40,11 +40,11 @@ public:
         for (const int number : endingSignals) {
             sigaddset(&signals, number);
         }
-        sigprocmask(SIG_BLOCK, &signals, &before_);
+        pthread_sigmask(SIG_BLOCK, &signals, &before_);
     }
     BlockedSignals(const BlockedSignals&) = delete;
     BlockedSignals& operator=(const BlockedSignals&) = delete;
-    ~BlockedSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
 private:
     sigset_t before_{};
@@ -65,7 +65,8 @@ void handleSignals() {
 }
 
 [[noreturn]] void fail(const std::string& path, int error) {
-    throw OutputError(std::string(path).append(": ").append(std::strerror(error)));
+    throw OutputError(
+        std::string(path).append(": ").append(std::generic_category().message(error)));
 }
 
 // The file that a symbolic link leads to. Any other path stays.

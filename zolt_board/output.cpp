@@ -17,6 +17,8 @@ namespace zolt_board {
 
 namespace {
 
+// The program asks for its surroundings before it starts threads, and does not change its
+// environment. NOLINTBEGIN(concurrency-mt-unsafe)
 std::string_view environment(const char* name) {
     const char* const value = std::getenv(name);
     return value == nullptr ? "" : value;
@@ -34,6 +36,7 @@ bool showsUtf8() {
     (void)std::setlocale(LC_CTYPE, "C");
     return isUtf8;
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 // Sequences of ECMA-48, by Part.
 constexpr std::array<std::string_view, 4> sequences{"\x1B[1m", "\x1B[36m", "\x1B[31m", "\x1B[2m"};

@@ -57,6 +57,7 @@ Arguments parseArguments(int argc, char* const argv[]) {
     // '+' stops at the command, whose options are its own. ':' tells a missing value from a wrong
     // option.
     for (int letter = 0;
+         // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads arguments.
          (letter = getopt_long(argc, argv, "+:", longOptions.data(), nullptr)) != -1;) {
         switch (letter) {
         case Letter::board:

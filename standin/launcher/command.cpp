@@ -60,7 +60,7 @@ void holdSignalsBack() {
     for (const int signal : passedOn) {
         sigaddset(&held, signal);
     }
-    sigprocmask(SIG_BLOCK, &held, nullptr);
+    pthread_sigmask(SIG_BLOCK, &held, nullptr);
 }
 
 [[noreturn]] void become(char* const* command, const Environment& additions,
@@ -78,6 +78,7 @@ void holdSignalsBack() {
         _exit(EXIT_FAILURE);
     }
     for (const auto& [name, value] : additions) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): a process after fork() has one thread.
         setenv(name.c_str(), value.c_str(), 1);
     }
     umask(inherited.umask);
@@ -131,7 +132,7 @@ void holdStandardStreams() {
 
 Inherited prepareProcess() {
     Inherited inherited{.umask = umask(S_IRWXG | S_IRWXO)};
-    sigprocmask(SIG_SETMASK, nullptr, &inherited.signals);
+    pthread_sigmask(SIG_SETMASK, nullptr, &inherited.signals);
     struct sigaction standard {};
     standard.sa_handler = SIG_DFL;
     sigaction(SIGCHLD, &standard, &inherited.children);
@@ -189,7 +190,7 @@ Ended superviseCommand(sd_event* loop, pid_t pid, const Inherited& inherited) {
     checkResult(sd_event_source_set_priority(raw, SD_EVENT_PRIORITY_NORMAL + 1),
                 "cannot watch the command");
     checkResult(sd_event_loop(loop), "the event loop failed");
-    sigprocmask(SIG_SETMASK, &inherited.signals, nullptr);
+    pthread_sigmask(SIG_SETMASK, &inherited.signals, nullptr);
     return ended;
 }
 
@@ -197,9 +198,9 @@ void endByInterrupt() {
     sigset_t interrupt;
     sigemptyset(&interrupt);
     sigaddset(&interrupt, SIGINT);
-    signal(SIGINT, SIG_DFL);
-    sigprocmask(SIG_UNBLOCK, &interrupt, nullptr);
-    raise(SIGINT);
+    (void)signal(SIGINT, SIG_DFL);
+    pthread_sigmask(SIG_UNBLOCK, &interrupt, nullptr);
+    (void)raise(SIGINT);
     _exit(128 + SIGINT);
 }
 

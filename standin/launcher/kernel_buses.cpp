@@ -14,6 +14,7 @@
 #include <string>
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
+#include <system_error>
 
 namespace standin {
 
@@ -22,7 +23,7 @@ namespace {
 constexpr const char* moduleDevice = "/dev/" BUS_MODULE_DEVICE;
 
 [[noreturn]] void refuse(const std::string& step) {
-    throw std::runtime_error(step + ": " + std::strerror(errno));
+    throw std::runtime_error(step + ": " + std::generic_category().message(errno));
 }
 
 Descriptor openModule() {

@@ -118,7 +118,8 @@ Lines registers(const std::string& board) {
         std::string bytes;
         for (const std::uint8_t byte : value) {
             std::array<char, 4> digits{};
-            std::snprintf(digits.data(), digits.size(), "%s%02X", bytes.empty() ? "" : " ", byte);
+            (void)std::snprintf(digits.data(), digits.size(), "%s%02X", bytes.empty() ? "" : " ",
+                                byte);
             bytes += digits.data();
         }
         lines.push_back(line({name, bytes}));

@@ -26,6 +26,7 @@ namespace {
 
 // The path must be absolute, because programs change directories, and short enough for a socket.
 std::string directoryPattern() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): zolt_sim does not change its own environment.
     const char* const base = std::getenv("TMPDIR");
     const bool given = base != nullptr && *base != '\0';
     std::string pattern = std::filesystem::absolute(given ? base : "/tmp") / "zolt_sim.XXXXXX";
@@ -43,7 +44,7 @@ void leaveCaller() {
     setsid();
     sigset_t all;
     sigfillset(&all);
-    sigprocmask(SIG_SETMASK, &all, nullptr);
+    pthread_sigmask(SIG_SETMASK, &all, nullptr);
     const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         dup2(nowhere, descriptor);

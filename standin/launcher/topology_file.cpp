@@ -88,7 +88,7 @@ std::vector<board::SubNode> deviceNodes(const BusCore& core, std::int32_t bus) {
     std::vector<board::SubNode> nodes;
     for (const BusCoreDevice& device : devices) {
         std::array<char, sizeof(TopologySub::name)> name{};
-        std::snprintf(name.data(), name.size(), "%u-%04x", device.bus, device.address);
+        (void)std::snprintf(name.data(), name.size(), "%u-%04x", device.bus, device.address);
         nodes.push_back({.subIndex = static_cast<std::int32_t>(device.index), .name = name.data()});
     }
     return nodes;

@@ -23,7 +23,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <string>
@@ -99,7 +98,7 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments, std::int
         startCommand(arguments.command, environment, inherited, i2c.busesInKernel());
     if (command.pid < 0) {
         std::fprintf(stderr, "zolt_sim: %s: %s\n", arguments.command[0],
-                     std::strerror(command.failure.error));
+                     std::generic_category().message(command.failure.error).c_str());
         return {.exitStatus = command.failure.exitStatus};
     }
     Ended ended = superviseCommand(loop, command.pid, inherited);

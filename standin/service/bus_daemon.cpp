@@ -89,7 +89,7 @@ std::string complaint(const std::filesystem::path& log, const std::string& faile
                          pid_t parent) {
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // The daemon prints its address to standard output, and complaint() reads its error output. The

@@ -23,7 +23,7 @@ namespace {
 std::string fromEnvironment(const char* name) {
     const char* const value = std::getenv(name);
     if (value == nullptr || access(value, R_OK) != 0) {
-        std::fprintf(stderr, "%s names no file: run this through the build\n", name);
+        (void)std::fprintf(stderr, "%s names no file: run this through the build\n", name);
         std::exit(EXIT_FAILURE);
     }
     return value;
