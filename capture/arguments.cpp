@@ -1,5 +1,7 @@
 #include "capture/arguments.h"
 
+#include "board/i2c_model.h"
+
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -11,7 +13,6 @@ namespace capture {
 
 namespace {
 
-constexpr std::uint32_t highestBus = 0x7FFFFFFF;
 constexpr std::uint32_t highestNumber = 0xFFFFFFFF;
 
 // A decimal number, or a hexadecimal one behind 0x.
@@ -28,7 +29,7 @@ std::optional<std::uint32_t> numberIn(std::string_view text, std::uint32_t highe
 }
 
 NodeProperty propertyIn(std::string_view text) {
-    constexpr std::array<std::uint32_t, 3> highest{highestBus, highestNumber, highestNumber};
+    constexpr std::array<std::uint32_t, 3> highest{board::highestBus, highestNumber, highestNumber};
     std::array<std::uint32_t, 3> numbers{};
     std::string_view rest = text;
     for (std::size_t i = 0; i < numbers.size(); ++i) {

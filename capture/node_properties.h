@@ -11,7 +11,7 @@ namespace capture {
 
 /// A property of a bus or of a device on it.
 struct NodeProperty {
-    std::uint32_t bus = 0;    ///< the N of /dev/i2c-N, at most 0x7FFFFFFF
+    std::uint32_t bus = 0;    ///< the N of /dev/i2c-N, 0 to 1048575
     std::uint32_t target = 0; ///< address of the device; 0: the bus itself
     std::uint32_t id = 0;
 

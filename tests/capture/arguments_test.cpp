@@ -44,6 +44,10 @@ TEST(Arguments, aLeadingZeroDoesNotMakeANumberOctal) {
     EXPECT_EQ(parsed({"--property", "010:0:1"}).properties.at(0).bus, 10U);
 }
 
+TEST(Arguments, takesTheHighestBusOfLinux) {
+    EXPECT_EQ(parsed({"--property", "1048575:0:1"}).properties.at(0).bus, 1048575U);
+}
+
 struct Wrong {
     std::vector<std::string> words;
     const char* reason;
@@ -76,8 +80,8 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{{"--property", "-1:2:3"}, "--property -1:2:3: is not BUS:TARGET:ID, three numbers"},
         Wrong{{"--property", "1:0x:3"}, "--property 1:0x:3: is not BUS:TARGET:ID, three numbers"},
         Wrong{{"--property", "1:50h:3"}, "--property 1:50h:3: is not BUS:TARGET:ID, three numbers"},
-        Wrong{{"--property", "0x80000000:0:0"},
-              "--property 0x80000000:0:0: is not BUS:TARGET:ID, three numbers"},
+        Wrong{{"--property", "1048576:0:0"},
+              "--property 1048576:0:0: is not BUS:TARGET:ID, three numbers"},
         Wrong{{"--property", "1:0:4294967296"},
               "--property 1:0:4294967296: is not BUS:TARGET:ID, three numbers"}));
 

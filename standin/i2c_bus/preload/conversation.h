@@ -23,9 +23,9 @@ bool isConnected(int descriptor);
 
 // Sends a request and receives its reply. The first piece of the request is a WireRequest, that of
 // the reply a WireReply. The other pieces of the reply are filled when the request succeeds.
-// `highest` is the highest result that the request can have. Returns the server's result, or -1 with
-// errno: the server's, EFAULT for pieces outside the caller's memory, EIO when the server is gone or
-// its reply is no reply to this request.
+// `highest` is the highest result that the request can have. Returns the server's result, or -1
+// with errno: the server's, EFAULT for pieces outside the caller's memory, EIO when the server is
+// gone or its reply is no reply to this request.
 int exchange(int descriptor, struct iovec* request, size_t requestPieces, struct iovec* reply,
              size_t replyPieces, uint32_t highest);
 
