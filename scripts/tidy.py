@@ -58,7 +58,7 @@ def write_joined(unit, file):
     first_lines, line = [], 1
     with file.open("w") as joined:
         for source in unit.sources:
-            text = source.read_text()
+            text = source.read_text().removesuffix("\n") + "\n"
             first_lines.append(line)
             line += text.count("\n")
             joined.write(text)
@@ -90,7 +90,7 @@ def place_like(source, directory):
 def check(unit, directory):
     """clang-tidy's findings, empty if there are none."""
     directory.mkdir()
-    file, arguments, first_lines = unit.file, [], []
+    file, arguments, first_lines = unit.file, [], [1]
     if unit.joined():
         file = place_like(unit.sources[0], directory) / unit.file.name
         first_lines = write_joined(unit, file)
