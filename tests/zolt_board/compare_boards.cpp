@@ -112,7 +112,7 @@ int main(int argc, char* argv[]) {
         }
         return checker.finish(refused);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
+        (void)std::fprintf(stderr, "%s\n", error.what());
         return 2;
     }
 }
