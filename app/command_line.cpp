@@ -9,6 +9,7 @@ CommandLine parseCommandLine(int argc, char* const argv[]) {
     CommandLine line;
     OptionArgs& arguments = line.arguments;
     optind = 0; // resets getopt, which keeps its state between calls
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the tool has one thread.
     for (int letter = 0; (letter = getopt(argc, argv, "o:p:d:i:n:t:m:f:")) != -1;) {
         const long number = letter == '?' ? 0 : std::strtol(optarg, nullptr, 10);
         const auto byte = static_cast<std::uint8_t>(number);

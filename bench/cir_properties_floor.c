@@ -9,7 +9,7 @@
 
 static void require(int result) {
     if (result < 0) {
-        exit(EXIT_FAILURE);
+        exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe): the program has one thread
     }
 }
 
@@ -135,9 +135,9 @@ static void print_cir(const struct cir* cir) {
     }
     print_hex("checksum", cir->number[CHECKSUM]);
     printf("\n");
-    fflush(stdout);
+    (void)fflush(stdout);
     printf("\n");
-    fflush(stdout);
+    (void)fflush(stdout);
 }
 
 static int compare(const void* left, const void* right) {
@@ -173,7 +173,7 @@ int main(void) {
     for (size_t i = 0; i < count; ++i) {
         struct cir cir = {0};
         printf("%s\n", paths[i]);
-        fflush(stdout); /* shows the object before the wait for its properties */
+        (void)fflush(stdout); /* shows the object before the wait for its properties */
         read_cir(bus, paths[i], &cir);
         print_cir(&cir);
     }

@@ -113,8 +113,8 @@ int main(int argc, char* argv[]) {
     const bool hasStandardOutput = zolt::isOpen(STDOUT_FILENO);
     zolt::holdStandardStreams();
     // A write that fails is reported, and removes the temporary file.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGXFSZ, SIG_IGN);
     try {
         const Arguments arguments = parseArguments(argc, argv);
         if (arguments.help || arguments.version) {

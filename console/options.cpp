@@ -59,6 +59,7 @@ OptionReader::OptionReader(int argc, char* const argv[], std::vector<OptionForm>
 OptionReader::~OptionReader() = default;
 
 std::optional<std::size_t> OptionReader::next() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads arguments.
     const int answer = getopt_long(argc_, argv_, letters_.c_str(), names_.data(), nullptr);
     if (answer == -1) {
         return std::nullopt;

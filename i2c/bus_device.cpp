@@ -20,7 +20,7 @@ constexpr std::uint16_t controlFlag = 0x0080; // defined by the platform's drive
 constexpr std::uint16_t controlAddress = 0;
 
 std::string_view errorText() {
-    return std::strerror(errno);
+    return std::strerror(errno); // NOLINT(concurrency-mt-unsafe): the tool has one thread
 }
 
 } // namespace

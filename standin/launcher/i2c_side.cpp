@@ -99,7 +99,6 @@ std::uint64_t nodeCount(const BusCore& core) {
 
 // The caller's value of an environment variable; empty when it is not set.
 std::string inherited(const char* variable) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): zolt_sim does not change its own environment.
     const char* const value = std::getenv(variable);
     return value == nullptr || *value == '\0' ? std::string() : std::string(value);
 }

@@ -26,7 +26,6 @@ namespace {
 
 // The path must be absolute, because programs change directories, and short enough for a socket.
 std::string directoryPattern() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): zolt_sim does not change its own environment.
     const char* const base = std::getenv("TMPDIR");
     const bool given = base != nullptr && *base != '\0';
     std::string pattern = std::filesystem::absolute(given ? base : "/tmp") / "zolt_sim.XXXXXX";

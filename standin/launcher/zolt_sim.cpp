@@ -67,7 +67,7 @@ void add(Environment& environment, const Environment& more) {
 // stand-in.
 void tellLosses(const std::vector<std::string>& losses, Ended& ended) {
     for (const std::string& loss : losses) {
-        std::fprintf(stderr, "zolt_sim: %s\n", loss.c_str());
+        (void)std::fprintf(stderr, "zolt_sim: %s\n", loss.c_str());
     }
     if (!losses.empty() && ended.exitStatus == EXIT_SUCCESS) {
         ended.exitStatus = exitOwnFailure;
@@ -97,8 +97,8 @@ Ended runOnBoard(const board::Board& board, const Arguments& arguments, std::int
     const Started command =
         startCommand(arguments.command, environment, inherited, i2c.busesInKernel());
     if (command.pid < 0) {
-        std::fprintf(stderr, "zolt_sim: %s: %s\n", arguments.command[0],
-                     std::generic_category().message(command.failure.error).c_str());
+        (void)std::fprintf(stderr, "zolt_sim: %s: %s\n", arguments.command[0],
+                           std::generic_category().message(command.failure.error).c_str());
         return {.exitStatus = command.failure.exitStatus};
     }
     Ended ended = superviseCommand(loop, command.pid, inherited);
@@ -119,7 +119,7 @@ int checkBoards(char* const* boards) {
     int status = EXIT_SUCCESS;
     for (; *boards != nullptr; ++boards) {
         for (const std::string& error : errorsOf(*boards)) {
-            std::fprintf(stderr, "zolt_sim: %s\n", error.c_str());
+            (void)std::fprintf(stderr, "zolt_sim: %s\n", error.c_str());
             status = exitWrongInput;
         }
     }
@@ -182,13 +182,13 @@ int main(int argc, char* argv[]) {
     try {
         return run(argc, argv, start);
     } catch (const ArgumentsError& error) {
-        std::fprintf(stderr, "zolt_sim: %s\n'zolt_sim --help' tells more.\n", error.what());
+        (void)std::fprintf(stderr, "zolt_sim: %s\n'zolt_sim --help' tells more.\n", error.what());
         return exitWrongInput;
     } catch (const board::BoardError& error) {
-        std::fprintf(stderr, "zolt_sim: %s\n", error.what());
+        (void)std::fprintf(stderr, "zolt_sim: %s\n", error.what());
         return exitWrongInput;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "zolt_sim: %s\n", error.what());
+        (void)std::fprintf(stderr, "zolt_sim: %s\n", error.what());
         return exitOwnFailure;
     }
 }

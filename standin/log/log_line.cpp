@@ -53,9 +53,9 @@ std::int64_t monotonicTime() {
 std::string timeText(std::int64_t start, std::int64_t now) {
     const std::int64_t passed = now - start;
     std::array<char, 48> text;
-    std::snprintf(text.data(), text.size(), "%06lld.%06lld",
-                  static_cast<long long>(passed / microsecondsOfSecond),
-                  static_cast<long long>(passed % microsecondsOfSecond));
+    (void)std::snprintf(text.data(), text.size(), "%06lld.%06lld",
+                        static_cast<long long>(passed / microsecondsOfSecond),
+                        static_cast<long long>(passed % microsecondsOfSecond));
     return text.data();
 }
 

@@ -144,7 +144,8 @@ void Call::throwIfOrdered() const {
     if (fails("exception")) {
         const std::runtime_error error("the board is gone");
         logException(error.what());
-        throw error; // NOLINT(misc-throw-by-value-catch-by-reference): logged before
+        throw error; // NOLINT(*-throw-by-value-catch-by-reference,cert-err09-cpp,cert-err61-cpp):
+                     // logged before
     }
 }
 

@@ -62,7 +62,7 @@ TEST_F(LogLine, keepsASignalThatWaitedBefore) {
     sigemptyset(&pipe);
     sigaddset(&pipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &pipe, &before);
-    raise(SIGPIPE);
+    (void)raise(SIGPIPE);
     EXPECT_EQ(writeLine(pipe_[1], "x"), 0);
     constexpr timespec noWait{};
     EXPECT_EQ(sigtimedwait(&pipe, nullptr, &noWait), SIGPIPE);

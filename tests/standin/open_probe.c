@@ -48,7 +48,7 @@ static void tellStream(const char* name, FILE* stream) {
     }
     tell(name, copy);
     if (stream != NULL) {
-        fclose(stream);
+        (void)fclose(stream);
     }
 }
 

@@ -16,8 +16,6 @@
 enum { HIGHEST_ERRNO = 4095 }; // as in the kernel
 
 static bool serverAddress(struct sockaddr_un* address) {
-    // A program that changes its environment in one thread must not use buses in another.
-    // NOLINTNEXTLINE(concurrency-mt-unsafe)
     const char* const path = getenv(WIRE_ENVIRONMENT);
     const size_t length = path == NULL ? 0 : strlen(path);
     *address = (struct sockaddr_un){.sun_family = AF_UNIX};

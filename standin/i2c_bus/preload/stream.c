@@ -22,7 +22,7 @@ static int openBus(long bus, const char* mode) {
 
 static FILE* withoutRealBus(FILE* stream) {
     if (stream != NULL && isRealBus(fileno(stream))) {
-        fclose(stream);
+        (void)fclose(stream);
         errno = ENOENT;
         return NULL;
     }
@@ -51,7 +51,7 @@ static FILE* reopenStream(const char* path, const char* mode, FILE* stream, Freo
     const int descriptor = openBus(bus, mode);
     if (descriptor < 0) {
         const int error = errno;
-        fclose(stream);
+        (void)fclose(stream);
         errno = error;
         return NULL;
     }
