@@ -28,7 +28,7 @@ bool readFile(const char* path, std::vector<std::uint8_t>& bytes) {
 int main(int argc, char* argv[]) {
     std::vector<std::uint8_t> bytes;
     if (argc != 2 || !readFile(argv[1], bytes)) {
-        std::fprintf(stderr, "usage: hex_dump_bench FILE\n");
+        (void)std::fprintf(stderr, "usage: hex_dump_bench FILE\n");
         return EXIT_FAILURE;
     }
     zolt::printHexDump(0, bytes, static_cast<std::uint32_t>(bytes.size()));

@@ -35,7 +35,7 @@ int run(const Arguments& arguments) {
 int main(int argc, char* argv[]) {
     const bool hasStandardOutput = zolt::isOpen(STDOUT_FILENO);
     zolt::holdStandardStreams();
-    std::signal(SIGXFSZ, SIG_IGN); // the write fails instead, and is told
+    (void)std::signal(SIGXFSZ, SIG_IGN); // the write fails instead, and is told
     try {
         const Arguments arguments = parseArguments(argc, argv);
         if (!hasStandardOutput) {

@@ -76,7 +76,7 @@ int main(int argc, char* argv[]) {
             std::printf("device_type %s\n", zolt::deviceTypeName(code).c_str());
         }
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
+        (void)std::fprintf(stderr, "%s\n", error.what());
         return 1;
     }
 }

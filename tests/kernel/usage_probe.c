@@ -43,7 +43,7 @@ int main(int argc, char* argv[]) {
     if (events < 0 || read(events, &instructions, sizeof(instructions)) != sizeof(instructions)) {
         instructions = 0;
     }
-    fprintf(stderr, "usage: %ld %ld %llu\n", usage.ru_maxrss, usage.ru_minflt + usage.ru_majflt,
-            (unsigned long long)instructions);
+    (void)fprintf(stderr, "usage: %ld %ld %llu\n", usage.ru_maxrss,
+                  usage.ru_minflt + usage.ru_majflt, (unsigned long long)instructions);
     return WEXITSTATUS(status);
 }
