@@ -28,7 +28,7 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
     )
     # The tool on a real kernel, in a virtual machine.
     kernel_packages=(g++-aarch64-linux-gnu make qemu-system-arm cpio python3)
-    bench_packages=("${build_packages[@]}" python3 valgrind xxd bsdextrautils)
+    bench_packages=("${build_packages[@]}" python3 time valgrind xxd bsdextrautils)
 }
 
 say() {
