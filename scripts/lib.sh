@@ -31,6 +31,22 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
     bench_packages=("${build_packages[@]}" python3 time valgrind xxd bsdextrautils)
 }
 
+# Options of the builds for tests: sources are joined, and errors have line numbers. Clang leaves the
+# sanitizers' symbols in a library undefined, because the program defines them.
+# shellcheck disable=SC2034 # each script picks its own
+{
+    joined=(-Dstandin=enabled -Dtests=enabled -Dunity=on -Dunity_size=20)
+    line_numbers=(-Dc_args=-g1 -Dcpp_args=-g1)
+    sanitized=("${joined[@]}" "-Db_sanitize=address,undefined" -Db_lundef=false -Dfuzzers=true
+        -Doptimization=1 -Ddebug=false "${line_numbers[@]}")
+}
+
+# Lets the sanitizers end a program at the first error.
+end_at_errors() {
+    export ASAN_OPTIONS=halt_on_error=1:abort_on_error=1:detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1
+    export UBSAN_OPTIONS=halt_on_error=1:abort_on_error=1:print_stacktrace=1
+}
+
 say() {
     printf '%s: %s\n' "${0##*/}" "$*" >&2
 }

@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
 """Runs clang-tidy on every source of builds that are configured with -Dunity=on: tidy.py BUILD...
 
+Standard input names the sources of the tree, each with a zero byte behind. The builds must have all of
+them.
+
 Such a build compiles files that include the sources of a library. clang-tidy checks less in included
 files: it does not analyze their functions, nor does it look for unused declarations. This program
 therefore writes the sources of a library one after the other into one file, checks that file, and names
 the places of the findings in the sources. This takes a third of the time of checking each source alone,
 because the headers are read once for each library.
 
-The exit status is 1 if there is a finding, or if clang-tidy could not work.
+The exit status is 1 if there is a finding, if a source is missing, or if clang-tidy could not work.
 """
 
 import bisect
@@ -51,6 +54,12 @@ def units(builds):
             covered.update(unit.sources)
             chosen.append(unit)
     return chosen
+
+
+def not_in(units, names):
+    """The names of sources that no unit has."""
+    covered = {source for unit in units for source in unit.sources}
+    return [name for name in names if pathlib.Path(name).resolve() not in covered]
 
 
 def write_joined(unit, file):
@@ -111,9 +120,12 @@ def main():
         sys.exit(__doc__)
     os.chdir(pathlib.Path(__file__).resolve().parent.parent)
     chosen = units(sys.argv[1:])
+    missing = not_in(chosen, sys.stdin.read().rstrip("\0").split("\0"))
+    for name in missing:
+        print(f"{name}: no build has this source")
     # The units that take longest come first, so that no processor waits for one at the end.
     chosen.sort(key=lambda unit: sum(source.stat().st_size for source in unit.sources), reverse=True)
-    failed = False
+    failed = bool(missing)
     with tempfile.TemporaryDirectory() as scratch, \
             concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as workers:
         directories = [pathlib.Path(scratch, str(number)) for number in range(len(chosen))]

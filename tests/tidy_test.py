@@ -89,6 +89,11 @@ class Tidy(unittest.TestCase):
         self.write("part/.clang-tidy", "InheritParentConfig: true\nChecks: '-readability-else-after-return'\n")
         self.assertEqual(self.findings(LATE_ELSE, CLEAN.format(name="second"), LATE_ELSE), [])
 
+    def test_source_that_no_build_has(self):
+        self.findings(CLEAN.format(name="first"), CLEAN.format(name="second"), CLEAN.format(name="alone"))
+        names = ["part/first.cpp", "part/forgotten.cpp", "part/alone.cpp"]
+        self.assertEqual(tidy.not_in(tidy.units(["build"]), names), ["part/forgotten.cpp"])
+
     def test_source_that_does_not_compile(self):
         found = self.findings("no C++", CLEAN.format(name="second"), CLEAN.format(name="alone"))
         self.assertEqual(found[0], "part/first.cpp:1:1: error: unknown type name 'no' [clang-diagnostic-error]")

@@ -100,8 +100,8 @@ class UnitTests:
 
     def files(self):
         # Each job has its own directory of results. The tests write none.
-        script = b"exec ${0%/*}/tests --gtest_brief=1\n"
-        return {"run": b"chmod +x ${0%/*}/tests\n" + script, "tests": self._program.read_bytes()}
+        script = b"chmod +x ${0%/*}/tests\nexec ${0%/*}/tests --gtest_brief=1\n"
+        return {"run": script, "tests": self._program.read_bytes()}
 
     def problems(self, results):
         printed = results.get("stdout", b"").decode(errors="replace")

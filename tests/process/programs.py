@@ -70,7 +70,6 @@ SANITIZED = os.environ["SANITIZERS"] != "none"
 TIMEOUT_SECONDS = 60
 
 
-
 def not_emulated(reason):
     """Skips a test, or each test of a class, when an emulator runs the programs."""
     return unittest.skipIf(EMULATED, f"emulated: {reason}")
