@@ -1,8 +1,11 @@
 #include "app/command_line.h"
 
+#include "tests/support/argument_vector.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zolt {
@@ -10,13 +13,7 @@ namespace {
 
 CommandLine parse(std::vector<std::string> words) {
     words.insert(words.begin(), "zolt_test");
-    std::vector<char*> argv;
-    argv.reserve(words.size() + 1);
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
-    return parseCommandLine(static_cast<int>(words.size()), argv.data());
+    return test::withArguments(std::move(words), parseCommandLine);
 }
 
 // Every field, in the order of the letters o p d m f i n t.

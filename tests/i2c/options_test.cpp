@@ -4,12 +4,14 @@
 #include "app/one_shot.h"
 #include "platform/sysinfo.h"
 #include "tests/i2c/device_type_menu.h"
+#include "tests/support/argument_vector.h"
 #include "tests/support/bus_devices.h"
 #include "tests/support/console.h"
 #include "tests/support/platform.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace zolt::test {
 
@@ -28,15 +30,8 @@ protected:
 
     static std::string oneShot(std::vector<std::string> words, std::string_view input = "") {
         words.insert(words.begin(), "zolt_test");
-        std::vector<char*> argv;
-        argv.reserve(words.size() + 1);
-        for (std::string& word : words) {
-            argv.push_back(word.data());
-        }
-        argv.push_back(nullptr);
-        return outputOf(
-            [&] { runOneShot(parseCommandLine(static_cast<int>(words.size()), argv.data())); },
-            input);
+        return outputOf([&] { runOneShot(withArguments(std::move(words), parseCommandLine)); },
+                        input);
     }
     static std::string interactive(std::uint8_t option, std::string_view input = "") {
         return outputOf([=] { runOption({.option = option}); }, input);

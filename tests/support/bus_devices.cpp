@@ -1,6 +1,7 @@
 #include "tests/support/bus_devices.h"
 
 #include "tests/support/console.h"
+#include "tests/support/wrapped_calls.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +15,6 @@
 #include <linux/i2c.h>
 #include <set>
 #include <sstream>
-#include <string_view>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -141,25 +141,14 @@ Bytes controlRecord(const std::map<std::size_t, std::string>& fields) {
 
 } // namespace zolt::test
 
-int __wrap_open(const char* path, int flags, ...) {
-    if (std::string_view(path).starts_with("/dev/i2c-")) {
-        return zolt::test::openDevice(path, flags);
-    }
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return __real_open(path, flags, mode);
+static int openAs(const char* /*name*/, const char* path, int flags, mode_t mode) {
+    return zolt::test::isBus(path) ? zolt::test::openDevice(path, flags)
+                                   : __real_open(path, flags, mode);
 }
 
+WRAP_OPEN(__wrap_open, openAs)
 // Code that is compiled for 64-bit file offsets calls open by this name.
-int __wrap_open64(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return __wrap_open(path, flags, mode);
-}
+WRAP_OPEN(__wrap_open64, openAs)
 
 int __wrap_ioctl(int descriptor, unsigned long request, ...) {
     va_list arguments;

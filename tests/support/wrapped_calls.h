@@ -1,4 +1,4 @@
-// For preload libraries that wrap calls of the tool.
+// For code that wraps calls of the tool: preload libraries, and programs linked with --wrap.
 #pragma once
 
 #include <cstdarg>

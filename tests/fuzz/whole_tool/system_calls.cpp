@@ -1,5 +1,6 @@
 // The console and the I2C devices. The linker's --wrap sends the tool's system calls here.
 #include "tests/fuzz/whole_tool/session.h"
+#include "tests/support/wrapped_calls.h"
 
 #include <array>
 #include <cerrno>
@@ -130,26 +131,17 @@ TypedInput::~TypedInput() {
 
 } // namespace zolt::fuzz
 
-int __wrap_open(const char* path, int flags, ...) {
+static int openAs(const char* /*name*/, const char* path, int flags, mode_t mode) {
     if (zolt::fuzz::session != nullptr) {
-        zolt::fuzz::require(std::string_view(path).starts_with("/dev/i2c-") && flags == O_RDWR);
+        zolt::fuzz::require(zolt::test::isBus(path) && flags == O_RDWR);
         return zolt::fuzz::openBus();
     }
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
     return __real_open(path, flags, mode);
 }
 
+WRAP_OPEN(__wrap_open, openAs)
 // Code that is compiled for 64-bit file offsets calls open by this name.
-int __wrap_open64(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return __wrap_open(path, flags, mode);
-}
+WRAP_OPEN(__wrap_open64, openAs)
 
 int __wrap_ioctl(int descriptor, unsigned long request, ...) {
     va_list arguments;
