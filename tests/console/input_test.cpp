@@ -89,5 +89,25 @@ TEST(Reading, leavesTheRestOfTheLineToTheNextRead) {
     EXPECT_EQ(third, Reading::notANumber);
 }
 
+// The character behind a number stays unread, so that the next read meets it.
+template <typename Answer, typename Reader>
+Reading secondReading(Reader read) {
+    Answer answer = 0;
+    auto second = Reading::number;
+    (void)outputOf(
+        [&] {
+            EXPECT_EQ(read(answer), Reading::number);
+            second = read(answer);
+        },
+        "5X");
+    return second;
+}
+
+TEST(Reading, endsBehindTheNumber) {
+    EXPECT_EQ(secondReading<std::int8_t>(readByte), Reading::notANumber);
+    EXPECT_EQ(secondReading<int>(readDecimal), Reading::notANumber);
+    EXPECT_EQ(secondReading<unsigned>(readHexadecimal), Reading::notANumber);
+}
+
 } // namespace
 } // namespace zolt

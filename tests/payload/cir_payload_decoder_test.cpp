@@ -22,7 +22,7 @@ std::string decoded(const Bytes& payload) {
 // between them are set.
 const Bytes cardHeader{0x01, 0x11, 0x04, 0xFF, 0x12, 0x34, 0x00,
                        0x0A, 0x07, 0xFF, 0x5B, 0x42, 0xA3};
-const Bytes directEndPoint{0x3B, 0x95, 0x7A, 0x8C, 0xDB, 0x2E};
+const Bytes directEndPoint{0x3B, 0x95, 0x7A, 0x9C, 0xDB, 0x2E};
 const Bytes indirectEndPoint{0xF4, 0x3F, 0xF0, 0x9D, 0x6F, 0xFF};
 const Bytes cardEnd{0, 0, 0, 0, 0, 0, 200};
 const Bytes card = joined({cardHeader, directEndPoint, indirectEndPoint, cardEnd});
@@ -48,7 +48,7 @@ const std::string directEndPointText = "PICPWR_INDEX                  = 3\n"
                                        "EP_LANE_WIDTH                 = 3\n"
                                        "I2C_MUX_DCH                   = 10\n"
                                        "USB_HUB_PRES                  = 1\n"
-                                       "USB_HUB_DCH                   = 8\n"
+                                       "USB_HUB_DCH                   = 9\n"
                                        "EP_USB_SOURCE                 = 12\n"
                                        "DSL_INDEX_LOWER               = 5\n"
                                        "DSL_LANE_OFFSET_LOWER         = 3\n"
