@@ -13,7 +13,6 @@ No command and no kill may leave a process, or anything in the directory for tem
 
 import argparse
 import contextlib
-import ctypes
 import os
 import pathlib
 import random
@@ -24,18 +23,21 @@ import sys
 import tempfile
 import time
 
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+
+from orphans import adopt_orphans  # noqa: E402
+
 # Every option, with the answers to its questions. A pass leaves the board as it was: option 10 removes the
 # device of option 9, and option 14 writes the value that the demo board has.
 PASS = b"".join(answer + b"\n" for option in (
-    b"1 0", b"2 8 1 2 3", b"3 8 1 2 3", b"4 1 2 3", b"5 15", b"6 0", b"7 24", b"8 24", b"9 13 0 0 51", b"10 13 51", b"11", b"12 4",
-    b"13 3 1 40", b"14 46 3 0 40 1 12", b"15 5",
+    b"1 0", b"2 8 1 2 3", b"3 8 1 2 3", b"4 1 2 3", b"5 15", b"6 0", b"7 24", b"8 24", b"9 13 0 0 51",
+    b"10 13 51", b"11", b"12 4", b"13 3 1 40", b"14 46 3 0 40 1 12", b"15 5",
 ) for answer in option.split())
 END = b"100\n"
 PATIENCE = 30  # seconds
 WARM_UP = 1000 # passes after which nothing may grow
 NOISE = 16     # KiB: a stack may get deeper once; a byte lost in each of 100,000 passes is 97 KiB
 BLOCKS = 100   # of passes that are measured together
-PR_SET_CHILD_SUBREAPER = 36
 
 
 class Wrong(Exception):
@@ -77,11 +79,6 @@ class Surroundings:
         while left := self.leftovers():
             require(time.monotonic() < end, f"left behind: {left}")
             time.sleep(0.002)
-
-
-def take_orphans():
-    """Makes this process the parent of every process below it whose parent ends."""
-    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
 
 def name_of(pid):
@@ -215,7 +212,7 @@ def main():
     parser.add_argument("--kills", type=int, default=1_000)
     parser.add_argument("--seed", type=int, default=1, help="decides which process is killed when")
     arguments = parser.parse_args()
-    take_orphans()
+    adopt_orphans()
     runs = ((passes, arguments.passes), (commands, arguments.commands),
             (lambda around, count: kills(around, count, random.Random(arguments.seed)), arguments.kills))
     with tempfile.TemporaryDirectory() as scratch:

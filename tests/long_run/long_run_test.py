@@ -16,6 +16,7 @@ sys.path += [str(TESTS / "support"), str(TESTS / "process"), str(TESTS / "long_r
 
 import long_run  # noqa: E402
 import tap  # noqa: E402
+from orphans import adopt_orphans  # noqa: E402
 from programs import SANITIZED, not_emulated  # noqa: E402
 
 # Stands in for zolt_sim: leaves out its own words and runs the command. Some lines go in front of that.
@@ -47,7 +48,7 @@ for number in range(1, 1_000_000):
 @unittest.skipIf(SANITIZED, "a sanitizer keeps memory that was given back")
 class LongRun(unittest.TestCase):
     def setUp(self):
-        long_run.take_orphans()
+        adopt_orphans()
         scratch = tempfile.TemporaryDirectory()
         self.addCleanup(scratch.cleanup)
         self.programs = tempfile.TemporaryDirectory()

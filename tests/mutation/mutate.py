@@ -29,9 +29,12 @@ import signal
 import sys
 import time
 
-from compiled_tree import CompiledTree, Failed
-from mutants import mutants_of
-from suites import adopt_orphans, end_with_parent, passes, read_suites
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "support"))
+
+from compiled_tree import CompiledTree, Failed  # noqa: E402
+from mutants import mutants_of  # noqa: E402
+from orphans import adopt_orphans  # noqa: E402
+from suites import end_with_parent, passes, read_suites  # noqa: E402
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 # The dialogues that show most of a folder.

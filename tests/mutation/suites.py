@@ -19,7 +19,6 @@ GIB = 1 << 30
 PROCESSOR_SECONDS = 60  # of one process: an endless one ends then
 FAILED = re.compile(rb"^not ok\b", re.MULTILINE)
 PR_SET_PDEATHSIG = 1
-PR_SET_CHILD_SUBREAPER = 36
 
 
 @dataclasses.dataclass
@@ -30,11 +29,6 @@ class Suite:
     protocol: str
     program: str  # the one that it tests
     seconds: float = 0  # that it took without a mutant
-
-
-def adopt_orphans():
-    """Makes this process the parent of processes whose own one has ended."""
-    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
 
 def end_with_parent():
