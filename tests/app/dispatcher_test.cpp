@@ -56,6 +56,16 @@ TEST_F(Dispatcher, answeredIdIsAnUnsignedByte) {
     EXPECT_TRUE(platform().calls.empty()); // there is no slot 255
 }
 
+TEST_F(Dispatcher, whoTypesTheIdAlsoChoosesTheDisplay) {
+    platform().named["PICPWR_42_DSTAT"] = {1};
+    platform().named["PICPWR_42_PAYLOAD_OFFSET"] = {0, 0};
+    platform().hal["PICPWR_PAYLOADS"].content = test::Bytes(376);
+    const std::string absent = "OEM area is not present for this PICPWR\n\n\n";
+    EXPECT_EQ(run({.option = 3, .picpwrId = 42, .format = 2}, "3\n"), absent);
+    EXPECT_EQ(run({.option = 3, .format = 2}, "42\n3\n"),
+              "Enter the PICPWR ID:1 : Raw Dump\n2 : Human Readable\n3 : Go Back\n" + absent);
+}
+
 struct Asking {
     OptionArgs given;
     std::string prompt;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <limits>
+#include <span>
 
 namespace zolt::test {
 
@@ -46,12 +47,15 @@ TEST_F(BusDeviceTest, ThePaddingOfARequestIsZeroWhateverTheStackHeld) {
     const BusControlRecord record(BusCommand::getProperty);
     const BusDevice device("/dev/i2c-3");
     std::array<std::uint8_t, 4> reply;
+    const std::span<std::uint8_t> room(reply);
+    const int descriptor = device.descriptor();
     const auto spoilStack = [] {
         std::array<volatile std::uint8_t, 4096> bytes;
         std::ranges::fill(bytes, std::uint8_t{0xA5});
     };
     spoilStack();
-    EXPECT_EQ(sendControl(device.descriptor(), record, reply), 2);
+    const int result = sendControl(descriptor, record, room); // the next call after spoilStack()
+    EXPECT_EQ(result, 2);
 }
 
 TEST_F(BusDeviceTest, ADeviceIsClosedWithItsObject) {

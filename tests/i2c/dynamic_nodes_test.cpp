@@ -62,6 +62,13 @@ TEST_F(DynamicNodes, ARefusedQueryIsPrinted) {
               "Status is -1 (No data available)\n");
 }
 
+TEST_F(DynamicNodes, AnIoctlThatReturnsZeroIsNoRefusal) {
+    busDevices().answers = {{.reply = bytesOf("78 56 34 F2"), .result = 0}};
+    const BusDevice bus("/dev/i2c-5");
+    EXPECT_EQ(outputOf([&] { EXPECT_EQ(queryNodeProperty(8, bus.descriptor(), 0), 0xF2345678); }),
+              "");
+}
+
 TEST_F(DynamicNodes, AnIndexNodeGetsThePropertiesOfItsParent) {
     answerQueries("11 22 33 44", "55 66 77 88");
     busDevices().answers.push_back({.reply = bytesOf("07 00 00 00 14 00 00 00")});
