@@ -6,6 +6,7 @@
 
 #include "board/board_loader.h"
 #include "tests/board/random_modules.h"
+#include "tests/support/emulation.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +33,7 @@ Slot written(const ModulePayload& payload, const std::optional<OemArea>& area) {
 
 TEST(ModuleCodec, decodesEveryPayloadThatItEncodes) {
     Dice dice(1);
-    for (int run = 0; run < 2000; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(2000); ++run) {
         const Bytes bytes = encode(randomPayload(dice));
         const auto payload = decodePayload(bytes);
         ASSERT_TRUE(payload) << testing::PrintToString(bytes);
@@ -42,7 +43,7 @@ TEST(ModuleCodec, decodesEveryPayloadThatItEncodes) {
 
 TEST(ModuleCodec, decodesEveryAreaThatItEncodes) {
     Dice dice(2);
-    for (int run = 0; run < 2000; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(2000); ++run) {
         const Bytes bytes = encode(randomArea(dice));
         const auto area = decodeOemArea(bytes);
         ASSERT_TRUE(area) << testing::PrintToString(bytes);
@@ -53,7 +54,7 @@ TEST(ModuleCodec, decodesEveryAreaThatItEncodes) {
 TEST(ModuleCodec, decodedBytesAreTheSameBytesAgain) {
     Dice dice(3);
     unsigned decoded = 0;
-    for (int run = 0; run < 20'000; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(20'000); ++run) {
         Bytes bytes = encode(randomPayload(dice));
         dice.damage(bytes);
         bytes.resize(dice.oneIn(4) ? dice.draw(0, 247) : bytes.size());
@@ -69,12 +70,12 @@ TEST(ModuleCodec, decodedBytesAreTheSameBytesAgain) {
             ASSERT_EQ(encode(*oem), area);
         }
     }
-    EXPECT_GT(decoded, 10'000U);
+    EXPECT_GT(decoded, zolt::test::randomCases(10'000));
 }
 
 TEST(ModuleCodec, writtenModulesHaveTheirBytes) {
     Dice dice(4);
-    for (int run = 0; run < 300; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(300); ++run) {
         Bytes bytes = encode(randomPayload(dice));
         Bytes area = encode(randomArea(dice));
         if (dice.oneIn(2)) {
@@ -136,7 +137,7 @@ TEST(ModuleCodec, areasThatAreNoListOfDescriptorsStayBytes) {
 
 TEST(RiserMapCodec, decodesEveryMappingThatItEncodes) {
     Dice dice(5);
-    for (int run = 0; run < 1000; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(1000); ++run) {
         const Bytes blob = blobOf(randomMap(dice));
         const auto map = decodeRiserMap(blob);
         ASSERT_TRUE(map);
@@ -147,7 +148,7 @@ TEST(RiserMapCodec, decodesEveryMappingThatItEncodes) {
 TEST(RiserMapCodec, decodedBytesAreTheSameBytesAgain) {
     Dice dice(6);
     unsigned decoded = 0;
-    for (int run = 0; run < 5000; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(5000); ++run) {
         Bytes blob = blobOf(randomMap(dice));
         dice.damage(blob);
         if (const auto map = decodeRiserMap(blob)) {
@@ -155,12 +156,12 @@ TEST(RiserMapCodec, decodedBytesAreTheSameBytesAgain) {
             ASSERT_EQ(blobOf(*map), blob);
         }
     }
-    EXPECT_GT(decoded, 100U);
+    EXPECT_GT(decoded, zolt::test::randomCases(100));
 }
 
 TEST(RiserMapCodec, writtenMappingsHaveTheirBytes) {
     Dice dice(7);
-    for (int run = 0; run < 200; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(200); ++run) {
         const Bytes blob = blobOf(randomMap(dice));
         DocumentTable root;
         ASSERT_TRUE(writeRiserMap(decodeRiserMap(blob).value(), root.table("riser_map")));

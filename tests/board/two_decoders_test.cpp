@@ -10,6 +10,7 @@
 #include "payload/riser_slot_map_decoder.h"
 #include "tests/board/random_modules.h"
 #include "tests/support/console.h"
+#include "tests/support/emulation.h"
 
 #include <gtest/gtest.h>
 
@@ -378,7 +379,7 @@ Bytes variantOf(Bytes bytes, std::size_t longest, test::Dice& dice) {
 
 using Decode = void (*)(Record bytes, zolt::TakeField take);
 
-void compare(const char* what, int run, const Bytes& bytes, Decode decode,
+void compare(const char* what, unsigned run, const Bytes& bytes, Decode decode,
              std::string (*list)(Record)) {
     const std::string tool = zolt::test::outputOf([&] { decode(bytes, zolt::printField); });
     ASSERT_EQ(tool, list(bytes)) << what << " " << run << ": " << hexText(bytes);
@@ -386,7 +387,8 @@ void compare(const char* what, int run, const Bytes& bytes, Decode decode,
 
 TEST(TwoDecoders, payloads) {
     test::Dice dice(11);
-    for (int run = 0; run < 3'000 && !testing::Test::HasFatalFailure(); ++run) {
+    for (unsigned run = 0;
+         run < zolt::test::randomCases(3'000) && !testing::Test::HasFatalFailure(); ++run) {
         const Bytes bytes = variantOf(encode(test::randomPayload(dice)), 260, dice);
         compare("payload", run, bytes, zolt::decodeCirPayload, listPayload);
     }
@@ -395,7 +397,7 @@ TEST(TwoDecoders, payloads) {
 // Whole payloads: the module that a description shows has the end points that the tool lists.
 TEST(TwoDecoders, endPointsOfWholePayloads) {
     test::Dice dice(12);
-    for (int run = 0; run < 600; ++run) {
+    for (unsigned run = 0; run < zolt::test::randomCases(600); ++run) {
         const Bytes bytes = encode(test::randomPayload(dice));
         const auto payload = decodePayload(bytes);
         ASSERT_TRUE(payload) << run << ": " << hexText(bytes);
@@ -412,7 +414,8 @@ TEST(TwoDecoders, endPointsOfWholePayloads) {
 
 TEST(TwoDecoders, oemAreas) {
     test::Dice dice(13);
-    for (int run = 0; run < 2'000 && !testing::Test::HasFatalFailure(); ++run) {
+    for (unsigned run = 0;
+         run < zolt::test::randomCases(2'000) && !testing::Test::HasFatalFailure(); ++run) {
         const Bytes bytes = variantOf(encode(test::randomArea(dice)), 255, dice);
         if (!bytes.empty()) { // the tool decodes no empty area
             compare("OEM area", run, bytes, zolt::decodeOemArea, listOemArea);
@@ -422,7 +425,8 @@ TEST(TwoDecoders, oemAreas) {
 
 TEST(TwoDecoders, riserMaps) {
     test::Dice dice(14);
-    for (int run = 0; run < 1'000 && !testing::Test::HasFatalFailure(); ++run) {
+    for (unsigned run = 0;
+         run < zolt::test::randomCases(1'000) && !testing::Test::HasFatalFailure(); ++run) {
         const Bytes bytes = variantOf(test::blobOf(test::randomMap(dice)), 1100, dice);
         compare("riser map", run, bytes, zolt::decodeRiserSlotMap, listRiserMap);
     }

@@ -4,6 +4,7 @@
 #include "board/board_loader.h"
 #include "board/cpld_map.h"
 #include "tests/capture/observed_board.h"
+#include "tests/support/emulation.h"
 
 #include <gtest/gtest.h>
 
@@ -418,7 +419,7 @@ board::Board randomBoard(unsigned seed) {
 }
 
 TEST(Describe, randomBoardsShowTheSameReads) {
-    for (unsigned seed = 1; seed <= 40 && !HasFailure(); ++seed) {
+    for (unsigned seed = 1; seed <= zolt::test::randomCases(40) && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
         expectSameReads(randomBoard(seed));
     }

@@ -4,6 +4,7 @@
 #include "capture/text_mask.h"
 #include "payload/riser_slot_map.h"
 #include "tests/support/console.h"
+#include "tests/support/emulation.h"
 
 #include <gtest/gtest.h>
 
@@ -165,8 +166,9 @@ std::string labelsOf(const Bytes& blob) {
 
 TEST(Mask, theListingOfARiserMapKeepsItsLayoutWhateverItsBytes) {
     unsigned state = 1;
-    for (int round = 0; round < 500; ++round) {
-        Bytes blob(static_cast<std::size_t>(round) * 2);
+    const unsigned rounds = zolt::test::randomCases(500);
+    for (unsigned round = 0; round < rounds; ++round) {
+        Bytes blob(std::size_t{round} * 1000 / rounds); // of all sizes up to that of a riser map
         for (std::uint8_t& byte : blob) {
             state = state * 1664525 + 1013904223;
             byte = static_cast<std::uint8_t>(state >> 24);

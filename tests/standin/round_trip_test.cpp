@@ -6,6 +6,7 @@
 #include "payload/oem_area.h"
 #include "payload/riser_slot_map.h"
 #include "tests/support/console.h"
+#include "tests/support/emulation.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +17,7 @@
 namespace standin {
 namespace {
 
-constexpr unsigned seeds = 200;
+const unsigned seeds = zolt::test::randomCases(200);
 
 enum class Shown : std::uint8_t { decimal, twoHexDigits, hexadecimal };
 
