@@ -11,7 +11,8 @@ namespace {
 constexpr int firstNumber = 256;
 
 std::string shortForms(std::span<const OptionForm> forms) {
-    std::string letters(":"); // tells a missing argument from a wrong option
+    // Behind a colon, getopt tells a missing argument from a wrong option, and prints nothing.
+    std::string letters(":");
     for (const OptionForm& each : forms) {
         if (each.letter != '\0') {
             letters.append(1, each.letter).append(each.argument != nullptr ? ":" : "");
@@ -52,7 +53,6 @@ OptionReader::OptionReader(int argc, char* const argv[], std::vector<OptionForm>
       forms_(std::move(forms)),
       letters_(shortForms(forms_)),
       names_(longForms(forms_)) {
-    opterr = 0;
     optind = 0;
 }
 

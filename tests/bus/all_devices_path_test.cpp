@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace zolt {
+namespace zolt::all_devices_path_test {
 namespace {
 
 using namespace test;
@@ -344,4 +344,4 @@ TEST_F(BrokenBus, servesTheNextOperationOnceItIsBack) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::all_devices_path_test

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace zolt {
+namespace zolt::all_properties_test {
 namespace {
 
 using namespace test;
@@ -173,4 +173,4 @@ TEST(PrintAllProperties, serviceLeavesInsteadOfAnswering) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::all_properties_test

@@ -15,7 +15,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace zolt {
+namespace zolt::payload_printer_test {
 namespace {
 
 using namespace test;
@@ -370,4 +370,4 @@ TEST(PayloadPrinter, rawPayloadIsNotSupported) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::payload_printer_test

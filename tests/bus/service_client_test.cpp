@@ -7,7 +7,7 @@
 
 #include <new>
 
-namespace zolt {
+namespace zolt::service_client_test {
 namespace {
 
 using namespace test;
@@ -34,4 +34,4 @@ TEST(GetManagedObjects, exceptionThatIsNoBusErrorPassesThrough) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::service_client_test

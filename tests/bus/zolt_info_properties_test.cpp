@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zolt {
+namespace zolt::zolt_info_properties_test {
 namespace {
 
 using namespace test;
@@ -213,4 +213,4 @@ TEST(PrintZoltInfoProperties, serviceLeavesInsteadOfAnswering) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::zolt_info_properties_test

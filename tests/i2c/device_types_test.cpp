@@ -82,7 +82,7 @@ TEST(DeviceTypes, Code68IsTheLastWithAName) {
         EXPECT_EQ(deviceTypeName(code), "") << code;
     }
     EXPECT_EQ(deviceTypeName(68), "FTULM_FRU");
-    for (const std::uint32_t code : {69U, 164U, 165U, 255U, 256U, 0xFFFFFFFFU}) {
+    for (const std::uint32_t code : {69U, 164U, 165U, 166U, 255U, 256U, 0xFFFFFFFFU}) {
         EXPECT_EQ(deviceTypeName(code), "") << code;
     }
 }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace zolt {
+namespace zolt::byte_reader_test {
 namespace {
 
 constexpr std::size_t farAway = std::numeric_limits<std::size_t>::max();
@@ -56,4 +56,4 @@ TEST(ByteReader, textThatIsCutBeforeItsNulIsMissing) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::byte_reader_test

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace zolt {
+namespace zolt::cir_payload_decoder_test {
 namespace {
 
 using test::Bytes;
@@ -246,4 +246,4 @@ TEST(StatedPayloadSize, countsUnitsOfEightBytes) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::cir_payload_decoder_test

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace zolt {
+namespace zolt::cir_payload_test {
 namespace {
 
 using test::Bytes;
@@ -323,4 +323,4 @@ TEST(PrintCirPayload, dumpsNoByteThatWasNotFetched) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::cir_payload_test

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace zolt {
+namespace zolt::display_menu_test {
 namespace {
 
 using test::outputOf;
@@ -107,4 +107,4 @@ TEST_F(Displays, rejectEveryOtherChoice) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::display_menu_test

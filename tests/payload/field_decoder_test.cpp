@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace zolt {
+namespace zolt::field_decoder_test {
 namespace {
 
 // Decodes bytes and returns the printed fields.
@@ -109,4 +109,4 @@ TEST(FieldDecoder, endsAtTheFirstIncompleteLine) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::field_decoder_test

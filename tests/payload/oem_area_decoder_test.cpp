@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace zolt {
+namespace zolt::oem_area_decoder_test {
 namespace {
 
 using test::Bytes;
@@ -142,4 +142,4 @@ TEST(FindOemArea, findsNothingInTooFewBytesOrWithoutASize) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::oem_area_decoder_test

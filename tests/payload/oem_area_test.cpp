@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace zolt {
+namespace zolt::oem_area_test {
 namespace {
 
 using test::Bytes;
@@ -244,4 +244,4 @@ TEST(PrintOemArea, continuesTheAddressesOfThePayload) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::oem_area_test

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace zolt {
+namespace zolt::riser_slot_map_decoder_test {
 namespace {
 
 using test::Bytes;
@@ -305,4 +305,4 @@ TEST(RiserSlotMap, endsWhereItsBytesEnd) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::riser_slot_map_decoder_test

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace zolt {
+namespace zolt::riser_slot_map_test {
 namespace {
 
 using test::Bytes;
@@ -177,4 +177,4 @@ TEST_F(RiserSlotMapView, endsAtAChoiceThatIsNoNumber) {
 }
 
 } // namespace
-} // namespace zolt
+} // namespace zolt::riser_slot_map_test
