@@ -37,8 +37,8 @@ top=$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")
 {
     joined=(-Dstandin=enabled -Dtests=enabled -Dunity=on -Dunity_size=20)
     line_numbers=(-Dc_args=-g1 -Dcpp_args=-g1)
-    sanitized=("${joined[@]}" "-Db_sanitize=address,undefined" -Db_lundef=false -Dfuzzers=true
-        -Doptimization=1 -Ddebug=false "${line_numbers[@]}")
+    sanitized=("${joined[@]}" "-Db_sanitize=address,undefined" -Db_lundef=false -Doptimization=1
+        -Ddebug=false "${line_numbers[@]}")
 }
 
 # Lets the sanitizers end a program at the first error.
