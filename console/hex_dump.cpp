@@ -72,7 +72,7 @@ void printHexDump(std::uint64_t baseOffset, const std::vector<std::uint8_t>& byt
     std::uint64_t address = baseOffset;
     while (!rest.empty()) {
         const auto line = rest.first(std::min(rest.size(), lineBytes));
-        standardOutput.finish(appendLine(standardOutput.room(longestLine + 1), address, line));
+        standardOutput.finish(appendLine(standardOutput.room(longestLine), address, line));
         address += line.size();
         rest = rest.subspan(line.size());
     }

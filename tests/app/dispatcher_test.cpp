@@ -40,6 +40,11 @@ TEST_F(Dispatcher, unknownOptionsDoNothing) {
     EXPECT_TRUE(platform().calls.empty());
 }
 
+TEST_F(Dispatcher, theLastOptionRuns) {
+    EXPECT_EQ(run({.option = 15}, "x"),
+              std::string("Enter Node Num:\nInvalid Device Type\n") + unable);
+}
+
 TEST_F(Dispatcher, givenIdIsNotAskedFor) {
     fitSlot42();
     EXPECT_EQ(run({.option = 1, .picpwrId = 42}, "x"), slot42);

@@ -232,6 +232,14 @@ TEST(CEMV3PayloadPrinter, bit3OfNumWiresIsNotShown) {
               cemReport + "\n");
 }
 
+TEST(CEMV3PayloadPrinter, allFourBitsOfTheCrossWiresAreShown) {
+    std::string report = cemReport + "\n";
+    const std::string wires = "NUM_XWIRES                           : 0x0";
+    report.replace(report.find(wires) + wires.size(), 1, "A");
+    EXPECT_EQ(reportOf<CEMV3PayloadPrinter>(with(cemProperties(), "NumWires", std::uint8_t{0xA7})),
+              report);
+}
+
 TEST(CEMV3PayloadPrinter, topBitOfTheAddressIsNotShown) {
     EXPECT_EQ(reportOf<CEMV3PayloadPrinter>(
                   with(cemProperties(), "TargetI2cDevAddr", std::uint8_t{0x50})),

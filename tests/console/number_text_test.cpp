@@ -69,6 +69,11 @@ TEST(NumberText, hexadecimalsMatchPrintf) {
     }
 }
 
+TEST(NumberText, zeroHasADigitWithoutAWidthToo) {
+    EXPECT_EQ(hexadecimal(0, 0), "0");
+    EXPECT_EQ(decimal(0, 0), "0");
+}
+
 TEST(NumberText, lowestLongLongHasTheLengthOfTheLongestNumber) {
     EXPECT_EQ(decimal(LLONG_MIN).size(), longestNumber);
     EXPECT_EQ(decimal(LLONG_MIN), "-9223372036854775808");

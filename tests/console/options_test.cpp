@@ -17,7 +17,8 @@ const std::vector<OptionForm> forms{
 };
 
 // What a reader finds: each option as its place and value, then the other words, or the refusal.
-std::vector<std::string> found(std::vector<std::string> words) {
+std::vector<std::string> found(std::vector<std::string> words,
+                               const std::vector<OptionForm>& known = forms) {
     words.insert(words.begin(), "program");
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
@@ -27,7 +28,7 @@ std::vector<std::string> found(std::vector<std::string> words) {
     pointers.push_back(nullptr);
     std::vector<std::string> all;
     try {
-        OptionReader reader(static_cast<int>(words.size()), pointers.data(), forms);
+        OptionReader reader(static_cast<int>(words.size()), pointers.data(), known);
         while (const auto option = reader.next()) {
             all.push_back(
                 std::to_string(*option).append(" ").append(reader.value() ? reader.value() : "-"));
@@ -50,6 +51,10 @@ TEST(Options, areFoundInEachForm) {
     EXPECT_EQ(found({"--a-long"}), Words({"3 -"}));
 }
 
+TEST(Options, theFirstOneMayHaveANameAlone) {
+    EXPECT_EQ(found({"--all"}, {{.name = "all", .help = "show all"}}), Words({"0 -"}));
+}
+
 TEST(Options, standAmongOtherWords) {
     EXPECT_EQ(found({"one", "-q", "-", "--", "-q"}), Words({"1 -", "one", "-", "-q"}));
 }
@@ -59,6 +64,7 @@ TEST(Options, areRefusedAsTheyWereTyped) {
     EXPECT_EQ(found({"-X"}), Words({"unknown -X"}));
     EXPECT_EQ(found({"--colour=x"}), Words({"unknown --colour=x"}));
     EXPECT_EQ(found({"--a-long=x"}), Words({"unknown --a-long=x"}));
+    EXPECT_EQ(found({"-\x01"}), Words({"unknown -\x01"}));
     EXPECT_EQ(found({"-o"}), Words({"-o needs a value"}));
     EXPECT_EQ(found({"--color"}), Words({"--color needs a value"}));
 }

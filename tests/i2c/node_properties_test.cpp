@@ -78,6 +78,14 @@ TEST_F(NodeProperties, ARefusalIsPrintedBeforeTheBusIsClosed) {
     EXPECT_EQ(busDevices().printed.back(), updatePrompts + "IOCTL failed with status -1\n");
 }
 
+TEST_F(NodeProperties, AnIoctlThatReturnsZeroIsNoRefusal) {
+    busDevices().answers = {{.reply = bytesOf("2A 00 00 00"), .result = 0}, {.result = 0}};
+    EXPECT_EQ(reading("5 7 1A", 0), readPrompts + "Property ID: [7] and Property Value: [42]\n");
+    EXPECT_EQ(updating("24 20 3 1A 7 42", 0),
+              updatePrompts +
+                  "Updated Property ID : 7 and value : 42 for node_name [/dev/i2c-20]\n");
+}
+
 TEST_F(NodeProperties, AValueIsPrintedAsSigned) {
     busDevices().answers = {{.reply = bytesOf("FE FF FF FF")}};
     EXPECT_EQ(reading("5 -7 0", 0), readPrompts + "Property ID: [-7] and Property Value: [-2]\n");

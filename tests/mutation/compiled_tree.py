@@ -12,6 +12,7 @@ import pathlib
 import shlex
 import shutil
 import subprocess
+import sys
 
 MUTANT = "mutant"  # the directory of changed objects and programs. The loader's paths fit its depth.
 
@@ -36,6 +37,14 @@ def make_copy(source, copy):
             other.parent.mkdir(parents=True, exist_ok=True)
             other.unlink(missing_ok=True)
             shutil.copy(original, other, follow_symlinks=False)
+
+
+def quietly(command, **more):
+    """Runs a command, and shows its output only if it fails."""
+    done = subprocess.run(command, check=False, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, text=True, **more)
+    if done.returncode != 0:
+        sys.exit(f"{command[0]} failed:\n{done.stdout}")
 
 
 def words_of(command):
@@ -64,9 +73,9 @@ class CompiledTree:
         make_copy(source, self.tree)
         if not (self.build / "build.ninja").exists():
             environment = dict(os.environ, CC="gcc", CXX="g++")
-            subprocess.run(["meson", "setup", self.build, self.tree, *options, "-Ddebug=false"],
-                           check=True, env=environment, stdout=subprocess.DEVNULL)
-        subprocess.run(["ninja", "--quiet", "-C", self.build], check=True, stdout=subprocess.DEVNULL)
+            quietly(["meson", "setup", self.build, self.tree, *options, "-Ddebug=false"],
+                    env=environment)
+        quietly(["ninja", "--quiet", "-C", self.build])
         self._read_commands()
         self._read_headers()
 
