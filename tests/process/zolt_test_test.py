@@ -59,13 +59,19 @@ class Dialogue(unittest.TestCase):
         )
 
     def test_the_end_of_input_repeats_the_last_option_until_nobody_reads(self):
+        self.repeats_the_menu(b"16\n")
+
+    def test_input_that_ends_at_once_runs_no_option(self):
+        self.repeats_the_menu(b"")
+
+    def repeats_the_menu(self, typed):
         process = subprocess.Popen(
             [TOOL], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
             env=dict(os.environ, LD_LIBRARY_PATH=OTHER_PLATFORM),
         )
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
-        process.stdin.write(b"16\n")
+        process.stdin.write(typed)
         process.stdin.close()
         expected = (MAIN_MENU * 100).encode()
         self.assertEqual(process.stdout.read(len(expected)), expected)
