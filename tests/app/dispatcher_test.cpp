@@ -99,6 +99,16 @@ TEST_F(Dispatcher, answerThatIsNoNumberPrintsBothErrorLines) {
     EXPECT_TRUE(platform().calls.empty());
 }
 
+TEST_F(Dispatcher, payloadId63IsTheHighest) {
+    platform().named["PICPWR_63_DSTAT"] = {0};
+    for (const std::uint8_t option : std::initializer_list<std::uint8_t>{2, 3}) {
+        EXPECT_EQ(run({.option = option}, "63"),
+                  std::string("Enter the PICPWR ID:"
+                              "\nDISCOVERY_STATUS (DSTAT) = 0 for PICPWR 63\n") +
+                      unable);
+    }
+}
+
 TEST_F(Dispatcher, payloadIdsAbove63AreRefusedWithoutARead) {
     for (const std::uint8_t option : std::initializer_list<std::uint8_t>{2, 3}) {
         for (const char* const answer : {"64", "-1", "255", "100"}) {

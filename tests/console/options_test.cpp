@@ -52,7 +52,9 @@ TEST(Options, areFoundInEachForm) {
 }
 
 TEST(Options, theFirstOneMayHaveANameAlone) {
-    EXPECT_EQ(found({"--all"}, {{.name = "all", .help = "show all"}}), Words({"0 -"}));
+    const std::vector<OptionForm> known{{.name = "all", .help = "show all"}};
+    EXPECT_EQ(found({"--all"}, known), Words({"0 -"}));
+    EXPECT_EQ(found({"--all=x"}, known), Words({"unknown --all=x"}));
 }
 
 TEST(Options, standAmongOtherWords) {
@@ -67,6 +69,11 @@ TEST(Options, areRefusedAsTheyWereTyped) {
     EXPECT_EQ(found({"-\x01"}), Words({"unknown -\x01"}));
     EXPECT_EQ(found({"-o"}), Words({"-o needs a value"}));
     EXPECT_EQ(found({"--color"}), Words({"--color needs a value"}));
+}
+
+TEST(Options, thatAreUnknownAreToldAsSuch) {
+    EXPECT_STREQ(UnknownOption("--colour=x").what(),
+                 "--colour=x is not an option, or has a value it does not take");
 }
 
 TEST(Options, helpStandsInAColumn) {

@@ -54,6 +54,21 @@ TEST(Print, longTextsArePrintedWhole) {
     }
 }
 
+// Lines of each length stand at the end of the buffer once.
+TEST(Print, moreTextThanTheBufferHasArrivesWhole) {
+    const std::string word(60, 'w');
+    std::string expected;
+    const std::string printed = outputOf([&] {
+        for (std::size_t i = 0; i < 20000; ++i) {
+            const std::string_view part = std::string_view(word).substr(i % word.size());
+            print<"%d %s\n">(i, part);
+            expected.append(std::to_string(i)).append(" ").append(part).append("\n");
+        }
+    });
+    EXPECT_EQ(printed.size(), expected.size());
+    EXPECT_TRUE(printed == expected);
+}
+
 TEST(Write, keepsNulBytes) {
     EXPECT_EQ(outputOf([] { write(std::string_view("a\0b", 3)); }), std::string("a\0b", 3));
 }

@@ -28,24 +28,25 @@ struct Place {
 class FieldValue : public testing::TestWithParam<Place> {};
 
 TEST_P(FieldValue, isReadFromItsBits) {
-    const std::string output = printed({0x00, 0xB4, 0x5E}, [](FieldDecoder& fields) {
+    const std::string output = printed({0x00, 0xB4, 0x5E, 0x01}, [](FieldDecoder& fields) {
         EXPECT_EQ(fields.add(ValueRow{GetParam().bits, line<"%d\n">}), GetParam().value);
     });
     EXPECT_EQ(output, std::to_string(GetParam().value) + "\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Places, FieldValue,
-                         testing::Values(Place{"byte", Bits::byte(1), 0xB4},           //
-                                         Place{"topBit", Bits::bit(1, 7), 1},          //
-                                         Place{"bottomBit", Bits::bit(1, 0), 0},       //
-                                         Place{"topBits", Bits::range(1, 7, 5), 5},    //
-                                         Place{"bottomBits", Bits::range(1, 2, 0), 4}, //
-                                         Place{"bitsBetween", Bits::range(1, 5, 2), 13},
-                                         Place{"bigEndian", Bits::bigEndian(1), 0xB45E},
-                                         Place{"littleEndianWhole", Bits::littleEndian(1, 8),
-                                               0x5EB4},
-                                         Place{"littleEndianCut", Bits::littleEndian(1, 2), 0x2B4}),
-                         [](const auto& tested) { return tested.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Places, FieldValue,
+    testing::Values(Place{"byte", Bits::byte(1), 0xB4},           //
+                    Place{"topBit", Bits::bit(1, 7), 1},          //
+                    Place{"bottomBit", Bits::bit(1, 0), 0},       //
+                    Place{"topBits", Bits::range(1, 7, 5), 5},    //
+                    Place{"bottomBits", Bits::range(1, 2, 0), 4}, //
+                    Place{"bitsBetween", Bits::range(1, 5, 2), 13},
+                    Place{"bigEndian", Bits::bigEndian(1), 0xB45E},
+                    Place{"littleEndianWhole", Bits::littleEndian(1, 8), 0x5EB4},
+                    Place{"littleEndianCut", Bits::littleEndian(1, 2), 0x2B4},
+                    Place{"littleEndianAndABit", Bits::littleEndian(2, 1), 0x15E}),
+    [](const auto& tested) { return tested.param.name; });
 
 TEST(FieldDecoder, yieldsLinesOfEveryKindInOrder) {
     constexpr ValueRow values[] = {{Bits::byte(0), line<"a = %d\n">},
