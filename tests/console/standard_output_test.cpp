@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
 #include <functional>
 #include <string>
@@ -202,6 +203,29 @@ TEST(StandardOutput, nonBlockingPipeGetsEverything) {
     pipe.closeEnd(1);
     reader.join();
     EXPECT_TRUE(read == text);
+}
+
+TEST(StandardOutput, waitsForRoomInANonBlockingPipeWithoutTheProcessor) {
+    Pipe pipe;
+    fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK);
+    std::thread reader([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        (void)readToTheEnd(pipe.ends[0]);
+    });
+    const auto processorTime = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    const auto before = processorTime();
+    {
+        const StandsIn standsIn(pipe.ends[1]);
+        StandardOutput output;
+        output.write(std::string(200'000, 'x'));
+    }
+    EXPECT_LT(processorTime() - before, std::chrono::milliseconds(100));
+    pipe.closeEnd(1);
+    reader.join();
 }
 
 void ignoreSignal(int) {}

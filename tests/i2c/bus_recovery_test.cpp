@@ -73,6 +73,15 @@ TEST_F(BusRecovery, AFailedSecondStepDoesNotFailTheRecovery) {
     expectAllModes();
 }
 
+TEST_F(BusRecovery, AnIoctlThatReturnsZeroIsNoRefusal) {
+    busDevices().answers = {{.result = 0}, {.result = 0}, {.result = 0}};
+    EXPECT_EQ(recovering("5", 0), "Enter Node Num:"
+                                  "Status [0] for node name: [/dev/i2c-5]\n"
+                                  "Status [0] for node name: [/dev/i2c-5]\n"
+                                  "Status [0] for node name: [/dev/i2c-5]\n");
+    expectAllModes();
+}
+
 TEST_F(BusRecovery, AFailedLastStepFailsTheRecovery) {
     busDevices().answers = {done, done, refused};
     EXPECT_EQ(recovering("5", 2), "Enter Node Num:"
