@@ -6,7 +6,7 @@
 
 #include "board/board_loader.h"
 #include "tests/board/random_modules.h"
-#include "tests/support/emulation.h"
+#include "tests/support/random_cases.h"
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@
 #include "payload/riser_slot_map_decoder.h"
 #include "tests/board/random_modules.h"
 #include "tests/support/console.h"
-#include "tests/support/emulation.h"
+#include "tests/support/random_cases.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "board/board_loader.h"
 #include "board/cpld_map.h"
 #include "tests/capture/observed_board.h"
-#include "tests/support/emulation.h"
+#include "tests/support/random_cases.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "capture/text_mask.h"
 #include "payload/riser_slot_map.h"
 #include "tests/support/console.h"
-#include "tests/support/emulation.h"
+#include "tests/support/random_cases.h"
 
 #include <gtest/gtest.h>
 
@@ -166,7 +166,7 @@ std::string labelsOf(const Bytes& blob) {
 
 TEST(Mask, theListingOfARiserMapKeepsItsLayoutWhateverItsBytes) {
     unsigned state = 1;
-    const unsigned rounds = zolt::test::randomCases(200);
+    const unsigned rounds = zolt::test::randomCases(500);
     for (unsigned round = 0; round < rounds; ++round) {
         Bytes blob(std::size_t{round} * 1000 / rounds); // of all sizes up to that of a riser map
         for (std::uint8_t& byte : blob) {

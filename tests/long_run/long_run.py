@@ -176,7 +176,7 @@ def kills(around, count, chance):
     for number in range(1, count + 1):
         with around.start(around.tool, told=subprocess.DEVNULL) as session:
             # At the end of its input, the tool would show its menu for ever.
-            with contextlib.suppress(BrokenPipeError): # a command that has failed reads nothing
+            with contextlib.suppress(BrokenPipeError):  # a command that has failed reads nothing
                 os.write(session.stdin.fileno(), PASS * 20 + END)
             # A pipe that nobody reads would stop the tool in the same place every time.
             os.set_blocking(session.stdout.fileno(), False)

@@ -23,11 +23,6 @@ const std::string dumpHeader = "\n+             0  1  2  3  4  5  6  7 :  8  9  
                                "--------------------------------------------------------------\n";
 const std::string absent = "OEM area is not present for this PICPWR\n\n\n";
 
-// The numbers that the view promises to its callers.
-constexpr Status nothingToShow = 2;
-constexpr Status outOfMemory = 4;
-constexpr Status rawReadFailed = 11;
-
 constexpr std::uint16_t offset = 0x0110;
 
 const Bytes payload{0x01, 0x1A, 0x01, 0x00, 0x12, 0x34, 0x00, 0x0A};
@@ -116,7 +111,7 @@ TEST_F(OemAreaView, dumpsAnAreaOfOneByte) {
 TEST_F(OemAreaView, reportsAnUnreadableDstat) {
     const auto outcome = shown(2);
     EXPECT_EQ(outcome.output, "Unable to read PICPWR DSTAT using CPLD raw API, status 42\n");
-    EXPECT_EQ(outcome.status, rawReadFailed);
+    EXPECT_EQ(outcome.status, statusRawReadFailed);
 }
 
 TEST_F(OemAreaView, stopsAtASlotWithoutDiscovery) {
@@ -124,7 +119,7 @@ TEST_F(OemAreaView, stopsAtASlotWithoutDiscovery) {
     platform().named["PICPWR_63_DSTAT"] = {0};
     const auto outcome = shown(2);
     EXPECT_EQ(outcome.output, "\nDISCOVERY_STATUS (DSTAT) = 0 for PICPWR 63\n");
-    EXPECT_EQ(outcome.status, nothingToShow);
+    EXPECT_EQ(outcome.status, statusNothingToShow);
     EXPECT_EQ(calls().size(), 1U);
 }
 
@@ -134,7 +129,7 @@ TEST_F(OemAreaView, reportsAnUnreadablePayloadOffset) {
     const auto outcome = shown(2);
     EXPECT_EQ(outcome.output,
               "Unable to read PICPWR payload offset using CPLD raw API, status 42\n");
-    EXPECT_EQ(outcome.status, rawReadFailed);
+    EXPECT_EQ(outcome.status, statusRawReadFailed);
 }
 
 TEST_F(OemAreaView, reportsThatThereIsNoMemoryForTheRawRead) {
@@ -142,14 +137,14 @@ TEST_F(OemAreaView, reportsThatThereIsNoMemoryForTheRawRead) {
     const test::NoScratchMemory exhausted;
     const auto outcome = shown(2);
     EXPECT_EQ(outcome.output, "Failed to allocate memory for PICPWR payload\n");
-    EXPECT_EQ(outcome.status, outOfMemory);
+    EXPECT_EQ(outcome.status, statusOutOfMemory);
 }
 
 TEST_F(OemAreaView, reportsAnUnreadablePayload) {
     nameRegisters();
     const auto outcome = shown(2);
     EXPECT_EQ(outcome.output, "Unable to read PICPWR payload using CPLD raw API, status 42\n");
-    EXPECT_EQ(outcome.status, rawReadFailed);
+    EXPECT_EQ(outcome.status, statusRawReadFailed);
 }
 
 TEST_F(OemAreaView, rejectsAPayloadLongerThanWhatIsFetched) {
@@ -157,7 +152,7 @@ TEST_F(OemAreaView, rejectsAPayloadLongerThanWhatIsFetched) {
         nameAll({1, 2, static_cast<std::uint8_t>(units)});
         const auto outcome = shown(0, "2\n3\n");
         EXPECT_EQ(outcome.output, "Invalid payload size\n");
-        EXPECT_EQ(outcome.status, nothingToShow);
+        EXPECT_EQ(outcome.status, statusNothingToShow);
     }
 }
 
@@ -199,10 +194,10 @@ TEST_F(OemAreaView, endsSilentlyWhereANamedReadDeliversTooLittle) {
     nameAll(joined({payload, area}));
     platform().named["PICPWR_63_PAYLOAD_OFFSET"] = {0x10};
     EXPECT_EQ(shown(2).output, "");
-    EXPECT_EQ(shown(2).status, nothingToShow);
+    EXPECT_EQ(shown(2).status, statusNothingToShow);
     platform().named["PICPWR_63_DSTAT"] = {};
     EXPECT_EQ(shown(2).output, "");
-    EXPECT_EQ(shown(2).status, nothingToShow);
+    EXPECT_EQ(shown(2).status, statusNothingToShow);
 }
 
 TEST_F(OemAreaView, findsNoAreaInTooFewBytes) {
@@ -235,7 +230,7 @@ TEST_F(OemAreaView, endsAtAChoiceThatIsNoNumber) {
     nameAll(joined({payload, area}));
     const auto outcome = shown(0, "-");
     EXPECT_EQ(outcome.output, menu + "scanf error\n");
-    EXPECT_EQ(outcome.status, nothingToShow);
+    EXPECT_EQ(outcome.status, statusNothingToShow);
 }
 
 TEST(PrintOemArea, continuesTheAddressesOfThePayload) {

@@ -93,7 +93,7 @@ class Calls(CaptureCase):
         return calls_in(self.log)
 
     def test_only_what_the_reports_read_is_read(self):
-        for board in BOARDS[:1] if EMULATED else BOARDS: # an emulator takes a minute for all
+        for board in BOARDS[:1] if EMULATED else BOARDS:  # an emulator takes a minute for all
             with self.subTest(board):
                 reports = ("sh", "-c", ALL_REPORTS, TOOL)
                 by_name = self.logged(*reports, board=board)

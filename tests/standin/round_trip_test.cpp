@@ -6,7 +6,7 @@
 #include "payload/oem_area.h"
 #include "payload/riser_slot_map.h"
 #include "tests/support/console.h"
-#include "tests/support/emulation.h"
+#include "tests/support/random_cases.h"
 
 #include <gtest/gtest.h>
 

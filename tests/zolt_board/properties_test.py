@@ -16,7 +16,7 @@ import tap  # noqa: E402
 from random_board import random_board  # noqa: E402
 
 COMPARE_BOARDS = sys.argv.pop(1)
-SEEDS = range(1, int(os.environ.get("DIFF_SEEDS", "3")) + 1)
+SEEDS = range(1, int(os.environ.get("DIFF_SEEDS", "4")) + 1)
 CHANGES = 8  # boards that differ a little from one random board
 
 
