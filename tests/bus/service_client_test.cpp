@@ -33,5 +33,17 @@ TEST(GetManagedObjects, exceptionThatIsNoBusErrorPassesThrough) {
     EXPECT_EQ(objects.size(), 1U);
 }
 
+TEST(GetManagedObjects, errorOfTheBusIsHandedOutAtOnce) {
+    const std::string line = "failed to get managed objects errsd_bus_message_new_method_call: "
+                             "org.freedesktop.DBus.Error.InvalidArgs: Invalid argument\n";
+    const SystemBus bus;
+    EXPECT_EQ(viewed([&](sdbusplus::bus_t& connection) {
+                  ManagedObjects objects;
+                  EXPECT_FALSE(getManagedObjects(connection, zoltService, "", objects));
+                  EXPECT_EQ(handedOut(), line);
+              }),
+              line);
+}
+
 } // namespace
 } // namespace zolt::service_client_test

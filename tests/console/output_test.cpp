@@ -54,6 +54,15 @@ TEST(Print, longTextsArePrintedWhole) {
     }
 }
 
+TEST(Print, linesAreHandedOutTogether) {
+    EXPECT_EQ(outputOf([] {
+                  print<"%s %d\n">("line", 1);
+                  print<"%s %d\n">("line", 2);
+                  EXPECT_EQ(test::handedOut(), "");
+              }),
+              "line 1\nline 2\n");
+}
+
 // Lines of each length stand at the end of the buffer once.
 TEST(Print, moreTextThanTheBufferHasArrivesWhole) {
     const std::string word(60, 'w');
