@@ -68,6 +68,17 @@ TEST(PrintAllProperties, everyClassHasItsInterfaceAndReport) {
     }
 }
 
+TEST(PrintAllProperties, handsOutTheWholeReport) {
+    SystemBus service;
+    service.publish(publishing(cem, published(cemProperties())));
+    std::string handed;
+    (void)viewed([&](sdbusplus::bus_t& bus) {
+        PrintAllProperties(bus, 3, path);
+        handed = handedOut();
+    });
+    EXPECT_EQ(handed, cemReport + "\n\n");
+}
+
 TEST(PrintAllProperties, orderAndNumberOfThePropertiesDoNotMatter) {
     auto properties = published(cemProperties());
     std::ranges::reverse(properties);
