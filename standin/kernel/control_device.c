@@ -7,27 +7,8 @@
 #include <linux/miscdevice.h>
 #include <linux/module.h>
 #include <linux/poll.h>
-#include <linux/uaccess.h>
 
 static atomic_t isInUse = ATOMIC_INIT(0);
-
-void showTransaction(struct Board* board, struct WaitingTransaction* transaction) {
-    mutex_lock(&board->waitingLock);
-    if (board->isClosed) {
-        mutex_unlock(&board->waitingLock);
-        return;
-    }
-    board->waiting = transaction;
-    mutex_unlock(&board->waitingLock);
-    wake_up_all(&board->changed);
-    (void)wait_event_killable(board->changed, READ_ONCE(board->waiting) != transaction);
-    // After a fatal signal zolt_sim may still be reading the messages.
-    mutex_lock(&board->waitingLock);
-    if (board->waiting == transaction) {
-        board->waiting = NULL;
-    }
-    mutex_unlock(&board->waitingLock);
-}
 
 static int controlOpen(struct inode* inode, struct file* file) {
     struct Board* board = NULL;
@@ -53,11 +34,7 @@ static int controlRelease(struct inode* inode, struct file* file) {
     struct Board* board = file->private_data;
     (void)inode;
     openFaultsOf(NULL);
-    mutex_lock(&board->waitingLock);
-    WRITE_ONCE(board->isClosed, true);
-    WRITE_ONCE(board->waiting, NULL);
-    mutex_unlock(&board->waitingLock);
-    wake_up_all(&board->changed);
+    closeTransactions(board);
     mutex_lock(&board->lock); // the last transaction is over
     adaptersRemove(board);
     mutex_unlock(&board->lock);
@@ -83,99 +60,30 @@ static int load(struct Board* board, const struct BusCore __user* tables) {
     return result;
 }
 
-static int giveState(struct Board* board, struct BusCore __user* tables) {
-    int result = -EAGAIN;
-    mutex_lock(&board->waitingLock);
-    if (board->waiting != NULL) { // the thread that holds the board's lock is asleep
-        result = boardGive(board, tables);
-    }
-    mutex_unlock(&board->waitingLock);
-    return result;
-}
-
-static int finish(struct Board* board) {
-    mutex_lock(&board->waitingLock);
-    if (board->waiting != NULL && board->waiting->isTaken) {
-        WRITE_ONCE(board->waiting, NULL);
-    }
-    mutex_unlock(&board->waitingLock);
-    wake_up_all(&board->changed);
-    return 0;
-}
-
 static long controlIoctl(struct file* file, unsigned int request, unsigned long argument) {
     struct Board* board = file->private_data;
     switch (request) {
     case BUS_MODULE_LOAD:
         return load(board, (const struct BusCore __user*)argument);
     case BUS_MODULE_STATE:
-        return giveState(board, (struct BusCore __user*)argument);
+        return giveStateAtTransaction(board, (struct BusCore __user*)argument);
     case BUS_MODULE_DONE:
-        return finish(board);
+        endTransaction(board);
+        return 0;
     default:
         return -ENOTTY;
     }
 }
 
-static bool isThereNews(struct Board* board) {
-    bool isNew = false;
-    mutex_lock(&board->waitingLock);
-    isNew = board->waiting != NULL && !board->waiting->isTaken;
-    mutex_unlock(&board->waitingLock);
-    return isNew;
-}
-
 static __poll_t controlPoll(struct file* file, poll_table* table) {
     struct Board* board = file->private_data;
     poll_wait(file, &board->changed, table);
-    return isThereNews(board) ? EPOLLIN | EPOLLRDNORM : 0;
-}
-
-// Copies bytes to a process and moves on. False when they do not fit or cannot be written.
-static bool put(char __user** to, size_t* room, const void* bytes, size_t count) {
-    if (count > *room || copy_to_user(*to, bytes, count) != 0) {
-        return false;
-    }
-    *to += count;
-    *room -= count;
-    return true;
-}
-
-static bool putTransaction(const struct WaitingTransaction* transaction, char __user** to,
-                           size_t* room) {
-    const struct i2c_msg* messages = transaction->messages;
-    const struct BusModuleTransaction head = {
-        .bus = transaction->bus, .result = transaction->result, .count = transaction->count};
-    if (!put(to, room, &head, sizeof(head))) {
-        return false;
-    }
-    for (uint32_t i = 0; i < transaction->count; ++i) {
-        const struct BusModuleMessage message = {
-            .address = messages[i].addr, .flags = messages[i].flags, .length = messages[i].len};
-        if (!put(to, room, &message, sizeof(message))) {
-            return false;
-        }
-    }
-    for (uint32_t i = 0; i < transaction->count; ++i) {
-        if (!put(to, room, messages[i].buf, messages[i].len)) {
-            return false;
-        }
-    }
-    return true;
+    return isTransactionToRead(board) ? EPOLLIN | EPOLLRDNORM : 0;
 }
 
 static ssize_t controlRead(struct file* file, char __user* buffer, size_t size, loff_t* position) {
-    struct Board* board = file->private_data;
-    size_t room = size;
-    ssize_t result = -EAGAIN;
     (void)position;
-    mutex_lock(&board->waitingLock);
-    if (board->waiting != NULL && !board->waiting->isTaken) {
-        board->waiting->isTaken = putTransaction(board->waiting, &buffer, &room);
-        result = board->waiting->isTaken ? (ssize_t)(size - room) : -EFAULT;
-    }
-    mutex_unlock(&board->waitingLock);
-    return result;
+    return readTransaction(file->private_data, buffer, size);
 }
 
 static const struct file_operations operations = {

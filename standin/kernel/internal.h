@@ -68,11 +68,28 @@ void adaptersRemove(struct Board* board);
 // -ERESTARTSYS.
 int adaptersAwaitRemoval(void);
 
-// control_device.c: the control device.
+// shown_transaction.c: the transaction that zolt_sim is to see.
 
 // Shows a transaction to zolt_sim and waits until zolt_sim is done with it, or has gone. A fatal
-// signal to the caller ends the wait.
+// signal to the caller ends the wait. The caller holds the board's lock.
 void showTransaction(struct Board* board, struct WaitingTransaction* transaction);
+
+// Returns true if a transaction waits that zolt_sim has not read.
+bool isTransactionToRead(struct Board* board);
+
+// Copies that transaction to a process. Returns its size, -EAGAIN without one, or -EFAULT when it
+// does not fit or cannot be written.
+ssize_t readTransaction(struct Board* board, char __user* buffer, size_t size);
+
+// Copies the board's tables to a process while a transaction waits. Returns 0, -EAGAIN without a
+// transaction, or another negative errno.
+int giveStateAtTransaction(struct Board* board, struct BusCore __user* tables);
+
+// Lets the caller of the transaction that zolt_sim has read go on.
+void endTransaction(struct Board* board);
+
+// zolt_sim goes: no transaction waits any more.
+void closeTransactions(struct Board* board);
 
 // open_faults.c: buses that cannot be opened.
 
