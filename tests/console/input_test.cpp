@@ -20,12 +20,19 @@ struct Case {
     Answer answer;
 };
 
+// A reader hands out the prompt before it waits for the answer.
 template <typename Answer, typename Reader>
 void expectAnswers(Reader read, Answer before, std::initializer_list<Case<Answer>> cases) {
     for (const auto& each : cases) {
         Answer answer = before;
         auto result = static_cast<Reading>(0xFF);
-        (void)outputOf([&] { result = read(answer); }, each.input);
+        (void)outputOf(
+            [&] {
+                write("prompt :");
+                result = read(answer);
+                EXPECT_EQ(test::handedOut(), "prompt :");
+            },
+            each.input);
         EXPECT_EQ(result, each.result) << '"' << each.input << '"';
         EXPECT_EQ(answer, each.answer) << '"' << each.input << '"';
     }

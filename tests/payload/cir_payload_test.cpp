@@ -127,9 +127,10 @@ TEST_F(CirPayloadView, rawPayloadFollowsTheTwoBytesOfTheOffset) {
 }
 
 TEST_F(CirPayloadView, dumpOfARawPayloadBeginsWithTheOffset) {
-    placeAll();
+    test::placeRaw(0x1054, {0x7F, 0x1A, 0xFF, 0x33, 0x01});
+    test::placeRaw(0x2B34, cut(payload, 247));
     // The length is the buffer's byte 2. Here that is the payload's byte 0: one unit.
-    EXPECT_EQ(shown(7, 1).output, dumpHeader + "0x91002b11 = 10 01 01 1a 02 00 12 34 : \n\n");
+    EXPECT_EQ(shown(7, 1).output, dumpHeader + "0x91002b34 = 33 01 01 1a 02 00 12 34 : \n\n");
 }
 
 TEST_F(CirPayloadView, dumpsThePayloadsOwnLengthAtItsAddress) {
