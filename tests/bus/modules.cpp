@@ -12,7 +12,7 @@ PropertyMap cemHeader() {
     return {{"PayloadFrmtVer", Byte{0x02}},   {"DeviceClass", Byte{0x0B}},
             {"StaticPaylodSize", Byte{0x40}}, {"DeviceId", Word{0x1234}},
             {"VendorId", Word{0x0100}},       {"DeviceVer", Byte{0x05}},
-            {"NumWires", Byte{0x5F}},         {"TargetI2cDevType", Byte{0xE3}},
+            {"NumWires", Byte{0x5F}},         {"TargetI2cDevType", Byte{0xB3}},
             {"TargetI2cDevAddr", Byte{0xD0}}, {"checksum", Byte{0xA5}}};
 }
 

@@ -15,8 +15,8 @@ inline const std::string cemHeaderLines =
     "DeviceVer                                       : 0x05\n"
     "NumWires - NUM_PWIRES                           : 0x07\n"
     "NumWires - NUM_XWIRES                           : 0x05\n"
-    "TargetI2cDevType - TARGET_I2C_GPIO_DEV_TYPE     : 0x07\n"
-    "TargetI2cDevType - NUM_EP_DESCRIPTORS           : 0x03\n"
+    "TargetI2cDevType - TARGET_I2C_GPIO_DEV_TYPE     : 0x05\n"
+    "TargetI2cDevType - NUM_EP_DESCRIPTORS           : 0x13\n"
     "TargetI2cDevAddr - TARGET_I2C_GPIO_DEV_ADDRESS  : 0x50\n";
 
 /// Sixteen lines: EndPoint0 of cemProperties().
