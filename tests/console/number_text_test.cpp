@@ -10,17 +10,23 @@
 namespace zolt {
 namespace {
 
-std::string decimal(long long number, unsigned width = 0) {
-    std::string text(longestNumber, '#');
-    text.resize(static_cast<std::size_t>(appendDecimal(text.data(), number, width) - text.data()));
+// Returns what a function appends. Behind its end nothing may change.
+template <typename Append>
+std::string appended(Append append) {
+    std::string text(2 * longestNumber, '#');
+    const auto length = static_cast<std::size_t>(append(text.data()) - text.data());
+    EXPECT_EQ(text.substr(length), std::string(text.size() - length, '#'));
+    text.resize(length);
     return text;
 }
 
+std::string decimal(long long number, unsigned width = 0) {
+    return appended([&](char* end) { return appendDecimal(end, number, width); });
+}
+
 std::string hexadecimal(unsigned long long number, unsigned width) {
-    std::string text(longestNumber, '#');
-    char* const end = appendHexadecimal(text.data(), number, width, "0123456789ABCDEF");
-    text.resize(static_cast<std::size_t>(end - text.data()));
-    return text;
+    return appended(
+        [&](char* end) { return appendHexadecimal(end, number, width, "0123456789ABCDEF"); });
 }
 
 // printf defines the expected texts.

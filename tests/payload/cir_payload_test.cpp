@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -162,6 +164,14 @@ TEST_F(CirPayloadView, readsRawWhenTheHalsReadFails) {
                   "ReadHALConfig PICPWR_PAYLOADS", "ReadIO PICPWR_PAYLOADS 247 273",
                   "UnregisterInterruptCallback PICPWR_PAYLOADS", "delete PICPWR_PAYLOADS",
                   "cpld_read_block_device 0x2B11 247 1"}));
+}
+
+TEST_F(CirPayloadView, exceptionOfTheObjectsReleasePassesThrough) {
+    nameAll();
+    auto& object = platform().hal["PICPWR_PAYLOADS"];
+    object.callbackRegistered = true;
+    object.thrownByUnregister = std::make_exception_ptr(std::runtime_error("still in use"));
+    EXPECT_EQ(outputOf([] { EXPECT_THROW((void)showCirPayload(7, 2), std::runtime_error); }), "");
 }
 
 TEST_F(CirPayloadView, neitherIndexNorAddressWraps) {
