@@ -292,7 +292,11 @@ def report(results, mutants, reasons):
     survivors = sorted(identity for identity, result in results.items() if result.outcome == "survived")
     lines = ["# Which changes of the tool's sources do the suites notice?", "",
              "`scripts/mutate --report` writes this page. [The levels of testing](testing.md) describe the run.",
-             f"{len(results)} of {len(mutants)} mutants ran, chosen at random.", "",
+             f"All {len(mutants)} mutants ran." if len(results) == len(mutants) else
+             f"{len(results)} of {len(mutants)} mutants ran, chosen at random.",
+             "A suite failed on each mutant that is caught. The compiler makes the same code of some mutants,",
+             "and refuses the invalid ones. [equivalent.txt](../tests/mutation/equivalent.txt) says why no",
+             "suite can notice the equivalent ones.", "",
              *table("folder", {identity: folders[identity] for identity in results}, results), "",
              *table("kind", {identity: kinds[identity] for identity in results}, results), ""]
     lines += ["Survivors without a reason:", "", *(f"    {line}" for line in survivors)] if survivors else \
