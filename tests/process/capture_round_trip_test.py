@@ -14,8 +14,9 @@ import tap  # noqa: E402
 from programs import CAPTURE, EMULATED, SANITIZED, SIM, TOOL, Scratch, run  # noqa: E402
 from random_board import random_board  # noqa: E402
 
-# A board takes seven times as long in the emulator.
-SEEDS = range(1, int(os.environ.get("ROUND_TRIP_SEEDS", "2" if EMULATED else "12")) + 1)
+# A board takes seven times as long in the emulator, and longer under a sanitizer, too.
+USUAL_SEEDS = 2 if EMULATED else 4 if SANITIZED else 12
+SEEDS = range(1, int(os.environ.get("ROUND_TRIP_SEEDS", USUAL_SEEDS)) + 1)
 EPOCH = "1795269780"
 # A report of a slot takes longer under an emulator or a sanitizer: there, every fourth slot has one.
 SLOTS = range(1, 64, 4 if EMULATED or SANITIZED else 1)

@@ -25,7 +25,7 @@ ONE_SHOTS = (
     "-o 1 -p 5", "-o 2 -p 5 -f 1", "-o 2 -p 5 -f 2", "-o 3 -p 5 -f 1", "-o 3 -p 5 -f 2",
     "-o 4 -f 1", "-o 4 -f 2", "-o 5 -m 15", "-o 6 -p 2", "-o 7 -d 165", "-o 8 -d 165",
     "-o 9 -d 24 -i 3 -n 5 -t 80", "-o 9 -d 24 -i 3 -n 77 -t 80", "-o 11",
-    *(f"-o 12 -m {module_type}" for module_type in range(1, 13)),
+    *(f"-o 12 -m {module_type}" for module_type in (1, 2, 3, 4, 12)),  # 5 to 11 go the way of 4
 )
 DIALOGUES = (
     ("-o 1", "0"), ("-o 6", "0"), ("-o 14", "24 49 3 50 8 24"), ("-o 10", "49 50"),
@@ -96,8 +96,8 @@ class Settings(unittest.TestCase):
                 self.assertTrue(text.encode() in self.expected)  # assertIn() would show all
 
     def test_variables_of_a_terminal(self):
-        for setting in ("COLUMNS=20 LINES=5 TERM=dumb", "COLUMNS=400 TERM=xterm-256color",
-                        "TERM=", "POSIXLY_CORRECT=1"):
+        for setting in ("COLUMNS=20 LINES=5 TERM=dumb",
+                        "COLUMNS=400 TERM=xterm-256color POSIXLY_CORRECT=1"):
             with self.subTest(setting):
                 self.check(self.output(f"env {setting}"))
 
