@@ -166,7 +166,7 @@ std::string labelsOf(const Bytes& blob) {
 
 TEST(Mask, theListingOfARiserMapKeepsItsLayoutWhateverItsBytes) {
     unsigned state = 1;
-    const unsigned rounds = zolt::test::randomCases(250);
+    const unsigned rounds = zolt::test::randomCases(500);
     for (unsigned round = 0; round < rounds; ++round) {
         Bytes blob(std::size_t{round} * 1000 / rounds); // of all sizes up to that of a riser map
         for (std::uint8_t& byte : blob) {
