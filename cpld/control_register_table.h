@@ -73,7 +73,7 @@ constexpr InstanceRegister tulmBehindBackplane[] = {
     {"_FRU_WP", RawField::bits(3, 0, 0), line<"Downstream TULM%d FRU Write Protect = %d\n">},
 };
 
-constexpr InstanceRegister backplane[] = {
+constexpr InstanceRegister backplaneModule[] = {
     {"_PWR_POLICY", RawField::bits(0, 7, 6), line<"Backplane %d Power Policy          = %d\n">,
      Access::rawOnly},
     {"_VWIRE_SMBUS_RST", RawField::bits(0, 3, 3),
@@ -162,7 +162,7 @@ constexpr ModuleClass moduleClasses[] = {
     repeated(0x13CA, 6, 2, "DOWNSTREAM_KARN_", karnBehindFlop),
     repeated(0x13DC, 6, 2, "DOWNSTREAM_M.2_CARD_", m2CardBehindFlop),
     repeated(0x13EE, 6, 2, "DOWNSTREAM_TULM_", tulmBehindBackplane),
-    repeated(0x1400, 9, 8, "BP_", backplane),
+    repeated(0x1400, 9, 8, "BP_", backplaneModule),
     repeated(0x1800, 5, 24, "CEM_RISER_", cemRiser),
     repeated(0x1A00, 4, 2, "KARN_", karn),
     repeated(0x1C00, 4, 2, "M.2_INTERPOSER_", m2Interposer),

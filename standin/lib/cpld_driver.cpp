@@ -4,14 +4,15 @@
 #include "standin/image/image_reader.h"
 #include "standin/lib/call_end.h"
 #include "standin/lib/log_file.h"
+#include "standin/lib/status.h"
 
 #include <algorithm>
 #include <optional>
 
 namespace {
 
-constexpr std::int32_t noBoard = -19;     // ENODEV: there is no board
-constexpr std::int32_t badArgument = -22; // EINVAL: a wrong address, length or stride
+using standin::badArgument;
+using standin::noBoard;
 
 // The register of an address. An address has 16 bits, or 16 bits that are sign-extended to 32.
 std::optional<std::uint32_t> registerAt(std::uint32_t address) {
@@ -22,7 +23,7 @@ std::optional<std::uint32_t> registerAt(std::uint32_t address) {
     return address & 0xFFFF;
 }
 
-std::int32_t read(std::uint8_t* buffer, std::uint32_t address, std::uint32_t length) {
+std::int32_t readRegisters(std::uint8_t* buffer, std::uint32_t address, std::uint32_t length) {
     const auto* image = standin::ImageReader::attached();
     if (image == nullptr) {
         return noBoard;
@@ -41,14 +42,14 @@ std::int32_t read(std::uint8_t* buffer, std::uint32_t address, std::uint32_t len
 } // namespace
 
 std::int32_t cpld_read_device(std::uint8_t* buffer, std::uint32_t address, std::uint32_t length) {
-    const std::int32_t status = length == 1 ? read(buffer, address, length) : badArgument;
+    const std::int32_t status = length == 1 ? readRegisters(buffer, address, length) : badArgument;
     standin::logCall("cpld_read_device 0x%04X %u = %d", address, length, status);
     return status;
 }
 
 std::int32_t cpld_read_block_device(std::uint8_t* buffer, std::uint32_t address,
                                     std::uint32_t length, std::uint32_t stride) {
-    const std::int32_t status = stride == 1 ? read(buffer, address, length) : badArgument;
+    const std::int32_t status = stride == 1 ? readRegisters(buffer, address, length) : badArgument;
     standin::logCall("cpld_read_block_device 0x%04X %u %u = %d", address, length, stride, status);
     return status;
 }

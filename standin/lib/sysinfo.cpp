@@ -9,6 +9,7 @@
 #include "standin/image/topology.h"
 #include "standin/lib/call_end.h"
 #include "standin/lib/log_file.h"
+#include "standin/lib/status.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -25,10 +26,6 @@
 namespace {
 
 using namespace standin;
-
-constexpr int noBoard = -19;     // ENODEV: there is no board
-constexpr int badArgument = -22; // EINVAL: an unknown device type
-constexpr int badTopology = -74; // EBADMSG: the file is damaged
 
 // A root that owns the records of its tree. free_sysinfo() deletes them together.
 struct Tree : SysInfoTree {

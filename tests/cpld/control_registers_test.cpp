@@ -18,7 +18,7 @@ using test::platform;
 
 // One register and its line in the report. In the line, # stands for the instance's number, * for
 // the value in decimal and @ for the value in hexadecimal.
-struct Line {
+struct RegisterLine {
     int moduleClass;
     const char* name;
     unsigned offset; // from the instance's base
@@ -41,7 +41,7 @@ constexpr Class classes[] = {
     {16, 0x2000, 4}, {1, 0x2200, 0},  {16, 0x2400, 4}, {2, 0x2600, 4},
 };
 
-constexpr Line lines[] = {
+constexpr RegisterLine lines[] = {
     {1, "1C_CARD_PRES", 0, 7, 7, "1C Card Presence                  = *\n"},
     {1, "1C_CONNECTOR_PCARD_PAYLOAD_OFFSET", 1, 15, 0, "1C Connector PCARD Payload Offset = *\n"},
     {2, "4C+_CONNECTOR_PCARD_MOD_CLASS", 0, 7, 0, "4C+ Connector PCARD Module Class   = 0x@\n"},
@@ -116,12 +116,12 @@ std::uint8_t contentOf(unsigned address) {
     return static_cast<std::uint8_t>(address * 0x9D + (address >> 8) * 0x35 + 0x4B);
 }
 
-unsigned addressOf(const Line& line, int instance) {
+unsigned addressOf(const RegisterLine& line, int instance) {
     const Class& described = classes[line.moduleClass - 1];
     return described.base + described.distance * static_cast<unsigned>(instance - 1) + line.offset;
 }
 
-unsigned rawValueOf(const Line& line, int instance) {
+unsigned rawValueOf(const RegisterLine& line, int instance) {
     const unsigned address = addressOf(line, instance);
     if (line.high == 15) {
         return contentOf(address) + 0x100U * contentOf(address + 1);
@@ -130,7 +130,7 @@ unsigned rawValueOf(const Line& line, int instance) {
 }
 
 // Named reads deliver other values than raw reads, so that the report shows which read it used.
-unsigned namedValueOf(const Line& line, int instance) {
+unsigned namedValueOf(const RegisterLine& line, int instance) {
     return line.high == 15 ? (rawValueOf(line, instance) ^ 0xFFFFU)
                            : (rawValueOf(line, instance) ^ 0xFFU);
 }
@@ -140,7 +140,7 @@ std::string reportOf(int moduleClass, const ShowLine& lineOf) {
     const Class& described = classes[moduleClass - 1];
     std::string report;
     for (int i = 1; i <= described.instances; ++i) {
-        for (const Line& line : lines) {
+        for (const RegisterLine& line : lines) {
             report += line.moduleClass == moduleClass ? lineOf(line, i) : "";
         }
         report += described.instances > 1 ? "\n" : "";
@@ -149,7 +149,7 @@ std::string reportOf(int moduleClass, const ShowLine& lineOf) {
 }
 
 std::string rawReportOf(int moduleClass) {
-    return reportOf(moduleClass, [](const Line& line, int i) {
+    return reportOf(moduleClass, [](const RegisterLine& line, int i) {
         return filled(line.text, i, rawValueOf(line, i));
     });
 }
@@ -189,7 +189,7 @@ TEST_P(ControlRegistersOfClass, areReadRawWhenNoNameIsKnown) {
 
 TEST_P(ControlRegistersOfClass, showValuesOfNamedReadsUnchanged) {
     std::vector<std::string> calls;
-    const auto report = reportOf(GetParam(), [&](const Line& line, int i) {
+    const auto report = reportOf(GetParam(), [&](const RegisterLine& line, int i) {
         const std::string name = filled(line.name, i);
         const unsigned address = addressOf(line, i);
         if (line.rawOnly) {
@@ -213,14 +213,14 @@ TEST_P(ControlRegistersOfClass, showValuesOfNamedReadsUnchanged) {
 
 TEST_P(ControlRegistersOfClass, reportEachUnreadableRegisterAndGoOn) {
     platform().rawStatus = -7;
-    EXPECT_EQ(shown(GetParam()), alone(reportOf(GetParam(), [](const Line& line, int i) {
+    EXPECT_EQ(shown(GetParam()), alone(reportOf(GetParam(), [](const RegisterLine& line, int i) {
                   return "Unable to read " + filled(line.name, i) +
                          " using CPLD raw API, status -7\n";
               })));
 }
 
 TEST_P(ControlRegistersOfClass, haveNoLineWhenTheirNamedReadDeliversTooFewBytes) {
-    const auto report = reportOf(GetParam(), [](const Line& line, int i) -> std::string {
+    const auto report = reportOf(GetParam(), [](const RegisterLine& line, int i) -> std::string {
         // A word needs more than one byte, and a field more than none.
         platform().named[filled(line.name, i)].resize(line.high == 15 ? 1 : 0);
         return line.rawOnly

@@ -83,7 +83,7 @@ private:
     zolt::test::PrivateDirectory directory_;
 };
 
-constexpr const char* description = R"(
+constexpr const char* describedNodes = R"(
 [[i2c.bus]]
 number = 5
 [[i2c.bus]]
@@ -113,7 +113,7 @@ device_type = "TPM"
 )";
 
 TEST_F(TopologyFile, describedNodesListTheDeviceNodesOfTheirBus) {
-    const board::Board board = board::parseBoard(description, "b");
+    const board::Board board = board::parseBoard(describedNodes, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
     SysInfoTree* tree = nullptr;
@@ -144,7 +144,7 @@ TEST_F(TopologyFile, describedNodesListTheDeviceNodesOfTheirBus) {
 }
 
 TEST_F(TopologyFile, createdNodesFollowTheDescribedOnesOfTheirType) {
-    const board::Board board = board::parseBoard(description, "b");
+    const board::Board board = board::parseBoard(describedNodes, "b");
     BusState state = busStateOf(board);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 21, 5, 3, "PUCK"), 0);
     ASSERT_EQ(busCoreAddIndexNode(&state.core(), 22, 5, 3, "HPM_AUTH_IC"), 0);
@@ -223,7 +223,7 @@ TEST_F(TopologyFile, asManyNodesAsTheDriverHoldsHaveNamesOfTheirOwn) {
 }
 
 TEST_F(TopologyFile, everyTypeHasItsStatus) {
-    const board::Board board = board::parseBoard(description, "b");
+    const board::Board board = board::parseBoard(describedNodes, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
     EXPECT_EQ(statusOf(49), 0); // known, without nodes
@@ -241,7 +241,7 @@ TEST_F(TopologyFile, withoutABoardThereIsNoData) {
 }
 
 TEST_F(TopologyFile, writingReplacesTheFileAtOnce) {
-    const board::Board board = board::parseBoard(description, "b");
+    const board::Board board = board::parseBoard(describedNodes, "b");
     BusState state = busStateOf(board);
     publish(board, state.core());
     std::ifstream before(file(), std::ios::binary);
@@ -256,7 +256,7 @@ TEST_F(TopologyFile, writingReplacesTheFileAtOnce) {
 
 // A program without standard input gets descriptor 0 for the first file that it opens.
 TEST_F(TopologyFile, descriptor0IsWrittenAndClosedToo) {
-    const board::Board board = board::parseBoard(description, "b");
+    const board::Board board = board::parseBoard(describedNodes, "b");
     BusState state = busStateOf(board);
     const int input = dup(STDIN_FILENO);
     close(STDIN_FILENO);
@@ -269,7 +269,7 @@ TEST_F(TopologyFile, descriptor0IsWrittenAndClosedToo) {
 
 // Wrong numbers in the file must not lead the library beyond the file's end.
 TEST_F(TopologyFile, damagedFileIsNoTopology) {
-    const board::Board board = board::parseBoard(description, "b");
+    const board::Board board = board::parseBoard(describedNodes, "b");
     BusState state = busStateOf(board);
     const std::vector<std::byte> whole = topologyOf(board, state.core());
     constexpr std::size_t puck = offsetof(TopologyHeader, types) + puckType * sizeof(TopologyType);

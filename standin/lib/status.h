@@ -1,0 +1,13 @@
+// Statuses of the stand-in's libraries for calls that no fault ends.
+#pragma once
+
+#include <cstdint>
+
+namespace standin {
+
+constexpr std::int32_t noBoard = -19; ///< ENODEV: there is no board
+constexpr std::int32_t badArgument =
+    -22; ///< EINVAL: a wrong argument, such as an unknown device type
+constexpr std::int32_t badTopology = -74; ///< EBADMSG: the topology file is damaged
+
+} // namespace standin
