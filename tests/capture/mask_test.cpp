@@ -13,6 +13,7 @@
 #include <cctype>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace capture {
 namespace {
@@ -156,10 +157,10 @@ std::string labelsOf(const Bytes& blob) {
     const std::string listing = zolt::test::outputOf(
         [&] { zolt::printRiserSlotMap(blob, static_cast<std::uint32_t>(blob.size()), 2); });
     std::string labels;
-    bool isValue = false;
-    for (const char character : listing) {
-        isValue = character != '\n' && (isValue || character == '=');
-        labels += isValue ? "" : std::string(1, character);
+    for (std::string_view rest = listing; !rest.empty();) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        labels.append(line.substr(0, line.find('='))).append("\n");
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     }
     return labels;
 }

@@ -9,6 +9,7 @@ printed as TAP.
 import argparse
 import concurrent.futures
 import fnmatch
+import os
 import pathlib
 import re
 import shlex
@@ -30,7 +31,7 @@ LOGS = {"calls": "--call-log", "debug_log": "--debug-log", "i2c_log": "--i2c-log
 UNIT_TESTS = ("i2c", "standin_i2c_bus")
 LONGEST_RUN = 900  # seconds
 DELAYED_OPEN = re.compile(r"\bi2c-open\b.*\bdelay\b")
-MACHINES = 2  # side by side, because the kernel holds one board at a time
+SHARES = 2  # of the dialogues, in machines side by side: a kernel holds one board at a time
 
 
 class Dialogue:
@@ -137,14 +138,30 @@ def report(name, problems, number, failures):
         failures.show(name, problems)
 
 
-def outcome_of(parts, jobs, log):
-    """Returns the files that the jobs left in a machine, and the problems of the machine."""
-    try:
-        files = virtual_machine.run(
-            parts, {job.name: job.files() for job in jobs}, LONGEST_RUN, pathlib.Path(log))
-    except virtual_machine.Failure as failure:
-        return {}, str(failure).splitlines()
-    return files, files.get("left", b"").decode().splitlines()
+class Machine:
+    """A virtual machine and its jobs."""
+
+    def __init__(self, jobs, processors):
+        self.jobs = jobs
+        self._processors = processors
+        self.files = {}
+        self.problems = []
+
+    def run(self, parts, log):
+        files = {job.name: job.files() for job in self.jobs}
+        try:
+            self.files = virtual_machine.run(parts, files, LONGEST_RUN, pathlib.Path(log), self._processors)
+        except virtual_machine.Failure as failure:
+            self.problems = str(failure).splitlines()
+        self.problems += self.files.get("left", b"").decode().splitlines()
+
+
+def machines_for(jobs):
+    """The checks are about programs that run at the same time. In a dialogue one program waits for another."""
+    dialogues = [job for job in jobs if isinstance(job, Dialogue)]
+    machines = [Machine([job for job in jobs if job not in dialogues], processors=2)]
+    machines += [Machine(dialogues[first::SHARES], processors=1) for first in range(SHARES)]
+    return [machine for machine in machines if machine.jobs]
 
 
 def main():
@@ -164,21 +181,20 @@ def main():
     wanted = jobs_of(arguments.only, arguments.standin)
     jobs = [job for job in wanted if not job.delays_an_open()]
     failures = Failures()
-    print(f"1..{len(wanted) + MACHINES}", flush=True)
-    shares = [jobs[first::MACHINES] for first in range(MACHINES)]
-    with concurrent.futures.ThreadPoolExecutor() as executor:
-        outcomes = list(executor.map(
-            lambda number: outcome_of(parts, shares[number], f"{arguments.log}.{number + 1}"),
-            range(MACHINES),
-        ))
+    machines = machines_for(jobs)
+    print(f"1..{len(wanted) + len(machines)}", flush=True)
+    workers = len(os.sched_getaffinity(0)) + 1 # some machines wait
+    with concurrent.futures.ThreadPoolExecutor(workers) as executor:
+        logs = [f"{arguments.log}.{number}" for number in range(1, len(machines) + 1)]
+        list(executor.map(lambda machine, log: machine.run(parts, log), machines, logs)) # passes errors on
     number = 0
-    for share, (files, problems) in zip(shares, outcomes):
+    for machine in machines:
         number += 1
-        report("the machine", problems, number, failures)
-        print(f"# {float(files.get('seconds', b'nan'))} s in the machine")
-        for job in share:
+        report("the machine", machine.problems, number, failures)
+        print(f"# {float(machine.files.get('seconds', b'nan'))} s in the machine")
+        for job in machine.jobs:
             number += 1
-            report(job.name, problems_of(job, files), number, failures)
+            report(job.name, problems_of(job, machine.files), number, failures)
     for job in wanted:
         if job.delays_an_open():
             number += 1
