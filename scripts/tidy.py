@@ -16,6 +16,7 @@ The exit status is 1 if there is a finding, if a source is missing, or if clang-
 
 import bisect
 import concurrent.futures
+import functools
 import json
 import os
 import pathlib
@@ -30,7 +31,7 @@ import tempfile
 NOT_IN_JOINED_FILES = "-readability-duplicate-include"
 # No file is so large that a processor has to wait for another one's file at the end.
 LARGEST = 150_000  # bytes
-# A name in one source may hide one of another source.
+# A name in one source may hide one of another library. The builds warn of the others.
 NOT_IN_JOINED_LIBRARIES = "-Wno-shadow"
 # Every fuzz target defines this function. It gets a name of the same length in a joined file.
 ENTRY_POINT = re.compile(r"^int LLVMFuzzerTestOneInput(?=\(.*{$)", re.MULTILINE)
@@ -55,9 +56,14 @@ class Unit:
         if "-unity" in self.file.name:
             self.sources = [pathlib.Path(name).resolve() for name in
                             re.findall(r'^#include[<"](.*)[>"]$', self.file.read_text(), re.MULTILINE)]
-        self.size = sum(source.stat().st_size for source in self.sources)
-        self.is_program = any(re.search(r"^int main\(", source.read_text(), re.MULTILINE)
-                              for source in self.sources)
+
+    @functools.cached_property
+    def size(self):
+        return sum(source.stat().st_size for source in self.sources)
+
+    @functools.cached_property
+    def is_program(self):
+        return any(re.search(r"^int main\(", source.read_text(), re.MULTILINE) for source in self.sources)
 
     def kind(self):
         """Units of one kind can be joined: they have one language, and one configuration of the checks."""

@@ -34,9 +34,9 @@ COMPLAINT = re.compile(
     r"|unregister_netdevice|did not release|is not available|Segmentation fault|segfault"
 )
 
-# The slab allocator's checks find memory of kmalloc() that is used after its end, or beyond it. Drivers
-# have no other memory. A kernel at a random address has page tables of its own, and each system call
-# switches to them, which takes half of the emulator's time.
+# The slab allocator finds memory of kmalloc() that is used after its end, or beyond it. The module has no
+# cache of its own. A kernel at a random address has page tables of its own, and each system call switches
+# to them, which takes a fifth of the emulator's time.
 KERNEL_OPTIONS = ("console=ttyAMA0 rdinit=/init ignore_loglevel panic=-1 oops=panic printk.devkmsg=on"
                   " slub_debug=FZPU,kmalloc-* nokaslr norandmaps nowatchdog"
                   " rcupdate.rcu_cpu_stall_suppress=1")
@@ -174,8 +174,8 @@ def unpacked(results):
 
 
 def run(parts, jobs, seconds, log_file=None, processors=1, counts_instructions=False):
-    """Runs the jobs one after the other. The machine needs two processors where programs of a job have to
-    run at the same time, and takes twice the time.
+    """Runs the jobs one after the other. Where programs of a job have to run at the same time, the machine
+    needs two processors, which are slower to emulate.
 
     "GROUP/NAME" of each job is mapped to its files, of which "run" is the script.
 
