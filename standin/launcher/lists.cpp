@@ -79,7 +79,7 @@ Lines interfaces(const std::string& /*board*/) {
     return lines;
 }
 
-Lines propertyLines(const std::string& /*board*/) {
+Lines properties(const std::string& /*board*/) {
     Lines lines;
     std::set<std::string> seen; // several module types share an interface
     for (const board::PublishedInterface& published : publishedInterfaces()) {
@@ -134,7 +134,7 @@ struct List {
 
 constexpr std::array lists{
     List{"boards", boards},         List{"device-types", deviceTypes},
-    List{"interfaces", interfaces}, List{"properties", propertyLines},
+    List{"interfaces", interfaces}, List{"properties", properties},
     List{"faults", faults},         List{"fault-times", faultTimes},
     List{"registers", registers},
 };

@@ -19,9 +19,9 @@ namespace standin {
 
 namespace {
 
-constexpr const char* properties = "org.freedesktop.DBus.Properties";
-constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
-constexpr const char* peer = "org.freedesktop.DBus.Peer";
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+constexpr const char* objectManagerInterface = "org.freedesktop.DBus.ObjectManager";
+constexpr const char* peerInterface = "org.freedesktop.DBus.Peer";
 
 constexpr const char* interfaceAndProperty[] = {"interface", "property"};
 constexpr std::span<const char* const> bothNames(interfaceAndProperty);
@@ -59,17 +59,17 @@ std::string_view firstText(sd_bus_message* call) {
 } // namespace
 
 const Service::Method Service::methods[] = {
-    {properties, "GetAll", interfaceName, &Service::getAll},
-    {properties, "Get", bothNames, &Service::get},
-    {objectManager, "GetManagedObjects", noNames, &Service::getManagedObjects},
+    {propertiesInterface, "GetAll", interfaceName, &Service::getAll},
+    {propertiesInterface, "Get", bothNames, &Service::get},
+    {objectManagerInterface, "GetManagedObjects", noNames, &Service::getManagedObjects},
     {"org.freedesktop.DBus.Introspectable", "Introspect", noNames, &Service::introspect},
 };
 
 // The same answers as sd-bus would give. The orders of a description do not apply to these calls.
 const Service::Method Service::otherMethods[] = {
-    {properties, "Set", bothNames, &Service::set},
-    {peer, "Ping", noNames, &Service::ping},
-    {peer, "GetMachineId", noNames, &Service::getMachineId},
+    {propertiesInterface, "Set", bothNames, &Service::set},
+    {peerInterface, "Ping", noNames, &Service::ping},
+    {peerInterface, "GetMachineId", noNames, &Service::getMachineId},
 };
 
 Service::Service(sd_event* loop, const std::string& address, board::ServiceModel model, LineLog log)
@@ -100,7 +100,7 @@ const Service::Method* Service::find(std::span<const Method> among, sd_bus_messa
 }
 
 int Service::onPeerCall(sd_bus_message* call, void* service, sd_bus_error*) {
-    return sd_bus_message_is_method_call(call, peer, nullptr) > 0
+    return sd_bus_message_is_method_call(call, peerInterface, nullptr) > 0
                ? static_cast<Service*>(service)->answerOther(call)
                : 0;
 }
@@ -119,8 +119,8 @@ int Service::onCall(sd_bus_message* call, void* service, sd_bus_error*) {
 
 const board::ServiceOrder* Service::orderFor(sd_bus_message* call) {
     const std::string_view path = sd_bus_message_get_path(call);
-    const bool ofManager = sd_bus_message_is_method_call(call, objectManager, nullptr) > 0;
-    const std::string_view interface = ofManager ? objectManager : firstText(call);
+    const bool ofManager = sd_bus_message_is_method_call(call, objectManagerInterface, nullptr) > 0;
+    const std::string_view interface = ofManager ? objectManagerInterface : firstText(call);
     for (const board::ServiceOrder& order : model_.orders) {
         if ((order.path.empty() || order.path == path) &&
             (order.interface.empty() || order.interface == interface) && isDue(order)) {
@@ -374,7 +374,7 @@ int Service::getManagedObjects(sd_bus_message* call) {
         return unknownObject(call);
     }
     if (!manager->manager) {
-        return unknownInterface(call, objectManager);
+        return unknownInterface(call, objectManagerInterface);
     }
     return reply(call, [&](sd_bus_message* message) {
         return appendContainer(message, 'a', "{oa{sa{sv}}}", [&] {
